@@ -1,0 +1,26 @@
+# How the project's own code is compiled: the language, the warnings, the hardening.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+include(CheckPIESupported)
+check_pie_supported()
+
+# For everything written here, tests included; never for generated code.
+add_library(lumocmd_warnings INTERFACE)
+target_compile_options(lumocmd_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2
+    -Wno-format-zero-length # an empty trace mark is part of the trail
+    -Wcast-align -Wcast-qual -Wundef -Wnull-dereference -Wdouble-promotion
+    -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wvla -Werror)
+
+# For the program and the library under it: no run-time library beyond libc, hardened.
+add_library(lumocmd_product INTERFACE)
+target_compile_options(lumocmd_product INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
+    -ffunction-sections -fdata-sections -fstack-protector-strong)
+target_link_options(lumocmd_product INTERFACE
+    -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

@@ -1,0 +1,20 @@
+#include "front/bounded_text.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+void append_text(bounded_text *out, const char *format, ...) {
+    if (out->overflowed) {
+        return;
+    }
+    const std::size_t room = out->capacity - out->length;
+    va_list arguments;
+    va_start(arguments, format);
+    const int needed = vsnprintf(out->text + out->length, room, format, arguments);
+    va_end(arguments);
+    if (needed < 0 || static_cast<std::size_t>(needed) >= room) {
+        out->overflowed = true;
+        return;
+    }
+    out->length += static_cast<std::size_t>(needed);
+}

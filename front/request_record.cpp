@@ -1,0 +1,3 @@
+#include "front/request_record.h"
+
+cmd_config g_config;

@@ -1,0 +1,41 @@
+// The request record: everything that the command line said, once per process.
+// The parser fills it, the diagnostics read its verbose flag, main hands its fields to a client.
+
+#pragma once
+
+/// Request types, as parse_cmd_line() returns them. The gaps are codes of retired types.
+enum request_type : int {
+    REQUEST_NONE = 0,
+    REQUEST_SOAP = 100,
+    REQUEST_EIBLOCAL = 101,
+    REQUEST_EIBINTERNET = 102,
+    REQUEST_SMSTOOLLOCAL = 107,
+    REQUEST_SMSTOOLINTERNET = 108,
+    REQUEST_LINTRONICLOCAL = 109,
+    REQUEST_LINTRONICINTERNET = 110,
+    REQUEST_TECNOUTLOCAL = 111,
+    REQUEST_TECNOUTINTERNET = 112,
+    REQUEST_VIVALDILOCAL = 113,
+    REQUEST_VIVALDIINTERNET = 114,
+    REQUEST_BENTELLOCAL = 115,
+    REQUEST_BENTELINTERNET = 116,
+    REQUEST_FSMCORE = 120,
+    REQUEST_TUTONDOLOCAL = 121,
+    REQUEST_TUTONDOINTERNET = 122,
+    REQUEST_UNSUPPORTED = 200,
+};
+
+/// One command line. Strings are owned by the record and null when their option is absent.
+struct cmd_config {
+    char *address;     ///< -a: IPv4 address text of a remote gateway
+    char *socket_path; ///< -s: Unix-domain socket of the daemon
+    char *url;         ///< -u: URL of the web service
+    char *parameters;  ///< -p: raw list, items separated by vertical bars
+    char *function;    ///< -f: function name, in the caller's own case
+    int verbose;       ///< -v: 1 after ON, 0 after OFF
+    int waittime;      ///< -w: wait time for the web service, 0 when absent
+    int port;          ///< -d: TCP port of a remote gateway, 0 when absent
+};
+
+/// The request of this process; zero until the parser fills it.
+extern cmd_config g_config;

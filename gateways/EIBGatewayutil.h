@@ -1,0 +1,15 @@
+// The EIB gateway: SENDEIBUSSETDATAGRAM and SENDEIBUSGETDATAGRAM, codes from 100. Locally and over
+// TCP.
+
+#pragma once
+
+/// Sends one EIB request over the daemon's Unix-domain socket.
+/// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().
+int eibgateway_local_request(const char *socket_path, const char *function,
+                             const char *section_name, const char *destination,
+                             const char *eis_type, const char *payload);
+
+/// The same over TCP.
+int eibgateway_internet_request(const char *address, int port, const char *function,
+                                const char *section_name, const char *destination,
+                                const char *eis_type, const char *payload);

@@ -1,0 +1,35 @@
+#include "gateways/IBSGatewayutil.h"
+
+#include "front/utility.h"
+#include "gateways/gateway_exchange.h"
+
+namespace {
+
+constexpr gateway_line LINES[] = {
+    {"SectionName", 1},     {"DestinationDevice", 2}, {"DestinationChannel", 3},
+    {"DestinationType", 4}, {"DataType", 5},          {"Payload", 6},
+};
+
+constexpr gateway_function FUNCTIONS[] = {
+    {"SENDIBSSETDATAGRAM", LINES},
+};
+
+constexpr gateway_profile PROFILE = {
+    .source_tag = "IBSGatewayutil->ibsgateway_request",
+    .daemon = "IBSGateway",
+    .prefix = "IBSG-",
+    .format_label = "IBSG-NNNN",
+    .quoting = "QQQQQQQQ",
+    .code_base = 1400,
+    .functions = FUNCTIONS,
+};
+
+} // namespace
+
+int ibsgateway_request(const char *socket_path, const char *function, const char *section_name,
+                       const char *device, const char *channel, const char *destination_type,
+                       const char *data_type, const char *payload) {
+    const char *const values[] = {section_name,     device,    channel,
+                                  destination_type, data_type, payload};
+    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+}

@@ -1,0 +1,10 @@
+// The IBS gateway: SENDIBSSETDATAGRAM, codes from 1400. No request type of the command line reaches
+// it.
+
+#pragma once
+
+/// Sends one IBS request over the daemon's Unix-domain socket.
+/// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().
+int ibsgateway_request(const char *socket_path, const char *function, const char *section_name,
+                       const char *device, const char *channel, const char *destination_type,
+                       const char *data_type, const char *payload);

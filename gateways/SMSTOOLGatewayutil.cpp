@@ -1,0 +1,44 @@
+#include "gateways/SMSTOOLGatewayutil.h"
+
+#include "front/utility.h"
+#include "gateways/gateway_exchange.h"
+
+namespace {
+
+constexpr gateway_line SEND_LINES[] = {
+    {"SectionName", 1},
+    {"To", 2},
+    {"Msg", 3},
+};
+
+// No section: the modem that received the message is not known by one.
+constexpr gateway_line RECEIVE_LINES[] = {
+    {"From", 2},
+    {"Msg", 3},
+};
+
+constexpr gateway_function FUNCTIONS[] = {
+    {"SENDSMSTOOLDATAGRAM", SEND_LINES},
+    {"RECVSMSTOOLDATAGRAM", RECEIVE_LINES},
+};
+
+constexpr gateway_profile PROFILE = {
+    .source_tag = "SMSTOOLGatewayutil->smstoolgateway_local_request",
+    // These two messages carry the short file name.
+    .tail_tag = "SMSTGatewayutil->smstoolgateway_local_request",
+    .daemon = "SMSTOOLGateway",
+    .prefix = "SMST-",
+    .format_label = "SMST-XXX",
+    .quoting = "QQQQQQQQ",
+    .code_base = 800,
+    .functions = FUNCTIONS,
+};
+
+} // namespace
+
+int smstoolgateway_local_request(const char *socket_path, const char *function,
+                                 const char *section_name, const char *number,
+                                 const char *message) {
+    const char *const values[] = {section_name, number, message};
+    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+}

@@ -1,0 +1,9 @@
+// The TECNOUT gateway: SENDTECNOUTCOMMANDDATAGRAM, codes from 1200.
+
+#pragma once
+
+/// Sends one TECNOUT request over the daemon's Unix-domain socket.
+/// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().
+int tecnoutgateway_local_request(const char *socket_path, const char *function,
+                                 const char *section_name, const char *user_code,
+                                 const char *command, const char *payload);

@@ -1,0 +1,49 @@
+#include "tests/harness/console.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace harness {
+
+namespace {
+
+std::string tag(pid_t pid, const char *colour) {
+    return std::string("\033[1;") + colour + "m<" + std::to_string(pid) + ">\033[0;39m ";
+}
+
+} // namespace
+
+std::string red(const std::string &message) {
+    return "\033[0;31m[lumocmd] " + message + "\033[0;39m\n";
+}
+
+std::string tagged_red(pid_t pid, const std::string &message) {
+    return tag(pid, "31") + red(message);
+}
+
+std::string green(pid_t pid, const std::string &text) {
+    return tag(pid, "32") + "\033[0;32m" + text + "\033[0;39m\n";
+}
+
+std::string captured_output(const std::function<void()> &action) {
+    fflush(stdout);
+    const int usual = dup(STDOUT_FILENO);
+    const int file = memfd_create("captured output", MFD_CLOEXEC);
+    if (usual < 0 || file < 0 || dup2(file, STDOUT_FILENO) < 0) {
+        abort();
+    }
+    action();
+    fflush(stdout);
+    dup2(usual, STDOUT_FILENO);
+    close(usual);
+    std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
+    if (pread(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+        abort();
+    }
+    close(file);
+    return text;
+}
+
+} // namespace harness

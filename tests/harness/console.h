@@ -1,0 +1,23 @@
+// The console lines as the diagnostics write them, for expected outputs.
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+
+namespace harness {
+
+/// A red failure line with its line feed, as shown without -v ON.
+std::string red(const std::string &message);
+
+/// A red failure line with the pid tag, as shown with -v ON.
+std::string tagged_red(pid_t pid, const std::string &message);
+
+/// A green line with its pid tag and line feed; `text` begins with "[lumocmd] ".
+std::string green(pid_t pid, const std::string &text);
+
+/// Everything that `action` writes to this process's standard output.
+std::string captured_output(const std::function<void()> &action);
+
+} // namespace harness
