@@ -8,6 +8,7 @@
 #include "front/utility.h"
 #include "fsmcore/fsmcorelocal_request.h"
 #include "gateways/localclientutil.h"
+#include "webservice/soapcallsclientutil.h"
 
 #include <csignal>
 #include <cstdio>
@@ -20,6 +21,11 @@ using local_client = int (*)(const char *socket_path, const char *function, cons
 
 template <local_client Client> int call_local() {
     return Client(g_config.socket_path, g_config.function, g_config.parameters);
+}
+
+int call_webservice() {
+    return make_webservice_request(g_config.url, g_config.function, g_config.parameters,
+                                   g_config.waittime);
 }
 
 /// The internet types are accepted and checked by the parser, but no client is called for them.
@@ -36,7 +42,7 @@ struct dispatch_row {
 };
 
 constexpr dispatch_row DISPATCH[] = {
-    {REQUEST_SOAP, "main->main processing a soap request", refuse_unimplemented},
+    {REQUEST_SOAP, "main->main processing a soap request", call_webservice},
     {REQUEST_EIBLOCAL, "main->main processing an EIB local request",
      call_local<make_eibuslocal_request>},
     {REQUEST_SMSTOOLLOCAL, "main->main processing a SMSTOOL local request",

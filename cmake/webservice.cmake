@@ -1,0 +1,40 @@
+# The generated web-service client: made from webservice/lumows.gsoap in the build directory, compiled
+# as C with exactly the flags that the runtime was compiled with. Other flags link and then crash.
+
+find_program(SOAPCPP2 soapcpp2 REQUIRED)
+
+if(NOT GSOAP_PREFIX)
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(GSOAP REQUIRED gsoap)
+    pkg_get_variable(GSOAP_LIBRARY_DIR gsoap libdir)
+    set(GSOAP_RUNTIME_FLAGS ${GSOAP_CFLAGS_OTHER})
+    find_file(GSOAP_LIBRARY libgsoap.a PATHS ${GSOAP_LIBRARY_DIR} REQUIRED NO_DEFAULT_PATH)
+    find_path(GSOAP_INCLUDE_DIR stdsoap2.h REQUIRED)
+endif()
+
+set(GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
+set(GENERATED_FILES
+    ${GENERATED_DIR}/soapC.c ${GENERATED_DIR}/soapClient.c
+    ${GENERATED_DIR}/soapH.h ${GENERATED_DIR}/soapStub.h ${GENERATED_DIR}/lumows.nsmap)
+add_custom_command(
+    OUTPUT ${GENERATED_FILES}
+    COMMAND ${CMAKE_COMMAND}
+        -DSOAPCPP2=${SOAPCPP2}
+        -DDEFINITION=${PROJECT_SOURCE_DIR}/webservice/lumows.gsoap
+        -DOUTPUT_DIR=${GENERATED_DIR}
+        -P ${PROJECT_SOURCE_DIR}/cmake/generate_client.cmake
+    DEPENDS ${PROJECT_SOURCE_DIR}/webservice/lumows.gsoap
+        ${PROJECT_SOURCE_DIR}/cmake/generate_client.cmake
+    COMMENT "Generating the web-service client"
+    VERBATIM)
+
+add_library(lumows_client STATIC
+    ${GENERATED_FILES} webservice/client_runtime.c)
+target_include_directories(lumows_client PRIVATE ${PROJECT_SOURCE_DIR})
+target_include_directories(lumows_client SYSTEM PUBLIC ${GENERATED_DIR} ${GSOAP_INCLUDE_DIR})
+# WITH_COMPAT keeps C++'s own streams and constructors out of the header; the C side has none.
+target_compile_definitions(lumows_client PUBLIC $<$<COMPILE_LANGUAGE:CXX>:WITH_COMPAT>)
+target_compile_options(lumows_client PUBLIC ${GSOAP_RUNTIME_FLAGS})
+target_link_libraries(lumows_client PUBLIC ${GSOAP_LIBRARY} PRIVATE lumocmd_product)
+# The runtime, which stands last on the link line, wants the table of the library before it.
+target_link_options(lumows_client INTERFACE -Wl,--undefined=namespaces)

@@ -1,0 +1,160 @@
+// How a row of the dispatcher's table is made. Number and kind of an operation's arguments come
+// from the type of its generated call function, so that a row that does not fit its operation does
+// not compile.
+
+#pragma once
+
+#include "webservice/service_calls.h"
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+/// One run's input as the operations take it.
+struct webservice_call {
+    struct soap *context;
+    const char *url;
+    char *waittime;
+    int count;      ///< entries of the parameter list
+    char **entries; ///< null when count is zero
+};
+
+/// Reads one field of a response record.
+using field_reader = const char *(*)(const void *response);
+
+/// A green line: a text and the response field behind it.
+struct result_line {
+    const char *text;
+    field_reader field;
+};
+
+/// How an answer becomes lines and a status.
+enum response_group {
+    SINGLE_RESULT, ///< no lines; the status is in the result text
+    TEXT_LINES,    ///< the lines are printed in any case
+    RECORD_LINES,  ///< without a result text nothing is printed and the status is 508
+};
+
+constexpr std::size_t MOST_ARGUMENTS = 8; ///< of any operation, wait time included
+constexpr std::size_t MOST_LINES = 8;
+constexpr int ANY_COUNT = -1;
+
+/// What makes an operation exceptional; all empty for the usual ones.
+struct exceptions {
+    const char *remote_count_message = nullptr; ///< shown instead for an endpoint elsewhere
+    /// Fills the arguments otherwise than in list order; false: nothing is to be sent.
+    bool (*arrange)(const webservice_call &call, char **arguments) = nullptr;
+    /// Completes the response before its lines are printed.
+    void (*complete)(void *response) = nullptr;
+};
+
+/// Carries one call and returns the status; conclude() prints the lines in between.
+struct operation_row {
+    const char *name;          ///< the -f name
+    int count;                 ///< exact number of entries, or ANY_COUNT
+    const char *count_message; ///< null: the list is not read
+    response_group group;
+    int (*carry)(const webservice_call &call, const operation_row &row);
+    field_reader result;
+    result_line lines[MOST_LINES]; ///< up to the first without text
+    exceptions exceptional;
+};
+
+/// Fills an operation's arguments: the entries in list order, then absent ones, the wait time last.
+bool fill_arguments(const webservice_call &call, std::size_t argument_count, char **arguments);
+
+/// Prints the lines of a response as its row says.
+/// @return the status of its result text.
+int conclude(const operation_row &row, const void *response);
+
+namespace operation {
+
+/// The types of a call function: context, endpoint, action, texts, response record.
+template <typename Function> struct call_traits;
+template <typename... Rest>
+struct call_traits<int (*)(struct soap *, const char *, const char *, Rest...)> {
+    static constexpr std::size_t argument_count = sizeof...(Rest) - 1;
+    using response =
+        std::remove_pointer_t<std::remove_cvref_t<decltype((std::declval<Rest>(), ...))>>;
+};
+template <auto Call> using traits = call_traits<decltype(Call)>;
+template <auto Call> using response_of = typename traits<Call>::response;
+
+template <typename Member> struct member_traits;
+template <typename Record> struct member_traits<char * Record::*> { using record = Record; };
+
+template <auto Member> const char *read_field(const void *response) {
+    using record = typename member_traits<decltype(Member)>::record;
+    return static_cast<const record *>(response)->*Member;
+}
+
+/// The result text is called "result" everywhere but in one operation.
+template <typename Response> constexpr field_reader result_reader() {
+    if constexpr (requires { &Response::result; }) {
+        return read_field<&Response::result>;
+    } else {
+        return read_field<&Response::results>;
+    }
+}
+
+template <auto Call, std::size_t... Index>
+void invoke(const webservice_call &call, char **arguments, response_of<Call> *response,
+            std::index_sequence<Index...> /*all*/) {
+    Call(call.context, call.url, nullptr, arguments[Index]..., response);
+}
+
+template <auto Call> int carry(const webservice_call &call, const operation_row &row) {
+    constexpr std::size_t argument_count = traits<Call>::argument_count;
+    static_assert(argument_count <= MOST_ARGUMENTS);
+    response_of<Call> response = {};
+    char *arguments[MOST_ARGUMENTS] = {};
+    const exceptions &exceptional = row.exceptional;
+    const bool send = exceptional.arrange != nullptr
+                          ? exceptional.arrange(call, arguments)
+                          : fill_arguments(call, argument_count, arguments);
+    if (send) {
+        invoke<Call>(call, arguments, &response, std::make_index_sequence<argument_count>{});
+    }
+    if (exceptional.complete != nullptr) {
+        exceptional.complete(&response);
+    }
+    return conclude(row, &response);
+}
+
+/// A line that knows which record it reads.
+template <typename Response> struct typed_line { result_line line; };
+template <auto Member> consteval auto line(const char *text) {
+    using record = typename member_traits<decltype(Member)>::record;
+    return typed_line<record>{{text, read_field<Member>}};
+}
+
+/// A row of an operation that takes entries. Entries and AbsentLast, the fields that go out absent
+/// before the wait time, must add up to what the operation takes.
+template <auto Call, response_group Group, int Entries, int AbsentLast = 0, typename... Responses>
+consteval operation_row takes(const char *name, const char *count_message,
+                              typed_line<Responses>... lines) {
+    static_assert(Entries + AbsentLast + 1 == static_cast<int>(traits<Call>::argument_count));
+    static_assert((std::is_same_v<Responses, response_of<Call>> && ...));
+    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0));
+    return {name,
+            Entries,
+            count_message,
+            Group,
+            carry<Call>,
+            result_reader<response_of<Call>>(),
+            {lines.line...},
+            {}};
+}
+
+/// A row of an operation without entries: its list is not read.
+template <auto Call, response_group Group, typename... Responses>
+consteval operation_row takes_nothing(const char *name, typed_line<Responses>... lines) {
+    static_assert(traits<Call>::argument_count <= 1);
+    static_assert((std::is_same_v<Responses, response_of<Call>> && ...));
+    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0));
+    return {
+        name, 0, nullptr, Group, carry<Call>, result_reader<response_of<Call>>(), {lines.line...},
+        {}};
+}
+
+} // namespace operation
