@@ -18,41 +18,35 @@ void print_pid_tag(sgr_colour colour) {
            DEFAULT_FOREGROUND);
 }
 
-void select_graphics(sgr_colour colour) {
-    printf("\033[%d;%dm", NORMAL, colour);
+/// Writes one line in `colour`, behind a pid tag when verbose.
+[[gnu::format(printf, 3, 0)]] void print_line(sgr_colour colour, const char *prefix,
+                                              const char *format, va_list arguments) {
+    if (g_config.verbose != 0) {
+        print_pid_tag(colour);
+    }
+    printf("\033[%d;%dm%s", NORMAL, colour, prefix);
+    vprintf(format, arguments);
+    printf("\033[%d;%dm\n", NORMAL, DEFAULT_FOREGROUND);
 }
 
 } // namespace
 
 void error(const char *format, ...) {
-    if (debug_level <= 0) {
-        return;
+    if (debug_level > 0) {
+        va_list arguments;
+        va_start(arguments, format);
+        print_line(RED, "[lumocmd] ", format, arguments);
+        va_end(arguments);
     }
-    if (g_config.verbose != 0) {
-        print_pid_tag(RED);
-    }
-    select_graphics(RED);
-    fputs("[lumocmd] ", stdout);
-    va_list arguments;
-    va_start(arguments, format);
-    vprintf(format, arguments);
-    va_end(arguments);
-    select_graphics(DEFAULT_FOREGROUND);
-    putchar('\n');
 }
 
 void verbose_info(const char *format, ...) {
-    if (g_config.verbose == 0) {
-        return;
+    if (g_config.verbose != 0) {
+        va_list arguments;
+        va_start(arguments, format);
+        print_line(GREEN, "", format, arguments);
+        va_end(arguments);
     }
-    print_pid_tag(GREEN);
-    select_graphics(GREEN);
-    va_list arguments;
-    va_start(arguments, format);
-    vprintf(format, arguments);
-    va_end(arguments);
-    select_graphics(DEFAULT_FOREGROUND);
-    putchar('\n');
 }
 
 void trace(const char * /*format*/, ...) {
