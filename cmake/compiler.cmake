@@ -21,6 +21,7 @@ target_compile_options(lumocmd_warnings INTERFACE
 add_library(lumocmd_product INTERFACE)
 target_compile_options(lumocmd_product INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
+    "$<$<CONFIG:Release>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>"
     -ffunction-sections -fdata-sections -fstack-protector-strong)
 target_link_options(lumocmd_product INTERFACE
     -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

@@ -3,14 +3,22 @@
 
 find_program(SOAPCPP2 soapcpp2 REQUIRED)
 
-if(NOT GSOAP_PREFIX)
-    find_package(PkgConfig REQUIRED)
-    pkg_check_modules(GSOAP REQUIRED gsoap)
-    pkg_get_variable(GSOAP_LIBRARY_DIR gsoap libdir)
-    set(GSOAP_RUNTIME_FLAGS ${GSOAP_CFLAGS_OTHER})
-    find_file(GSOAP_LIBRARY libgsoap.a PATHS ${GSOAP_LIBRARY_DIR} REQUIRED NO_DEFAULT_PATH)
-    find_path(GSOAP_INCLUDE_DIR stdsoap2.h REQUIRED)
+# Cross builds read the target's own runtime, unpacked below the build directory.
+if(CMAKE_CROSSCOMPILING)
+    set(TARGET_ROOT ${PROJECT_BINARY_DIR}/runtime)
+    execute_process(
+        COMMAND ${PROJECT_SOURCE_DIR}/scripts/fetch-armhf-runtime ${TARGET_ROOT}
+        COMMAND_ERROR_IS_FATAL ANY)
+    set(ENV{PKG_CONFIG_SYSROOT_DIR} ${TARGET_ROOT}/root)
+    set(ENV{PKG_CONFIG_LIBDIR}
+        ${TARGET_ROOT}/root/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig)
 endif()
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(GSOAP REQUIRED gsoap)
+pkg_get_variable(GSOAP_LIBRARY_DIR gsoap libdir)
+pkg_get_variable(GSOAP_INCLUDE_DIR gsoap includedir)
+set(GSOAP_LIBRARY ${GSOAP_LIBRARY_DIR}/libgsoap.a)
 
 set(GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
 set(GENERATED_FILES
@@ -31,10 +39,14 @@ add_custom_command(
 add_library(lumows_client STATIC
     ${GENERATED_FILES} webservice/client_runtime.c)
 target_include_directories(lumows_client PRIVATE ${PROJECT_SOURCE_DIR})
-target_include_directories(lumows_client SYSTEM PUBLIC ${GENERATED_DIR} ${GSOAP_INCLUDE_DIR})
+target_include_directories(lumows_client SYSTEM PUBLIC ${GENERATED_DIR})
+if(CMAKE_CROSSCOMPILING)
+    # Before the desk's /usr/include, which the cross compiler searches as well.
+    target_include_directories(lumows_client SYSTEM PUBLIC ${GSOAP_INCLUDE_DIR})
+endif()
 # WITH_COMPAT keeps C++'s own streams and constructors out of the header; the C side has none.
 target_compile_definitions(lumows_client PUBLIC $<$<COMPILE_LANGUAGE:CXX>:WITH_COMPAT>)
-target_compile_options(lumows_client PUBLIC ${GSOAP_RUNTIME_FLAGS})
+target_compile_options(lumows_client PUBLIC ${GSOAP_CFLAGS_OTHER})
 target_link_libraries(lumows_client PUBLIC ${GSOAP_LIBRARY} PRIVATE lumocmd_product)
 # The runtime, which stands last on the link line, wants the table of the library before it.
 target_link_options(lumows_client INTERFACE -Wl,--undefined=namespaces)

@@ -285,7 +285,7 @@ int make_webservice_request(const char *url, const char *function, const char *p
     trace("");
     // Zeroed storage, not a C++ object: its constructors are not part of the C runtime.
     alignas(struct soap) unsigned char storage[sizeof(struct soap)] = {};
-    auto *context = reinterpret_cast<struct soap *>(storage);
+    auto *context = static_cast<struct soap *>(static_cast<void *>(storage));
     soap_init(context);
     runtime_post_header = context->fposthdr;
     context->fposthdr = post_header;
