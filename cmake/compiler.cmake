@@ -24,4 +24,5 @@ target_compile_options(lumocmd_product INTERFACE
     "$<$<CONFIG:Release>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>"
     -ffunction-sections -fdata-sections -fstack-protector-strong)
 target_link_options(lumocmd_product INTERFACE
+    $<$<CONFIG:Release>:-s>
     -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

@@ -1,0 +1,78 @@
+// How the shipped program is linked: what it needs at run time and what protects it.
+
+#include "tests/harness/process.h"
+#include "tests/program/elf_file.h"
+
+#include <algorithm>
+#include <elf.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace harness;
+
+class ShippedProgram : public testing::Test {
+  protected:
+    const elf_file file = read_elf(lumocmd_path());
+
+    bool imports(const std::string &name) const {
+        return std::find(file.imports.begin(), file.imports.end(), name) != file.imports.end();
+    }
+};
+
+TEST_F(ShippedProgram, IsPositionIndependent) {
+    EXPECT_EQ(file.type, static_cast<unsigned>(ET_DYN));
+    EXPECT_TRUE(file.has_interpreter);
+    EXPECT_TRUE(file.is_pie);
+}
+
+TEST_F(ShippedProgram, NeverWritesItsCode) {
+    EXPECT_FALSE(file.relocates_text);
+}
+
+TEST_F(ShippedProgram, HasFullRelro) {
+    EXPECT_TRUE(file.has_relro);
+    EXPECT_TRUE(file.binds_now);
+}
+
+TEST_F(ShippedProgram, HasNoExecutableStack) {
+    EXPECT_FALSE(file.stack_is_executable);
+}
+
+TEST_F(ShippedProgram, GuardsItsStack) {
+    EXPECT_TRUE(imports("__stack_chk_fail"));
+}
+
+TEST_F(ShippedProgram, IsFortified) {
+    EXPECT_TRUE(imports("__vsnprintf_chk"));
+    EXPECT_TRUE(imports("__vprintf_chk"));
+}
+
+TEST_F(ShippedProgram, NeedsLibcAlone) {
+    for (const std::string &library : file.needed) {
+        // The loader is part of libc; on ARM it holds the stack guard.
+        EXPECT_TRUE(library == "libc.so.6" || library == "ld-linux-armhf.so.3") << library;
+    }
+}
+
+TEST_F(ShippedProgram, IsStripped) {
+    EXPECT_FALSE(file.has_symbol_table);
+}
+
+TEST_F(ShippedProgram, IsSmallEnoughForTheController) {
+    // The controller's flash has room for 256 KiB; desk code is about twice as large.
+    const std::size_t most = file.machine == EM_ARM ? 256 * 1024 : 512 * 1024;
+    EXPECT_LE(file.size, most);
+}
+
+TEST_F(ShippedProgram, SuitsItsMachine) {
+    if (file.machine == EM_ARM) {
+        EXPECT_EQ(file.width, 32);
+        EXPECT_EQ(file.flags & EF_ARM_EABIMASK, EF_ARM_EABI_VER5);
+        EXPECT_NE(file.flags & EF_ARM_ABI_FLOAT_HARD, 0U);
+    } else {
+        EXPECT_EQ(file.width, 64);
+    }
+}
+
+} // namespace

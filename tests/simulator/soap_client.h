@@ -1,0 +1,26 @@
+// Web-service requests as clients write them, and the answers expected to them.
+#pragma once
+
+#include <string>
+
+struct HttpAnswer {
+    int status; ///< 0 when there was none
+    std::string body;
+};
+
+/// An envelope around the content of its body.
+std::string wrap_request(const std::string &content);
+
+/// The whole answer body for an operation's response with these children.
+std::string wrap_response(const std::string &operation, const std::string &children);
+
+/// The whole answer body of a fault.
+std::string wrap_fault(const std::string &code, const std::string &text);
+
+/// Posts a message with chosen headers.
+HttpAnswer post_message(int port, const std::string &message,
+                        const std::string &action = "\"urn:xmethods-lumows\"",
+                        const std::string &type = "text/xml; charset=utf-8");
+
+/// Posts one operation element with these children and returns the answer body.
+std::string call_service(int port, const std::string &operation, const std::string &children);
