@@ -34,11 +34,11 @@ std::size_t count_files(const std::string &directory) {
 }
 
 /// A socket file that another program made; listening when `live`.
-int make_socket(const std::string &path, bool live) {
+int make_socket(const std::string &path, bool live, int type = SOCK_STREAM) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::memcpy(static_cast<char *>(address.sun_path), path.c_str(), path.size());
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
     EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     if (live) {
         EXPECT_EQ(listen(descriptor, 1), 0);
@@ -171,6 +171,16 @@ TEST(Leftovers, LiveSocketIsNotStolen) {
     EXPECT_GE(client, 0);
     close(client);
     close(live);
+}
+
+TEST(Leftovers, SocketOfAnotherKindIsNotStolen) {
+    const FreshDirectory directory;
+    const std::string path = socket_path(directory.path, "eibgateway");
+    const int datagrams = make_socket(path, false, SOCK_DGRAM);
+    Program program(usual_options(directory.path));
+    EXPECT_EQ(end_program(program, 0), 1);
+    EXPECT_TRUE(fs::is_socket(path));
+    close(datagrams);
 }
 
 TEST(Leftovers, SecondSimulatorLeavesTheFirstAlone) {

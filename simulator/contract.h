@@ -1,0 +1,72 @@
+// The web service's operations: names, request and response children in wire order, which of
+// them need a session or a field, and the function that carries each out.
+#pragma once
+
+#include "home.h"
+
+#include <array>
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+inline constexpr std::string_view SERVICE_NAMESPACE = "urn:xmethods-lumows";
+inline constexpr std::size_t OPERATION_COUNT = 33;
+inline constexpr std::size_t MOST_CHILDREN = 9;
+
+/// Status numbers of the web service, 0 for success. They are written as LMWS-nnn.
+enum ServiceStatus : int {
+    SERVICE_DONE = 0,
+    SERVICE_MALFORMED = 402,     ///< an unknown, repeated or misplaced child
+    SERVICE_NO_SESSION = 403,    ///< the session is unknown or another user's
+    SERVICE_NOT_FOUND = 404,     ///< no such element, neighbour or schedule
+    SERVICE_REFUSED = 405,       ///< wrong user, password or PIN
+    SERVICE_FIELD_MISSING = 406, ///< a field that the operation cannot do without is absent
+};
+
+enum class SessionRule {
+    none,          ///< no session child
+    known,         ///< the session must be open
+    known_or_local ///< requests from the controller itself may do without one
+};
+
+struct Operation;
+
+/// One request, with its children in the operation's order; nothing for an absent child.
+struct ServiceCall {
+    const Operation *operation = nullptr;
+    std::vector<std::optional<std::string>> values;
+    std::string complaint; ///< what is wrong with the children; empty for a proper request
+};
+
+/// Response children by name; those that are not set are answered empty. A field that is none of
+/// the operation's children is not answered.
+using ResponseFields = std::map<std::string_view, std::string>;
+
+/// The field for a remark that belongs on the request line, and not into the answer.
+inline constexpr std::string_view REMARK = "(remark)";
+
+using ChildNames = std::array<std::string_view, MOST_CHILDREN>;
+
+struct Operation {
+    std::string_view name;
+    ChildNames request;
+    ChildNames response;
+    SessionRule session;
+    std::string_view needed; ///< the request child that must be there and not empty, if any
+    int (*run)(Home &home, const ServiceCall &call, ResponseFields &response);
+};
+
+extern const std::array<Operation, OPERATION_COUNT> OPERATIONS;
+
+/// The names that are used of a row.
+std::span<const std::string_view> used_names(const ChildNames &names);
+
+/// The operation of this element name, null when there is none.
+const Operation *find_operation(std::string_view name);
+
+/// The value of a request child; empty when it is absent.
+std::string_view request_value(const ServiceCall &call, std::string_view child);

@@ -1,0 +1,285 @@
+// Envelope reading and writing on top of pugixml, which knows nothing of namespaces: prefixes
+// are resolved here by walking up to their declaration.
+#include "envelope.h"
+
+#include "text.h"
+
+#include <algorithm>
+#include <array>
+#include <pugixml.hpp>
+#include <sstream>
+
+namespace {
+
+constexpr std::string_view ENVELOPE_NAMESPACE = "http://schemas.xmlsoap.org/soap/envelope/";
+constexpr std::string_view ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
+
+struct Declaration {
+    const char *attribute;
+    std::string_view name_space;
+};
+
+/// What every request declares on its envelope, and every answer too.
+constexpr std::array<Declaration, 5> DECLARATIONS{
+    {{"xmlns:SOAP-ENV", ENVELOPE_NAMESPACE},
+     {"xmlns:SOAP-ENC", ENCODING_NAMESPACE},
+     {"xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance"},
+     {"xmlns:xsd", "http://www.w3.org/2001/XMLSchema"},
+     {"xmlns:ns", SERVICE_NAMESPACE}}};
+
+/// Whitespace-only values count, and a document type is kept so that it can be refused.
+constexpr unsigned PARSE_OPTIONS =
+    pugi::parse_default | pugi::parse_ws_pcdata | pugi::parse_doctype;
+
+Fault client_fault(std::string text) {
+    return {"Client", std::move(text)};
+}
+
+std::string_view prefix_of(std::string_view name) {
+    const std::size_t colon = name.find(':');
+    return colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
+}
+
+std::string_view local_name(std::string_view name) {
+    const std::size_t colon = name.find(':');
+    return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+/// The namespace that a qualified name has at this place; empty when there is none.
+std::string_view namespace_at(pugi::xml_node node, std::string_view name) {
+    const std::string_view prefix = prefix_of(name);
+    const std::string wanted = prefix.empty() ? "xmlns" : "xmlns:" + std::string(prefix);
+    for (; node; node = node.parent()) {
+        const pugi::xml_attribute declared = node.attribute(wanted.c_str());
+        if (declared) {
+            return declared.value();
+        }
+    }
+    return {};
+}
+
+bool is_element(pugi::xml_node node, std::string_view name_space, std::string_view local) {
+    return local_name(node.name()) == local && namespace_at(node, node.name()) == name_space;
+}
+
+bool is_blank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+/// The element children of a node; nothing when there is other text between them.
+std::optional<std::vector<pugi::xml_node>> element_children(pugi::xml_node parent) {
+    std::vector<pugi::xml_node> children;
+    for (const pugi::xml_node child : parent.children()) {
+        if (child.type() == pugi::node_element) {
+            children.push_back(child);
+        } else if (!is_blank(child.value())) {
+            return std::nullopt;
+        }
+    }
+    return children;
+}
+
+/// The first attribute that is no namespace declaration; requests carry none on their fields.
+pugi::xml_attribute foreign_attribute(pugi::xml_node node) {
+    return node.find_attribute([](pugi::xml_attribute attribute) {
+        const std::string_view name = attribute.name();
+        return name != "xmlns" && prefix_of(name) != "xmlns";
+    });
+}
+
+std::string read_text(pugi::xml_node node) {
+    std::string text;
+    for (const pugi::xml_node child : node.children()) {
+        text += child.value();
+    }
+    return text;
+}
+
+/// Why this element cannot be a field of a request; empty when it can.
+std::string complain_about_field(pugi::xml_node field) {
+    const std::string name = field.name();
+    if (!namespace_at(field, name).empty() || !prefix_of(name).empty()) {
+        return "child '" + name + "' is in a namespace";
+    }
+    if (foreign_attribute(field)) {
+        return "child '" + name + "' carries the attribute '" + foreign_attribute(field).name() +
+               "'";
+    }
+    if (field.find_child([](pugi::xml_node n) { return n.type() == pugi::node_element; })) {
+        return "child '" + name + "' holds elements";
+    }
+    return "";
+}
+
+/// Fills the call's values from the children, which may be absent but neither unknown, repeated
+/// nor out of order.
+void read_fields(const std::vector<pugi::xml_node> &children, ServiceCall &call) {
+    const auto names = used_names(call.operation->request);
+    call.values.resize(names.size());
+    auto expected = names.begin();
+    for (const pugi::xml_node child : children) {
+        call.complaint = complain_about_field(child);
+        if (!call.complaint.empty()) {
+            return;
+        }
+        const auto found = std::find(expected, names.end(), std::string_view(child.name()));
+        if (found == names.end()) {
+            const bool known = std::find(names.begin(), expected, child.name()) != expected;
+            call.complaint = "child '" + std::string(child.name()) +
+                             (known ? "' is repeated or out of order" : "' is unknown");
+            return;
+        }
+        call.values[static_cast<std::size_t>(found - names.begin())] = read_text(child);
+        expected = found + 1;
+    }
+}
+
+/// A header is skipped, unless it holds something that must not be skipped.
+bool must_understand(pugi::xml_node header) {
+    const pugi::xml_node found = header.find_child([](pugi::xml_node child) {
+        return child.find_attribute([child](pugi::xml_attribute attribute) {
+            return local_name(attribute.name()) == "mustUnderstand" &&
+                   namespace_at(child, attribute.name()) == ENVELOPE_NAMESPACE &&
+                   std::string_view(attribute.value()) == "1";
+        });
+    });
+    return !found.empty();
+}
+
+/// Finds the body of a proper envelope, or says what is wrong with it.
+std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document) {
+    const pugi::xml_node envelope = document.document_element();
+    if (local_name(envelope.name()) != "Envelope") {
+        return client_fault("the document is no envelope");
+    }
+    if (namespace_at(envelope, envelope.name()) != ENVELOPE_NAMESPACE) {
+        return Fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
+    }
+    for (const Declaration &declaration : DECLARATIONS) {
+        if (envelope.attribute(declaration.attribute).value() != declaration.name_space) {
+            return client_fault("the envelope lacks " + std::string(declaration.attribute) + "=\"" +
+                                std::string(declaration.name_space) + "\"");
+        }
+    }
+    const auto parts = element_children(envelope);
+    const bool has_header =
+        parts && !parts->empty() && is_element(parts->front(), ENVELOPE_NAMESPACE, "Header");
+    if (has_header && must_understand(parts->front())) {
+        return Fault{"MustUnderstand", "a header entry is not understood"};
+    }
+    const std::size_t body = has_header ? 1 : 0;
+    if (!parts || parts->size() != body + 1 ||
+        !is_element((*parts)[body], ENVELOPE_NAMESPACE, "Body")) {
+        return client_fault("the envelope does not hold exactly one body");
+    }
+    return (*parts)[body];
+}
+
+bool has_encoding_style(pugi::xml_node body) {
+    const pugi::xml_attribute style = body.find_attribute([body](pugi::xml_attribute attribute) {
+        return local_name(attribute.name()) == "encodingStyle" &&
+               namespace_at(body, attribute.name()) == ENVELOPE_NAMESPACE;
+    });
+    return style.value() == ENCODING_NAMESPACE;
+}
+
+/// An envelope around an empty body; `body` is set to that body.
+void start_envelope(pugi::xml_document &document, pugi::xml_node &body) {
+    pugi::xml_node declaration = document.append_child(pugi::node_declaration);
+    declaration.append_attribute("version") = "1.0";
+    declaration.append_attribute("encoding") = "UTF-8";
+    pugi::xml_node envelope = document.append_child("SOAP-ENV:Envelope");
+    for (const Declaration &row : DECLARATIONS) {
+        envelope.append_attribute(row.attribute) = std::string(row.name_space).c_str();
+    }
+    body = envelope.append_child("SOAP-ENV:Body");
+}
+
+void append_text(pugi::xml_node parent, const char *name, const std::string &text) {
+    parent.append_child(name).text().set(text.c_str());
+}
+
+std::string write_document(const pugi::xml_document &document) {
+    std::ostringstream out;
+    document.save(out, "", pugi::format_raw, pugi::encoding_utf8);
+    std::string text = out.str();
+    // Written as it is, a carriage return would reach the reader as a line feed.
+    for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos;) {
+        text.replace(at, 1, "&#13;");
+    }
+    return text;
+}
+
+} // namespace
+
+std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
+    if (!is_valid_utf8(body_text) || body_text.find('\0') != std::string_view::npos) {
+        return client_fault("the message is not UTF-8 text");
+    }
+    pugi::xml_document document;
+    const pugi::xml_parse_result parsed = document.load_buffer(body_text.data(), body_text.size(),
+                                                               PARSE_OPTIONS, pugi::encoding_utf8);
+    if (!parsed) {
+        return client_fault(std::string("malformed XML: ") + parsed.description());
+    }
+    const auto top = element_children(document);
+    if (!top || top->size() != 1 ||
+        document.find_child([](pugi::xml_node n) { return n.type() == pugi::node_doctype; })) {
+        return client_fault("the message is not exactly one element without a document type");
+    }
+    const auto found = find_body(document);
+    if (const auto *fault = std::get_if<Fault>(&found)) {
+        return *fault;
+    }
+    const pugi::xml_node body = std::get<pugi::xml_node>(found);
+    if (!has_encoding_style(body)) {
+        return client_fault("the body does not state the SOAP encoding style");
+    }
+    const auto entries = element_children(body);
+    if (!entries || entries->size() != 1) {
+        return client_fault("the body does not hold exactly one operation");
+    }
+    const pugi::xml_node entry = entries->front();
+    ServiceCall call;
+    call.operation = namespace_at(entry, entry.name()) == SERVICE_NAMESPACE
+                         ? find_operation(local_name(entry.name()))
+                         : nullptr;
+    if (call.operation == nullptr) {
+        return client_fault("unknown operation '" + std::string(entry.name()) + "'");
+    }
+    const auto fields = element_children(entry);
+    if (!fields) {
+        call.complaint = "text between the children";
+    } else if (foreign_attribute(entry)) {
+        call.complaint = "the operation carries the attribute '" +
+                         std::string(foreign_attribute(entry).name()) + "'";
+    } else {
+        read_fields(*fields, call);
+    }
+    return call;
+}
+
+std::string write_response(const Operation &operation, const ResponseFields &fields) {
+    pugi::xml_document document;
+    pugi::xml_node body;
+    start_envelope(document, body);
+    body.append_attribute("SOAP-ENV:encodingStyle") = std::string(ENCODING_NAMESPACE).c_str();
+    const std::string name = "ns:" + std::string(operation.name) + "Response";
+    const pugi::xml_node response = body.append_child(name.c_str());
+    for (const std::string_view child : used_names(operation.response)) {
+        const auto found = fields.find(child);
+        append_text(response, std::string(child).c_str(),
+                    found == fields.end() ? std::string() : found->second);
+    }
+    return write_document(document);
+}
+
+std::string write_fault(const Fault &fault) {
+    pugi::xml_document document;
+    pugi::xml_node body;
+    start_envelope(document, body);
+    const pugi::xml_node element = body.append_child("SOAP-ENV:Fault");
+    append_text(element, "faultcode", "SOAP-ENV:" + fault.code);
+    append_text(element, "faultstring", fault.text);
+    return write_document(document);
+}

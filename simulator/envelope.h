@@ -1,0 +1,26 @@
+// SOAP 1.1 envelopes: taking a request apart, and writing responses and faults. Strict about
+// what clients of this service write; knows nothing of HTTP or of what operations do.
+#pragma once
+
+#include "contract.h"
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+/// A request that cannot be answered with a response element.
+struct Fault {
+    std::string code; ///< local name in the envelope namespace, such as Client
+    std::string text;
+};
+
+/// Reads a request envelope. Wrong children of a known operation are no fault but a complaint
+/// in the call, since they can be answered with a status.
+std::variant<ServiceCall, Fault> read_envelope(std::string_view body);
+
+/// The response envelope of an operation: all its response children in order, the ones that
+/// `fields` does not hold empty.
+std::string write_response(const Operation &operation, const ResponseFields &fields);
+
+/// The envelope of a fault.
+std::string write_fault(const Fault &fault);

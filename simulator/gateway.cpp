@@ -1,0 +1,167 @@
+// Gateway requests: which functions each gateway knows and the exact header lines of each. The
+// checker has no branch per gateway; a new function is a new row. Values are not interpreted,
+// apart from the widths and fixed contents that the tables state.
+#include "gateway.h"
+
+#include "text.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+namespace {
+
+/// One header line: "Name: value". A gateway may fix the value, or its width in bytes.
+struct HeaderLine {
+    std::string_view name;
+    std::string_view fixed_value = {};
+    std::size_t width = 0;
+};
+
+struct GatewayRequest {
+    DaemonId gateway;
+    std::string_view function;
+    std::span<const HeaderLine> lines;
+};
+
+constexpr HeaderLine EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
+constexpr HeaderLine SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
+constexpr HeaderLine SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
+constexpr HeaderLine LINTRONIC_LINES[] = {
+    {"SectionName"}, {"Device", "", 2}, {"Command", "", 3}, {"Payload"}};
+constexpr HeaderLine ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
+constexpr HeaderLine VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
+                                            {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
+                                            {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
+                                            {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
+constexpr HeaderLine VIVALDI_GET_LINES[] = {
+    {"SectionName"}, {"CentralNumber"}, {"Command", "2"}, {"RC20_Number"}};
+// The zone follows the command on the wire, whatever the order in which users name them.
+constexpr HeaderLine TUTONDO_SET_LINES[] = {
+    {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
+constexpr HeaderLine TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
+
+constexpr GatewayRequest REQUESTS[] = {
+    {DaemonId::eib, "SENDEIBUSSETDATAGRAM", EIB_LINES},
+    {DaemonId::eib, "SENDEIBUSGETDATAGRAM", EIB_LINES},
+    {DaemonId::smstool, "SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
+    {DaemonId::smstool, "RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES},
+    {DaemonId::lintronic, "SENDLINTRONICDATAGRAM", LINTRONIC_LINES},
+    {DaemonId::tecnout, "SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES},
+    {DaemonId::vivaldi, "SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
+    {DaemonId::vivaldi, "SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES},
+    {DaemonId::bentel, "SENDBENTELCOMMANDDATAGRAM", ALARM_LINES},
+    {DaemonId::tutondo, "SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
+    {DaemonId::tutondo, "SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES},
+};
+
+constexpr std::string_view REQUEST_TAG = "Request: ";
+constexpr std::string_view REQUEST_END = "\n\n";
+
+/// The result of a check: the error, if any, and the request in words.
+struct Verdict {
+    int offset; ///< an ErrorOffset, 0 for a proper request
+    std::string complaint;
+    std::string request;
+};
+
+Verdict refuse(ErrorOffset offset, std::string complaint, std::string request) {
+    return {static_cast<int>(offset), std::move(complaint), std::move(request)};
+}
+
+/// The text of the request without its two closing line feeds, as lines.
+std::vector<std::string_view> split_lines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (true) {
+        const std::size_t end = text.find('\n');
+        lines.push_back(text.substr(0, end));
+        if (end == std::string_view::npos) {
+            return lines;
+        }
+        text.remove_prefix(end + 1);
+    }
+}
+
+Verdict check_lines(const GatewayRequest &request, std::span<const std::string_view> lines) {
+    std::string shown(lines[0].substr(REQUEST_TAG.size()));
+    for (std::size_t i = 0; i < request.lines.size(); ++i) {
+        const HeaderLine &expected = request.lines[i];
+        const std::string tag = std::string(expected.name) + ": ";
+        if (i + 1 >= lines.size() || !lines[i + 1].starts_with(tag)) {
+            return refuse(ErrorOffset::malformed,
+                          "line " + std::to_string(i + 2) + " is not '" + tag + "...'", shown);
+        }
+        const std::string_view value = lines[i + 1].substr(tag.size());
+        shown += (i == 0 ? " " : "|") + show_value(value);
+        if (value.find('\0') != std::string_view::npos) {
+            return refuse(ErrorOffset::malformed, tag + "holds a zero byte", shown);
+        }
+        if (!expected.fixed_value.empty() && value != expected.fixed_value) {
+            return refuse(ErrorOffset::refused_value,
+                          tag + "must be " + std::string(expected.fixed_value), shown);
+        }
+        if (expected.width != 0 && value.size() != expected.width) {
+            return refuse(ErrorOffset::refused_value,
+                          tag + "must be " + std::to_string(expected.width) + " characters long",
+                          shown);
+        }
+    }
+    if (lines.size() > request.lines.size() + 1) {
+        return refuse(ErrorOffset::malformed, "a line too many", shown);
+    }
+    return {0, "", shown};
+}
+
+Verdict check_request(const Daemon &gateway, std::string_view received) {
+    const std::size_t end = received.find(REQUEST_END);
+    const std::vector<std::string_view> lines = split_lines(received.substr(0, end));
+    if (!lines[0].starts_with(REQUEST_TAG)) {
+        return refuse(ErrorOffset::malformed, "line 1 is not 'Request: ...'", show_value(received));
+    }
+    const std::string_view function = lines[0].substr(REQUEST_TAG.size());
+    const auto *row =
+        std::find_if(std::begin(REQUESTS), std::end(REQUESTS), [&](const GatewayRequest &request) {
+            return request.gateway == gateway.id && equal_ignoring_case(request.function, function);
+        });
+    if (row == std::end(REQUESTS)) {
+        return refuse(ErrorOffset::not_supported, "unknown request name", show_value(function));
+    }
+    Verdict verdict = check_lines(*row, lines);
+    if (verdict.offset == 0 && end + REQUEST_END.size() < received.size()) {
+        return refuse(ErrorOffset::malformed, "bytes after the empty line", verdict.request);
+    }
+    return verdict;
+}
+
+} // namespace
+
+Exchange exchange_gateway(Conversation &conversation) {
+    Connection &connection = conversation.connection;
+    Arrival arrival = Arrival::data;
+    std::size_t searched = 0;
+    while (arrival == Arrival::data &&
+           connection.received.find(REQUEST_END, searched) == std::string::npos) {
+        searched = connection.received.empty() ? 0 : connection.received.size() - 1;
+        arrival = receive_some(connection);
+    }
+    if (connection.received.empty() || arrival == Arrival::stopped) {
+        return {"", describe_arrival(arrival), ""};
+    }
+    receive_pending(connection);
+
+    Verdict verdict;
+    if (arrival == Arrival::data) {
+        verdict = check_request(conversation.daemon, connection.received);
+    } else {
+        verdict = refuse(arrival == Arrival::full ? ErrorOffset::too_long : ErrorOffset::malformed,
+                         describe_arrival(arrival), show_value(connection.received));
+    }
+    const int proper = verdict.offset == 0 ? 0 : conversation.daemon.base + verdict.offset;
+    const std::string status =
+        format_status(conversation.daemon, choose_status(conversation, proper));
+    std::string outcome = status;
+    if (!verdict.complaint.empty()) {
+        outcome += " (" + verdict.complaint + ")";
+    }
+    return {verdict.request, outcome, "Response Status: " + status + "\n"};
+}

@@ -1,0 +1,11 @@
+// The running simulator: accepts connections for all daemons, serves each in a thread of its
+// own, and applies what the daemons were told to do instead of answering properly.
+#pragma once
+
+#include "home.h"
+#include "listeners.h"
+#include "options.h"
+
+/// Serves until one of the signals that `signal_descriptor` reports arrives, then waits for the
+/// connections to end.
+void serve(const Settings &settings, const Listeners &listeners, Home &home, int signal_descriptor);
