@@ -1,0 +1,70 @@
+# Installation and the Debian packages: lumocmd for controllers and desks, lumosim for desks.
+
+install(TARGETS lumocmd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumocmd)
+
+# Debian wants manuals compressed without a time stamp, and a copyright file and changelog per package.
+find_program(GZIP gzip REQUIRED)
+
+function(install_documents component page)
+    add_custom_command(
+        OUTPUT ${page}.gz
+        COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/man/${page} > ${page}.gz
+        DEPENDS ${PROJECT_SOURCE_DIR}/man/${page}
+        VERBATIM)
+    add_custom_command(
+        OUTPUT ${component}-changelog.gz
+        COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/packaging/${component}.changelog
+            > ${component}-changelog.gz
+        DEPENDS ${PROJECT_SOURCE_DIR}/packaging/${component}.changelog
+        VERBATIM)
+    add_custom_target(${component}_documents ALL DEPENDS ${page}.gz ${component}-changelog.gz)
+    install(FILES ${PROJECT_BINARY_DIR}/${page}.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+    install(FILES ${PROJECT_BINARY_DIR}/${component}-changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${component} RENAME changelog.gz
+        COMPONENT ${component})
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${component} COMPONENT ${component})
+endfunction()
+
+install_documents(lumocmd lumocmd.1)
+set(CPACK_COMPONENTS_ALL lumocmd)
+if(TARGET lumosim)
+    install(TARGETS lumosim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumosim)
+    install_documents(lumosim lumosim.1)
+    list(APPEND CPACK_COMPONENTS_ALL lumosim)
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "The Lumotron developers <developers@lumotron.example>")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+
+set(CPACK_DEBIAN_LUMOCMD_PACKAGE_NAME lumocmd)
+set(CPACK_DEBIAN_LUMOSIM_PACKAGE_NAME lumosim)
+set(CPACK_DEBIAN_LUMOCMD_DESCRIPTION
+    "command-line tool of a Lumotron home-automation controller
+Sends one request to one of the controller's daemons or to its web service,
+shows the answer and exits with its status code.")
+set(CPACK_DEBIAN_LUMOSIM_DESCRIPTION
+    "simulated Lumotron home-automation controller
+Answers everything that lumocmd can ask, checks requests strictly and can be
+told to misbehave. It listens on Unix-domain sockets and on loopback only.")
+set(CPACK_DEBIAN_LUMOSIM_PACKAGE_SUGGESTS lumocmd)
+if(CMAKE_CROSSCOMPILING)
+    # The tool that reads needs from a program knows no foreign libraries.
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
+    set(CPACK_DEBIAN_LUMOCMD_PACKAGE_DEPENDS "libc6 (>= 2.34)")
+else()
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
+
+include(CPack)
