@@ -50,13 +50,12 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 
 set(CPACK_DEBIAN_LUMOCMD_PACKAGE_NAME lumocmd)
 set(CPACK_DEBIAN_LUMOSIM_PACKAGE_NAME lumosim)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "tools for a Lumotron home-automation controller")
 set(CPACK_DEBIAN_LUMOCMD_DESCRIPTION
-    "command-line tool of a Lumotron home-automation controller
-Sends one request to one of the controller's daemons or to its web service,
+    "lumocmd sends one request to one of the controller's daemons or to its web service,
 shows the answer and exits with its status code.")
 set(CPACK_DEBIAN_LUMOSIM_DESCRIPTION
-    "simulated Lumotron home-automation controller
-Answers everything that lumocmd can ask, checks requests strictly and can be
+    "lumosim is a simulated controller: it answers everything that lumocmd can ask, checks requests strictly and can be
 told to misbehave. It listens on Unix-domain sockets and on loopback only.")
 set(CPACK_DEBIAN_LUMOSIM_PACKAGE_SUGGESTS lumocmd)
 if(CMAKE_CROSSCOMPILING)
