@@ -1,0 +1,254 @@
+// The whole life of a process: which client is called, the last line, the exit status, and what
+// becomes of it when its streams or its daemon are gone.
+
+#include "tests/front/transcript.h"
+#include "tests/harness/peer.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace {
+
+using namespace front_tests;
+using harness::peer;
+using harness::run_result;
+using harness::temporary_directory;
+
+const char REQUEST[] = "Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: b\n"
+                       "Command: c\nPayload: d\n\n";
+
+harness::words bentel(const std::string &path) {
+    return {"-t", "BENTELLOCAL", "-s", path, "-f", "SENDBENTELCOMMANDDATAGRAM", "-p", "a|b|c|d"};
+}
+
+/// The two red lines of a gateway that cannot be reached.
+shown_lines unreachable(int error_number) {
+    return {red(std::string("utility->make_localtcpclient_socket connect failed with error '") +
+                strerror(error_number) + "'"),
+            red("BENTELGatewayutil->bentelgateway_local_request error opening socket "
+                "BENTELGateway clientside for function 'SENDBENTELCOMMANDDATAGRAM'"),
+            plain("BENT-1305")};
+}
+
+// --- The last line
+
+struct code_case {
+    const char *name;
+    const char *answered;
+    const char *text;
+    int status; ///< as the shell sees it
+};
+
+const code_case CODES[] = {
+    {"Success", "0000", "LMCM-0000", 0},
+    {"GatewayCode", "1302", "BENT-1302", 22},
+    {"CodeOfAnotherComponent", "402", "LMWS-402", 146},
+    {"SmallCode", "7", "FSMC-007", 7},
+    {"LowEightBitsAreZero", "256", "ECHG-256", 0},
+    {"Negative", "-1", "LMCM--001", 255},
+    {"LargestInt", "2147483647", "LGMG-2147483647", 255},
+    {"SmallestInt", "-2147483648", "LMCM--2147483648", 0},
+};
+
+class LastLine : public testing::TestWithParam<code_case> {};
+
+TEST_P(LastLine, IsTheStatusText) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/s";
+    const std::string answer = std::string("Response Status: BENG-") + GetParam().answered + "\n";
+    peer daemon(path, {harness::expect(REQUEST), harness::reply(answer)});
+    const run_result run = harness::lumocmd(bentel(path));
+    EXPECT_EQ(daemon.finish(), "");
+    EXPECT_EQ(run.output, std::string(GetParam().text) + "\n");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.status, GetParam().status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, LastLine, testing::ValuesIn(CODES),
+                         [](const auto &row) { return row.param.name; });
+
+TEST(MainProgram, LastLineIsNeverColoured) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/s";
+    peer daemon(path, {harness::expect(REQUEST), harness::reply("Response Status: BENG-0\n")});
+    harness::words words = bentel(path);
+    words.insert(words.begin(), {"-v", "ON"});
+    const run_result run = harness::lumocmd(words);
+    EXPECT_EQ(daemon.finish(), "");
+    EXPECT_EQ(
+        run.output,
+        transcript(run.pid, {green("[lumocmd] BENTEL Local request selected"),
+                             green("[lumocmd] Socket selected: " + path),
+                             green("[lumocmd] Function selected: SENDBENTELCOMMANDDATAGRAM"),
+                             green("[lumocmd] Parameters selected: a|b|c|d"), plain("LMCM-0000")}));
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(MainProgram, FailedConnectPrintsTwoLinesAndTheCode) {
+    const temporary_directory directory;
+    const run_result run = harness::lumocmd(bentel(directory.path + "/missing"));
+    EXPECT_EQ(run.output, transcript(run.pid, unreachable(ENOENT)));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.status, 1305 & 0xff);
+}
+
+TEST(MainProgram, SocketPathIsRelativeToTheWorkingDirectory) {
+    const temporary_directory directory;
+    peer daemon(directory.path + "/s",
+                {harness::expect(REQUEST), harness::reply("Response Status: BENG-0\n")});
+    const run_result run =
+        harness::lumocmd(bentel("s"), {.directory = directory.path, .close_output = false});
+    EXPECT_EQ(daemon.finish(), "");
+    EXPECT_EQ(run.output, "LMCM-0000\n");
+}
+
+// --- Dispatch
+
+// One parameter, where each of these wants more, names the client that was called.
+const transcript_case CLIENTS[] = {
+    {"Eib",
+     "-t EIBLOCAL -s S -f SENDEIBUSSETDATAGRAM -p a",
+     {red("localclientutil->make_eibuslocal_request error too few or too much parameters, "
+          "SectionName, Destination, EISType, Payload are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Smstool",
+     "-t SMSTOOLLOCAL -s S -f SENDSMSTOOLDATAGRAM -p a",
+     {red("localclientutil->make_smstoollocal_request error too few or too much parameters, "
+          "SectionName, PhoneNumber, Msg are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Lintronic",
+     "-t LINTRONICLOCAL -s S -f SENDLINTRONICDATAGRAM -p a",
+     {red("localclientutil->make_lintroniclocal_request error too few or too much parameters, "
+          "SectionName, Device, Command,  Payload are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Tecnout",
+     "-t TECNOUTLOCAL -s S -f SENDTECNOUTCOMMANDDATAGRAM -p a",
+     {red("localclientutil->make_tecnoutlocal_request error too few or too much parameters, "
+          "SectionName, UserCode, Command, Payload are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Vivaldi",
+     "-t VIVALDILOCAL -s S -f SENDVIVALDISETDATAGRAM -p a",
+     {red("localclientutil->make_vivaldilocal_request error too few or too much parameters, "
+          "SectionName, CentralNumber, RC20Number, RC20OnOff, RC20Volume, RC20High, RC20Low, "
+          "RC20Channel, RC20Cd, RC20Track, RC20Tuner are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Bentel",
+     "-t BENTELLOCAL -s S -f SENDBENTELCOMMANDDATAGRAM -p a",
+     {red("localclientutil->make_bentellocal_request error too few or too much parameters, "
+          "SectionName, UserCode, Command, Payload are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Tutondo",
+     "-t TUTONDOLOCAL -s S -f SENDTUTONDOSETDATAGRAM -p a",
+     {red("localclientutil->make_tutondolocal_request error too few or too much parameters, "
+          "SectionName,  ZoneNumber, Command, Payload are needed"),
+      plain("LMCM-505")},
+     505},
+    {"Fsmcore",
+     "-t FSMCORE -s '' -f GETSTATE -p a",
+     {red("utility->make_localtcpclient_socket connect failed with error 'Invalid argument'"),
+      red("FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside for "
+          "function 'GETSTATE'"),
+      plain("FSMC-006")},
+     6},
+    {"TypeStoppedBeforeAny", "-v maybe", {red(NOT_PARSED), plain("LMCM-505")}, 505},
+    {"UnsupportedTypeStopped",
+     "-t MARTINLOCAL -v maybe",
+     {red("MARTIN requests unsupported!"), red(NOT_PARSED), plain("LMCM-505")},
+     505},
+    {"InternetTypeStopped",
+     "-t EIBINTERNET -v maybe",
+     {red(UNIMPLEMENTED), plain("LMCM-507")},
+     507},
+    // The parser stopped early, so nothing was required: absent texts reach the client.
+    {"AbsentSocket", "-t BENTELLOCAL -f SENDBENTELCOMMANDDATAGRAM -p a|b|c|d -v maybe",
+     unreachable(EINVAL), 1305},
+    {"AbsentParameters",
+     "-t BENTELLOCAL -f SENDBENTELCOMMANDDATAGRAM -v maybe",
+     {red("localclientutil->make_bentellocal_request error too few or too much parameters, "
+          "SectionName, UserCode, Command, Payload are needed"),
+      plain("LMCM-505")},
+     505},
+};
+
+class Dispatch : public testing::TestWithParam<transcript_case> {};
+
+TEST_P(Dispatch, CallsTheClientOfTheType) {
+    expect_transcript(GetParam().line, GetParam().output, GetParam().status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Dispatch, testing::ValuesIn(CLIENTS),
+                         [](const auto &row) { return row.param.name; });
+
+TEST(MainProgram, AbsentFunctionIsServedByNoClient) {
+    for (const char *type : {"FSMCORE", "EIBLOCAL", "SMSTOOLLOCAL", "LINTRONICLOCAL",
+                             "TECNOUTLOCAL", "VIVALDILOCAL", "BENTELLOCAL", "TUTONDOLOCAL"}) {
+        const std::string line = std::string("-t ") + type;
+        expect_transcript((line + " -v maybe").c_str(), {plain("LMCM-503")}, 503);
+        expect_transcript((line + " -s S -p a -t NOSUCH").c_str(), {plain("LMCM-503")}, 503);
+    }
+}
+
+// --- Missing streams and peers
+
+TEST(MainProgram, ClosedStandardOutputDoesNotReachTheDaemon) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/s";
+    peer daemon(path, {harness::expect(REQUEST), harness::reply("Response Status: BENG-5\n")});
+    harness::words words = bentel(path);
+    words.insert(words.begin(), {"-v", "ON"});
+    const run_result run = harness::lumocmd(words, {.directory = "", .close_output = true});
+    EXPECT_EQ(daemon.finish(), "");
+    EXPECT_EQ(daemon.received(), REQUEST);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.status, 5);
+}
+
+TEST(MainProgram, EveryStandardStreamMayBeClosed) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/s";
+    peer daemon(path, {harness::expect(REQUEST), harness::reply("Response Status: BENG-5\n")});
+    harness::words words = {"/bin/sh", "-c", "exec $LUMOCMD_WRAPPER \"$@\" <&- >&- 2>&-", "sh",
+                            harness::lumocmd_path()};
+    const harness::words request = bentel(path);
+    words.insert(words.end(), request.begin(), request.end());
+    const run_result run = harness::run(words);
+    EXPECT_EQ(daemon.finish(), "");
+    EXPECT_EQ(daemon.received(), REQUEST);
+    EXPECT_EQ(run.status, 5);
+}
+
+TEST(MainProgram, DaemonThatClosesAtOnceIsAFailedRequest) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/s";
+    peer daemon(path, {harness::close_connection()});
+    const run_result run = harness::lumocmd(bentel(path));
+    EXPECT_EQ(daemon.finish(), "");
+    // Whether the request still leaves is a matter of who is faster.
+    const bool sent = run.status != (1306 & 0xff);
+    EXPECT_EQ(run.status, (sent ? 1307 : 1306) & 0xff);
+    const std::string last_line = sent ? "\nBENT-1307\n" : "\nBENT-1306\n";
+    EXPECT_NE(run.output.find(last_line), std::string::npos) << run.output;
+}
+
+// The shell keeps the only writing end of a pipe that nobody reads.
+TEST(MainProgram, OutputThatNobodyReadsKeepsTheExitStatus) {
+    const temporary_directory directory;
+    const std::string pipe = directory.path + "/pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const run_result run = harness::run({"/bin/sh", "-c",
+                                         "exec 3<>\"$1\"; exec 4>\"$1\"; exec 3<&-; "
+                                         "$LUMOCMD_WRAPPER \"$2\" -t NOSUCH >&4; echo \"$?\"",
+                                         "sh", pipe, harness::lumocmd_path()});
+    EXPECT_EQ(run.output, std::to_string(505 & 0xff) + "\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+} // namespace
