@@ -243,14 +243,15 @@ TEST(MainProgram, DaemonThatClosesAtOnceIsAFailedRequest) {
 }
 
 // The shell keeps the only writing end of a pipe that nobody reads.
+const char RUN_INTO_A_DEAD_PIPE[] = "exec 3<>\"$1\"; exec 4>\"$1\"; exec 3<&-; "
+                                    "$LUMOCMD_WRAPPER \"$2\" -t NOSUCH >&4; echo \"$?\"";
+
 TEST(MainProgram, OutputThatNobodyReadsKeepsTheExitStatus) {
     const temporary_directory directory;
     const std::string pipe = directory.path + "/pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const run_result run = harness::run({"/bin/sh", "-c",
-                                         "exec 3<>\"$1\"; exec 4>\"$1\"; exec 3<&-; "
-                                         "$LUMOCMD_WRAPPER \"$2\" -t NOSUCH >&4; echo \"$?\"",
-                                         "sh", pipe, harness::lumocmd_path()});
+    const run_result run =
+        harness::run({"/bin/sh", "-c", RUN_INTO_A_DEAD_PIPE, "sh", pipe, harness::lumocmd_path()});
     EXPECT_EQ(run.output, std::to_string(505 & 0xff) + "\n");
     EXPECT_EQ(run.errors, "");
 }
