@@ -135,10 +135,13 @@ TEST_F(Connectors, LocalPathOf108CharactersMissesItsDaemon) {
     // The system itself would serve this path: its 108 characters fill the address.
     const std::string path = path_of_length(108);
     const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    memcpy(address.sun_path, path.data(), sizeof address.sun_path);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    struct {
+        sockaddr_un address;
+        char terminator; // for whoever reads the path as a text
+    } full = {};
+    full.address.sun_family = AF_UNIX;
+    memcpy(full.address.sun_path, path.data(), sizeof full.address.sun_path);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&full.address), sizeof full.address), 0);
     ASSERT_EQ(listen(listener, 1), 0);
     int connection = 0;
     const std::string output =

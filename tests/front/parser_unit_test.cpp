@@ -6,6 +6,7 @@
 #include "tests/front/transcript.h"
 
 #include <optional>
+#include <ostream>
 #include <unistd.h>
 
 namespace {
@@ -34,6 +35,10 @@ struct parse_case {
     int type;
     record left;
 };
+
+void PrintTo(const parse_case &row, std::ostream *out) {
+    *out << row.line;
+}
 
 /// Parses a line; the arguments are overwritten afterwards, so that only copies survive.
 int parse(const std::string &line) {
