@@ -2,6 +2,7 @@
 
 #include "front/diagnostics.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <syslog.h>
@@ -91,7 +92,9 @@ char *xstrdup_free(char *source, int release_source) {
 }
 
 char *xstrndup(const char * /*ignored*/, const char *source, std::size_t count) {
-    return copy_characters(source, strnlen(source, count), count + 1);
+    // The largest count has no successor: it must run out of memory, not wrap around to nothing.
+    const std::size_t size = count == SIZE_MAX ? count : count + 1;
+    return copy_characters(source, strnlen(source, count), size);
 }
 
 char *xstrndup_free(char *source, std::size_t count, int release_source) {

@@ -133,6 +133,12 @@ TEST_F(MemoryDeathTest, XreallocLeavesARecordAndEndsWithOne) {
     EXPECT_EQ(output, "");
 }
 
+TEST_F(MemoryDeathTest, XstrndupOfTheLargestCountRunsOutOfMemory) {
+    volatile std::size_t largest = SIZE_MAX;
+    EXPECT_EXIT(xstrndup(nullptr, "abc", largest), testing::ExitedWithCode(1),
+                "record of priority 0: \\[xmalloc failed for size=-1\n\\]");
+}
+
 // --- Copies
 
 TEST_F(Memory, XstrdupCopies) {
