@@ -24,8 +24,7 @@ class LargeTexts : public FreshGlobals {
     static constexpr std::size_t SIZE = 8U << 20U;
 
     void SetUp() override {
-        const char *preloaded = getenv("LD_PRELOAD");
-        if (preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr) {
+        if (under_valgrind()) {
             GTEST_SKIP() << "valgrind keeps freed pages";
         }
         mallopt(M_MMAP_THRESHOLD, 1 << 20);

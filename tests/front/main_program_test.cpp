@@ -215,12 +215,15 @@ TEST(MainProgram, ClosedStandardOutputDoesNotReachTheDaemon) {
     EXPECT_EQ(run.status, 1307 & 0xff);
 }
 
+// A wrapper needs standard error for itself.
+const char RUN_WITHOUT_STREAMS[] = "test -n \"$LUMOCMD_WRAPPER\" || exec 2>&-; "
+                                   "exec $LUMOCMD_WRAPPER \"$@\" <&- >&-";
+
 TEST(MainProgram, EveryStandardStreamMayBeClosed) {
     const temporary_directory directory;
     const std::string path = directory.path + "/s";
     peer daemon(path, {harness::expect(REQUEST), harness::reply(UNREADABLE_ANSWER)});
-    harness::words words = {"/bin/sh", "-c", "exec $LUMOCMD_WRAPPER \"$@\" <&- >&- 2>&-", "sh",
-                            harness::lumocmd_path()};
+    harness::words words = {"/bin/sh", "-c", RUN_WITHOUT_STREAMS, "sh", harness::lumocmd_path()};
     const harness::words request = bentel(path);
     words.insert(words.end(), request.begin(), request.end());
     const run_result run = harness::run(words);

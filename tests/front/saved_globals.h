@@ -5,6 +5,8 @@
 #include "front/diagnostics.h"
 #include "front/request_record.h"
 
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace front_tests {
@@ -25,6 +27,12 @@ class FreshGlobals : public testing::Test {
     cmd_config config_ = g_config;
     int level_ = debug_level;
 };
+
+/// valgrind keeps freed pages and takes the largest sizes for mistakes.
+inline bool under_valgrind() {
+    const char *preloaded = getenv("LD_PRELOAD");
+    return preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr;
+}
 
 template <typename Row>
 class FreshGlobalsWithRow : public FreshGlobals, public testing::WithParamInterface<Row> {};
