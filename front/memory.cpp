@@ -58,7 +58,8 @@ void keep_value(char *text, std::size_t start, const char *separators, const cha
 } // namespace
 
 void *xmalloc(std::size_t size) {
-    void *block = calloc(1, size);
+    // An empty block is a block too: not every libc gives one for a size of zero.
+    void *block = calloc(1, size == 0 ? 1 : size);
     if (block == nullptr) {
         out_of_memory("xmalloc", size);
     }
