@@ -18,6 +18,9 @@ namespace harness {
 step expect(std::string bytes) {
     return {step_kind::EXPECT, std::move(bytes)};
 }
+step await_bytes() {
+    return {step_kind::AWAIT, {}};
+}
 step collect_until(std::string end) {
     return {step_kind::COLLECT, std::move(end)};
 }
@@ -182,6 +185,12 @@ void peer::follow(const script &steps, int *connection) {
             checked = received_.size();
             break;
         }
+        case step_kind::AWAIT:
+            if (!wait_readable(*connection)) {
+                complaint_ = "time-out: the client did not send";
+                return;
+            }
+            break;
         case step_kind::COLLECT:
             while (received_.find(now.bytes, checked) == std::string::npos) {
                 if (!receive_some(*connection)) {

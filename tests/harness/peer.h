@@ -11,6 +11,7 @@ namespace harness {
 
 enum class step_kind {
     EXPECT,     ///< receive exactly these bytes
+    AWAIT,      ///< wait until bytes have come, leave them unreceived
     COLLECT,    ///< receive until these bytes have come, keep everything for received()
     SEND,       ///< send these bytes in one write
     DRIP,       ///< send these bytes one per write
@@ -28,6 +29,7 @@ struct step {
 
 // The vocabulary of scripts.
 step expect(std::string bytes);
+step await_bytes();
 step collect_until(std::string end);
 step reply(std::string bytes);
 step drip(std::string bytes);

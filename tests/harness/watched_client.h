@@ -1,0 +1,49 @@
+// Watches and disturbs the socket calls of a client that runs in the test's own thread. The calls
+// of every other thread, a peer's among them, pass untouched.
+
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <sys/types.h>
+#include <vector>
+
+namespace harness {
+
+/// Watches this thread's connect, send and recv calls while it is in scope; one at a time. What the
+/// client left open is closed at the end.
+class watched_client {
+  public:
+    watched_client();
+    ~watched_client();
+    watched_client(const watched_client &) = delete;
+    watched_client &operator=(const watched_client &) = delete;
+
+    // Faults. An error number makes the next calls fail with it; 0 leaves them alone.
+    int send_error = 0;
+    int recv_error = 0;
+    std::size_t send_at_most = 0;      ///< a send takes no more bytes than this; 0: all of them
+    std::function<void()> before_send; ///< what happens between connecting and sending
+
+    // What the client called.
+    int connects = 0;
+    int sends = 0;
+    int receives = 0;
+    int flags = 0;                ///< all send and recv flags together
+    std::size_t receive_size = 0; ///< size of the last receive
+
+    /// Closes what the client connected and left open.
+    /// @return whether there was any such connection.
+    bool close_left_open();
+
+  private:
+    friend struct call_watch;
+    struct socket_mark {
+        int descriptor;
+        ino_t inode; ///< tells the socket from a later one of the same number
+    };
+    std::vector<socket_mark> connected_;
+    std::vector<socket_mark> refused_;
+};
+
+} // namespace harness
