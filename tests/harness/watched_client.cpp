@@ -1,8 +1,10 @@
 #include "tests/harness/watched_client.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -68,12 +70,18 @@ struct call_watch {
 
 extern "C" int connect(int descriptor, const sockaddr *address, socklen_t size) {
     using namespace harness;
-    const int result = usual<decltype(connect)>("connect")(descriptor, address, size);
-    if (watcher != nullptr) {
-        const int reason = errno;
-        call_watch::note_connect(watcher, descriptor, result == 0);
-        errno = reason;
+    if (watcher == nullptr) {
+        return usual<decltype(connect)>("connect")(descriptor, address, size);
     }
+    memcpy(&watcher->address, address, std::min<std::size_t>(size, sizeof watcher->address));
+    int result = -1;
+    int reason = watcher->connect_error;
+    if (reason == 0) {
+        result = usual<decltype(connect)>("connect")(descriptor, address, size);
+        reason = errno;
+    }
+    call_watch::note_connect(watcher, descriptor, result == 0);
+    errno = reason;
     return result;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <sys/socket.h>
 #include <sys/types.h>
 #include <vector>
 
@@ -20,6 +21,7 @@ class watched_client {
     watched_client &operator=(const watched_client &) = delete;
 
     // Faults. An error number makes the next calls fail with it; 0 leaves them alone.
+    int connect_error = 0; ///< no connection is attempted
     int send_error = 0;
     int recv_error = 0;
     std::size_t send_at_most = 0;      ///< a send takes no more bytes than this; 0: all of them
@@ -27,6 +29,7 @@ class watched_client {
 
     // What the client called.
     int connects = 0;
+    sockaddr_storage address = {}; ///< of the last connect
     int sends = 0;
     int receives = 0;
     int flags = 0;                ///< all send and recv flags together
