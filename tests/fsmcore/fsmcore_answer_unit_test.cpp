@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <optional>
 
 namespace {
@@ -240,6 +241,19 @@ TEST(FsmcoreAnswerLimit, AsManyLinesAsAnAnswerCanHold) {
         EXPECT_EQ(status, 8);
         EXPECT_EQ(point.daemon->finish(), "");
     }
+}
+
+/// A count that no answer can hold must not cost the memory of its list.
+TEST(FsmcoreAnswerLimit, HighestCountTakesLittleMemory) {
+    const auto in_use = [] {
+        const struct mallinfo2 now = mallinfo2();
+        return now.uordblks + now.hblkhd;
+    };
+    const std::size_t before = in_use();
+    for (const fsmcore_exchange *x : FSMCORE_EXCHANGES) {
+        expect_outcome(*x, refused("", OK + "Parameter Count: 2147483647\n", 9));
+    }
+    EXPECT_LT(in_use(), before + 1024 * 1024);
 }
 
 TEST(FsmcoreHolders, AreFilledTogetherOrNotAtAll) {
