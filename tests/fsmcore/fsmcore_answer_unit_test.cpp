@@ -137,6 +137,14 @@ const answer_row ANSWERS[] = {
             CUT_TAG_LINE),
 };
 
+void expect_values(char *const *got, const returned_values &wanted) {
+    ASSERT_EQ(got == nullptr, wanted.empty());
+    for (std::size_t i = 0; i < wanted.size(); i++) {
+        const char *text = wanted[i].has_value() ? wanted[i]->c_str() : nullptr;
+        EXPECT_STREQ(got[i], text) << i;
+    }
+}
+
 void expect_outcome(const fsmcore_exchange &x, const answer_row &row) {
     SCOPED_TRACE(x.name);
     const meeting_point point(x.where,
@@ -149,24 +157,17 @@ void expect_outcome(const fsmcore_exchange &x, const answer_row &row) {
     const std::string output = captured_output([&] {
         status = call(x, point, "GetState", {"a"}, {&count, &values});
     });
+    const bool failed = row.message != 0;
     std::string wanted = *row.complaint != '\0' ? red(row.complaint) : "";
-    if (row.message != 0) {
+    if (failed) {
         wanted += red(fsmcore_message(x, row.message, "GetState", strerror(row.status)));
-        EXPECT_EQ(status, 8);
-        EXPECT_EQ(count, 77);
         EXPECT_EQ(values, untouched);
     } else {
-        EXPECT_EQ(status, row.status);
-        EXPECT_EQ(count, row.count);
-        EXPECT_EQ(values == nullptr, row.values.empty());
-        for (std::size_t i = 0; values != nullptr && i < row.values.size(); i++) {
-            EXPECT_EQ(values[i] == nullptr, !row.values[i].has_value()) << i;
-            if (values[i] != nullptr && row.values[i].has_value()) {
-                EXPECT_EQ(values[i], *row.values[i]);
-            }
-        }
+        expect_values(values, row.values);
     }
     EXPECT_EQ(output, wanted);
+    EXPECT_EQ(status, failed ? 8 : row.status);
+    EXPECT_EQ(count, failed ? 77 : row.count);
     EXPECT_EQ(client.close_left_open(), row.message == 6);
     EXPECT_EQ(client.receives, 1);
     EXPECT_EQ(point.daemon->finish(), "");
@@ -253,7 +254,7 @@ TEST(FsmcoreAnswerLimit, HighestCountTakesLittleMemory) {
     for (const fsmcore_exchange *x : FSMCORE_EXCHANGES) {
         expect_outcome(*x, refused("", OK + "Parameter Count: 2147483647\n", 9));
     }
-    EXPECT_LT(in_use(), before + 1024 * 1024);
+    EXPECT_LT(in_use(), before + 1048576U);
 }
 
 TEST(FsmcoreHolders, AreFilledTogetherOrNotAtAll) {

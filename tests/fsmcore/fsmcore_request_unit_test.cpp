@@ -72,8 +72,8 @@ INSTANTIATE_TEST_SUITE_P(Table, FsmcoreRequest, testing::ValuesIn(REQUESTS),
 TEST(FsmcoreRequestRules, ThirtyThreeValuesAreNumberedWithThreeDigits) {
     std::string text = "Request: F\nParameter Count: 33\n";
     for (int i = 0; i < 33; i++) {
-        const std::string index = i < 10 ? "00" + std::to_string(i) : "0" + std::to_string(i);
-        text += "Param" + index + " Length: 0\nParam" + index + ":\n\n";
+        const std::string param = (i < 10 ? "Param00" : "Param0") + std::to_string(i);
+        text.append(param).append(" Length: 0\n").append(param).append(":\n\n");
     }
     const meeting_point point(family::LOOPBACK, {expect(text + "\n"), reply(GOOD_ANSWER)});
     EXPECT_EQ(call(REMOTE, point, "F", std::vector<std::string>(33), {nullptr, nullptr}), 0);

@@ -337,18 +337,18 @@ TEST(GatewayProgramRules, DaemonThatClosesAtOnceDoesNotEndTheProcess) {
         const run_result run =
             lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL, "-p", "a|b|c|d"});
         EXPECT_EQ(daemon.finish(), "");
-        const std::string tag = "BENTELGatewayutil->bentelgateway_local_request ";
-        const std::string name = "for function 'SENDBENTELCOMMANDDATAGRAM'";
         if (run.status == (1306 & 0xff)) {
             EXPECT_EQ(run.output,
-                      red(tag + "send writing request failed with error 'Broken pipe' " + name) +
+                      red("BENTELGatewayutil->bentelgateway_local_request send writing request "
+                          "failed with error 'Broken pipe' for function "
+                          "'SENDBENTELCOMMANDDATAGRAM'") +
                           "BENT-1306\n");
         } else {
-            EXPECT_EQ(run.output, red(tag +
-                                      "recv reading response failed with error 'Connection reset "
-                                      "by peer' " +
-                                      name) +
-                                      "BENT-1307\n");
+            EXPECT_EQ(run.output,
+                      red("BENTELGatewayutil->bentelgateway_local_request recv reading response "
+                          "failed with error 'Connection reset by peer' for function "
+                          "'SENDBENTELCOMMANDDATAGRAM'") +
+                          "BENT-1307\n");
             EXPECT_EQ(run.status, 1307 & 0xff);
         }
     }

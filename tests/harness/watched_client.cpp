@@ -1,3 +1,6 @@
+// The checked variants of the calls below would be second definitions of their names.
+#undef _FORTIFY_SOURCE
+
 #include "tests/harness/watched_client.h"
 
 #include <algorithm>
@@ -68,6 +71,9 @@ struct call_watch {
 
 } // namespace harness
 
+// The system's headers name the parameters in their own reserved way.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+
 extern "C" int connect(int descriptor, const sockaddr *address, socklen_t size) {
     using namespace harness;
     if (watcher == nullptr) {
@@ -120,3 +126,5 @@ extern "C" ssize_t recv(int descriptor, void *bytes, size_t size, int flags) {
     }
     return usual<decltype(recv)>("recv")(descriptor, bytes, size, flags);
 }
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
