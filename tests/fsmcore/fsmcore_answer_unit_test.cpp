@@ -25,6 +25,10 @@ struct answer_row {
     returned_values values;
     int message = 0;
     const char *complaint = ""; ///< red line written on the way
+
+    friend void PrintTo(const answer_row &row, std::ostream *stream) {
+        *stream << row.name;
+    }
 };
 
 constexpr std::nullopt_t NONE = std::nullopt;

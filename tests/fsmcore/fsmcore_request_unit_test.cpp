@@ -21,6 +21,10 @@ struct request_row {
     const char *function;
     std::vector<std::string> values;
     const char *lines; ///< up to the wait time
+
+    friend void PrintTo(const request_row &row, std::ostream *stream) {
+        *stream << row.name;
+    }
 };
 
 const request_row REQUESTS[] = {
@@ -228,6 +232,10 @@ struct refused_list {
     const char *name;
     std::string parameters;
     const char *limit;
+
+    friend void PrintTo(const refused_list &row, std::ostream *stream) {
+        *stream << row.name;
+    }
 };
 
 const refused_list REFUSED_LISTS[] = {

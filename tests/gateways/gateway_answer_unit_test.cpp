@@ -21,6 +21,10 @@ struct answer_row {
     int message;
     int number;
     bool left_open = false;
+
+    friend void PrintTo(const answer_row &row, std::ostream *stream) {
+        *stream << row.name;
+    }
 };
 
 /// A text stretched to `size` bytes, prefix filled in, by repeating one character at a mark.
@@ -123,6 +127,10 @@ INSTANTIATE_TEST_SUITE_P(Table, GatewayAnswer, testing::ValuesIn(ANSWERS),
 struct long_answer_row {
     answer_row wanted;
     stretched text;
+
+    friend void PrintTo(const long_answer_row &row, std::ostream *stream) {
+        *stream << row.wanted.name;
+    }
 };
 
 // The receive takes 1024 bytes: what stands there counts, what stands behind does not.
