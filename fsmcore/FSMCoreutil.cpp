@@ -79,7 +79,11 @@ bool refuse_answer(const exchange &x) {
 
 /// The next non-empty line of the answer, or null.
 char *next_line(exchange *x) {
-    return strtok_r(nullptr, "\n", &x->unread);
+    char *line = x->unread + strspn(x->unread, "\n");
+    char *end = line + strcspn(line, "\n");
+    x->unread = *end == '\0' ? end : end + 1;
+    *end = '\0';
+    return line == end ? nullptr : line;
 }
 
 bool starts_with_tag(const char *line, const char *tag) {

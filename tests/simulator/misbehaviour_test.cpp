@@ -153,10 +153,11 @@ TEST(Misbehaviour, DelayHoldsTheAnswerBack) {
 }
 
 TEST(Misbehaviour, DelayOfOneDaemonHoldsUpNoOther) {
-    Simulator simulator({"--delay", "eib=3600000"});
+    Simulator simulator({"--raw", "--delay", "eib=3600000"});
     ASSERT_TRUE(simulator.ready);
     const int waiting = connect_daemon(simulator.home.path, "eibgateway");
     ASSERT_TRUE(send_bytes(waiting, DAEMONS[1].request));
+    ASSERT_TRUE(wait_for_output(simulator.program, "EIB <- ")) << simulator.program.out;
     EXPECT_EQ(ask_daemon(simulator.home.path, "bentelgateway", DAEMONS[6].request),
               "Response Status: BENG-0000\n");
     EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
