@@ -1,0 +1,73 @@
+// The controller's web service as a script plays it: HTTP and SOAP written and read as plain text,
+// without the client's own SOAP library.
+
+#pragma once
+
+#include "tests/harness/peer.h"
+#include "tests/harness/process.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace harness {
+
+/// One HTTP request, taken apart.
+struct http_request {
+    std::string method;
+    std::string path;
+    std::string version;
+    std::vector<std::pair<std::string, std::string>> headers; ///< in the order of their arrival
+    std::string body;
+
+    /// Value of the header with exactly this name; "(absent)" or "(repeated)" otherwise.
+    std::string header(const std::string &name) const;
+};
+
+/// Takes a request apart; what is no request leaves the fields empty.
+http_request split_request(const std::string &bytes);
+
+/// The tag that opens every envelope, with the five prefixes that it declares in their order.
+extern const char *const ENVELOPE_TAG;
+
+/// The same with the namespaces of SOAP 1.2.
+extern const char *const ENVELOPE_TAG_12;
+
+/// The body of the request that calls an operation: everything behind the XML declaration's line.
+/// @param children the operation's child elements as they must arrive.
+std::string request_text(const std::string &operation, const std::string &children);
+
+/// An envelope around the content of its body; `header` is a whole header element or nothing.
+std::string envelope(const std::string &content, const std::string &header = "");
+
+/// "<name>text</name>".
+std::string element(const std::string &name, const std::string &text);
+
+/// The response element of an operation, such as "test" for service-test.
+std::string response_element(const std::string &operation, const std::string &children);
+
+/// A SOAP 1.1 fault with this code and reason; `more` follows the reason.
+std::string fault_element(const std::string &code, const std::string &reason,
+                          const std::string &more = "");
+
+/// A whole HTTP answer with a Content-Length.
+std::string http_answer(const std::string &body, const std::string &status = "200 OK",
+                        const std::string &type = "text/xml; charset=utf-8");
+
+/// Reads one whole request, then does the further steps.
+script after_request(script further);
+
+/// Reads one whole request and gives this answer.
+script answering(std::string answer);
+
+/// The web service's URL at a peer.
+std::string url_of(const peer &service);
+
+/// Runs the program with a SOAP request: `-t SOAP -u <peer's url>` and the further arguments.
+run_result call_service(const peer &service, const words &further);
+
+/// The client's report of a fault on standard error.
+std::string fault_report(const std::string &code, const std::string &reason,
+                         const std::string &detail = "[no detail]");
+
+} // namespace harness
