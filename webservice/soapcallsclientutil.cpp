@@ -69,7 +69,9 @@ bool arrange_run_on_element(const webservice_call &call, char **arguments) {
     if (local && !without_session && call.count != FIELDS) {
         return false;
     }
-    arguments[SESSION] = no_session;
+    if (without_session) {
+        arguments[SESSION] = no_session;
+    }
     const int first = without_session ? IDOBJECT : SESSION;
     for (int i = 0; i < call.count && first + i < FIELDS; i++) {
         arguments[first + i] = call.entries[i];
