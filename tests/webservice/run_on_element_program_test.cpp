@@ -1,0 +1,190 @@
+// SERVICE_RUNONELEMENT: a caller on the controller itself may leave out the session, any other
+// sends its first six entries, however many there are. The local endpoint is at a well-known port,
+// so its service listens on a private machine.
+
+#include "tests/harness/console.h"
+#include "tests/webservice/http_peer.h"
+#include "tests/webservice/private_machine.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace harness;
+
+const char *const ACCEPTED = "<result>LMWS-000</result>";
+
+/// The last two children are the same in every call.
+std::string children_of(const std::string &children) {
+    return children + "<callsource>COMMANDLINETOOL</callsource><waittime>7</waittime>";
+}
+
+std::string sent_envelope(const std::string &request) {
+    const std::string body = split_request(request).body;
+    return body.substr(body.find('\n') + 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Another endpoint
+
+struct remote_case {
+    const char *name;
+    words list_option;
+    const char *children;
+};
+
+const remote_case REMOTE_CASES[] = {
+    {"NoList", {}, ""},
+    {"EmptyList", {"-p", ""}, ""},
+    {"One", {"-p", "s"}, "<sessionid>s</sessionid>"},
+    {"Four",
+     {"-p", "s|i|o|p"},
+     "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+     "<payload>p</payload>"},
+    {"Five",
+     {"-p", "s|i|o|p|x"},
+     "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+     "<payload>p</payload><optionals>x</optionals>"},
+    {"Six",
+     {"-p", "s|i|o|p|x|h"},
+     "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+     "<payload>p</payload><optionals>x</optionals><hashcode>h</hashcode>"},
+    {"Seven",
+     {"-p", "s|i|o|p|x|h|z"},
+     "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+     "<payload>p</payload><optionals>x</optionals><hashcode>h</hashcode>"},
+    {"Twelve",
+     {"-p", "s|i|o|p|x|h|1|2|3|4|5|6"},
+     "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+     "<payload>p</payload><optionals>x</optionals><hashcode>h</hashcode>"},
+    {"EmptyEntryEndsTheList",
+     {"-p", "s|i||p|x|h"},
+     "<sessionid>s</sessionid><idobject>i</idobject>"},
+};
+
+class RemoteElement : public testing::TestWithParam<remote_case> {};
+
+TEST_P(RemoteElement, SendsTheFirstSix) {
+    const remote_case &row = GetParam();
+    peer service(answering(http_answer(envelope(response_element("runonelement", ACCEPTED)))));
+    words further = {"-w", "7", "-f", "SERVICE_RUNONELEMENT"};
+    further.insert(further.end(), row.list_option.begin(), row.list_option.end());
+    const run_result run = call_service(service, further);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(sent_envelope(service.received()),
+              request_text("runonelement", children_of(row.children)));
+    EXPECT_EQ(run.output, "LMCM-0000\n");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RemoteElement, testing::ValuesIn(REMOTE_CASES),
+                         [](const auto &row) { return row.param.name; });
+
+// ---------------------------------------------------------------------------------------------
+// The local endpoint
+
+struct local_case {
+    const char *name;
+    const char *url;
+    const char *list;     ///< null: no -p
+    const char *host;     ///< null: nothing is sent
+    const char *children; ///< before the two common ones
+};
+
+const char *const FIVE_CHILDREN =
+    "<sessionid>NO-SESSIONID</sessionid><idobject>i</idobject><operation>o</operation>"
+    "<payload>p</payload><optionals>x</optionals><hashcode>h</hashcode>";
+const char *const SIX_CHILDREN =
+    "<sessionid>s</sessionid><idobject>i</idobject><operation>o</operation>"
+    "<payload>p</payload><optionals>x</optionals><hashcode>h</hashcode>";
+/// What five entries mean to an endpoint elsewhere.
+const char *const FIVE_FROM_ELSEWHERE =
+    "<sessionid>i</sessionid><idobject>o</idobject><operation>p</operation>"
+    "<payload>x</payload><optionals>h</optionals>";
+
+const char *const FIVE = "i|o|p|x|h";
+const char *const SIX = "s|i|o|p|x|h";
+const char *const BY_NAME = "http://localhost/cgi-bin/lumows";
+const char *const BY_ADDRESS = "http://127.0.0.1/cgi-bin/lumows";
+
+const local_case LOCAL_CASES[] = {
+    {"FiveByName", BY_NAME, FIVE, "localhost", FIVE_CHILDREN},
+    {"SixByName", BY_NAME, SIX, "localhost", SIX_CHILDREN},
+    {"FiveByAddress", BY_ADDRESS, FIVE, "127.0.0.1", FIVE_CHILDREN},
+    {"SixByAddress", BY_ADDRESS, SIX, "127.0.0.1", SIX_CHILDREN},
+    {"FiveInCapitals", "http://LOCALHOST/CGI-BIN/LUMOWS", FIVE, "LOCALHOST", FIVE_CHILDREN},
+    {"FiveInMixedCase", "HTTP://127.0.0.1/Cgi-Bin/LumoWS", FIVE, "127.0.0.1", FIVE_CHILDREN},
+    {"NoList", BY_NAME, nullptr, nullptr, nullptr},
+    {"EmptyList", BY_ADDRESS, "", nullptr, nullptr},
+    {"FourByName", BY_NAME, "i|o|p|x", nullptr, nullptr},
+    {"FourByAddress", BY_ADDRESS, "i|o|p|x", nullptr, nullptr},
+    {"SevenByName", BY_NAME, "s|i|o|p|x|h|z", nullptr, nullptr},
+    {"SevenByAddress", BY_ADDRESS, "s|i|o|p|x|h|z", nullptr, nullptr},
+    {"SevenInCapitals", "HTTP://LOCALHOST/CGI-BIN/LUMOWS", "s|i|o|p|x|h|z", nullptr, nullptr},
+    {"PortWrittenOutIsElsewhere", "http://127.0.0.1:80/cgi-bin/lumows", FIVE, "127.0.0.1",
+     FIVE_FROM_ELSEWHERE},
+    {"OtherPathIsElsewhere", "http://127.0.0.1/cgi-bin/lumows/", FIVE, "127.0.0.1",
+     FIVE_FROM_ELSEWHERE},
+    {"OtherLoopbackIsElsewhere", "http://127.1/cgi-bin/lumows", FIVE, "127.1", FIVE_FROM_ELSEWHERE},
+};
+
+/// What a run and its service have seen, as one text.
+std::string account(const std::string &host, const std::string &envelope, const std::string &output,
+                    const std::string &errors, int status) {
+    return "host " + host + "\nenvelope " + envelope + "\noutput " + output + "\nerrors " + errors +
+           "\nstatus " + std::to_string(status) + "\n";
+}
+
+std::string run_against_well_known_port(const words &arguments, const std::string &operation,
+                                        const char *children) {
+    return on_private_machine([&] {
+        well_known_service service(http_answer(envelope(response_element(operation, children))));
+        const run_result run = lumocmd(arguments);
+        const std::string request = service.finish();
+        return account(split_request(request).header("Host"),
+                       request.empty() ? "" : sent_envelope(request), run.output, run.errors,
+                       run.status);
+    });
+}
+
+class LocalElement : public testing::TestWithParam<local_case> {};
+
+TEST_P(LocalElement, TakesFiveOrSix) {
+    const local_case &row = GetParam();
+    words arguments = {"-t", "SOAP", "-u", row.url, "-w", "7", "-f", "service_runonelement"};
+    if (row.list != nullptr) {
+        arguments.insert(arguments.end(), {"-p", row.list});
+    }
+    const std::string seen = run_against_well_known_port(arguments, "runonelement", ACCEPTED);
+    if (row.host != nullptr) {
+        EXPECT_EQ(seen, account(row.host, request_text("runonelement", children_of(row.children)),
+                                "LMCM-0000\n", "", 0));
+    } else {
+        EXPECT_EQ(seen, account("(absent)", "", "LMCM-502\n", "", 502 & 0xff));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, LocalElement, testing::ValuesIn(LOCAL_CASES),
+                         [](const auto &row) { return row.param.name; });
+
+// ---------------------------------------------------------------------------------------------
+// No endpoint at all: the parser stops early at an unknown -v word and leaves it out
+
+TEST(DefaultEndpoint, IsTheLocalOne) {
+    EXPECT_EQ(
+        run_against_well_known_port(
+            {"-t", "SOAP", "-w", "10", "-f", "SERVICE_TEST", "-v", "perhaps"}, "test", ACCEPTED),
+        account("localhost", request_text("test", "<waittime>10</waittime>"), "LMCM-0000\n", "",
+                0));
+}
+
+TEST(DefaultEndpoint, CountsAsLocalForTheSession) {
+    EXPECT_EQ(run_against_well_known_port({"-t", "SOAP", "-w", "7", "-f", "SERVICE_RUNONELEMENT",
+                                           "-p", FIVE, "-v", "perhaps"},
+                                          "runonelement", ACCEPTED),
+              account("localhost", request_text("runonelement", children_of(FIVE_CHILDREN)),
+                      "LMCM-0000\n", "", 0));
+}
+
+} // namespace
