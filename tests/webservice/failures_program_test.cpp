@@ -1,0 +1,401 @@
+// Answers that are faults, no answers, or broken ones: each is reported on standard error and
+// leaves the fields absent that had not been read before.
+
+#include "tests/harness/console.h"
+#include "tests/webservice/http_peer.h"
+#include "tests/webservice/private_machine.h"
+
+#include <arpa/inet.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace harness;
+
+constexpr int NO_RESULT = 508 & 0xff;
+constexpr int BAD_PARAMETER = 502 & 0xff;
+
+const words CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
+const words TEXT_CALL = {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"};
+
+const std::string USUAL =
+    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
+
+std::string usual_envelope() {
+    return envelope(response_element("getelementstatus", USUAL));
+}
+
+/// The envelope up to the last occurrence of a piece of it.
+std::string cut_before(const std::string &piece) {
+    return usual_envelope().substr(0, usual_envelope().rfind(piece));
+}
+
+constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
+
+// ---------------------------------------------------------------------------------------------
+// Faults: the report shows the service's own words
+
+struct fault_case {
+    const char *name;
+    const char *code;
+    std::string more;   ///< behind the reason
+    const char *detail; ///< as reported
+};
+
+const fault_case FAULT_CASES[] = {
+    {"Server", "SOAP-ENV:Server", "", "[no detail]"},
+    {"Receiver", "SOAP-ENV:Receiver", "", "[no detail]"},
+    {"Client", "SOAP-ENV:Client", "", "[no detail]"},
+    {"Sender", "SOAP-ENV:Sender", "", "[no detail]"},
+    {"MustUnderstand", "SOAP-ENV:MustUnderstand", "", "[no detail]"},
+    {"VersionMismatch", "SOAP-ENV:VersionMismatch", "", "[no detail]"},
+    {"OwnCode", "ns:busy", "", "[no detail]"},
+    {"DottedCode", "SOAP-ENV:Server.Busy", "", "[no detail]"},
+    {"Actor", "SOAP-ENV:Server", "<faultactor>urn:me</faultactor>", "[no detail]"},
+    {"DetailText", "SOAP-ENV:Server", "<detail>wires cut</detail>", "wires cut"},
+    {"DetailMarkup", "SOAP-ENV:Server",
+     "<faultactor>urn:me</faultactor><detail><why>wires cut</why></detail>",
+     "<why>wires cut</why>"},
+};
+
+class Fault : public testing::TestWithParam<fault_case> {
+  protected:
+    static void is_reported(const std::string &http_status) {
+        const fault_case &row = GetParam();
+        peer service(answering(http_answer(
+            envelope(fault_element(row.code, "Out of &lt;order&gt;", row.more)), http_status)));
+        const run_result run = call_service(service, CALL);
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, "LMCM-508\n");
+        EXPECT_EQ(run.errors, fault_report(row.code, "Out of <order>", row.detail));
+        EXPECT_EQ(run.status, NO_RESULT);
+    }
+};
+
+TEST_P(Fault, WithHttpStatus500) {
+    is_reported("500 Internal Server Error");
+}
+
+TEST_P(Fault, WithHttpStatus200) {
+    is_reported("200 OK");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Fault, testing::ValuesIn(FAULT_CASES), NAME_OF_ROW);
+
+struct fault_12_case {
+    const char *name;
+    const char *code;
+    const char *subcode; ///< may be empty
+    const char *report;
+};
+
+const fault_12_case FAULT_12_CASES[] = {
+    {"Receiver", "SOAP-ENV:Receiver", "",
+     "SOAP 1.2 fault SOAP-ENV:Receiver [no subcode]\n\"busy\"\nDetail: wires cut\n"},
+    {"Sender", "SOAP-ENV:Sender", "",
+     "SOAP 1.2 fault SOAP-ENV:Sender [no subcode]\n\"busy\"\nDetail: wires cut\n"},
+    {"Subcode", "SOAP-ENV:Receiver",
+     "<SOAP-ENV:Subcode><SOAP-ENV:Value>ns:line</SOAP-ENV:Value></SOAP-ENV:Subcode>",
+     "SOAP 1.2 fault SOAP-ENV:Receiver [ns:line]\n\"busy\"\nDetail: wires cut\n"},
+};
+
+class Fault12 : public testing::TestWithParam<fault_12_case> {};
+
+TEST_P(Fault12, IsReported) {
+    const fault_12_case &row = GetParam();
+    const std::string fault =
+        element("SOAP-ENV:Code", element("SOAP-ENV:Value", row.code) + row.subcode) +
+        element("SOAP-ENV:Reason", "<SOAP-ENV:Text xml:lang=\"en\">busy</SOAP-ENV:Text>") +
+        element("SOAP-ENV:Detail", "wires cut");
+    peer service(answering(
+        http_answer(ENVELOPE_TAG_12 + element("SOAP-ENV:Body", element("SOAP-ENV:Fault", fault)) +
+                        "</SOAP-ENV:Envelope>",
+                    "500 Internal Server Error", "application/soap+xml; charset=utf-8")));
+    const run_result run = call_service(service, CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, "LMCM-508\n");
+    EXPECT_EQ(run.errors, row.report);
+    EXPECT_EQ(run.status, NO_RESULT);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Fault12, testing::ValuesIn(FAULT_12_CASES), NAME_OF_ROW);
+
+// ---------------------------------------------------------------------------------------------
+// No fault and no response: the words are the runtime's, what they must tell is in the table
+
+struct failure_case {
+    const char *name;
+    script further; ///< after the request has come
+    words report;   ///< pieces of standard error, in order
+};
+
+script sends(const std::string &answer) {
+    return {reply(answer), close_connection()};
+}
+
+const std::string HTML = "<html><body>Nobody is at home</body></html>";
+
+const failure_case FAILURE_CASES[] = {
+    {"NotFoundWithHtml", sends(http_answer(HTML, "404 Not Found", "text/html")), {"404"}},
+    {"ServerErrorWithHtml",
+     sends(http_answer(HTML, "500 Internal Server Error", "text/html")),
+     {"500"}},
+    {"Unauthorized", sends(http_answer("no", "401 Unauthorized", "text/plain")), {"401"}},
+    {"Unavailable", sends(http_answer("", "503 Service Unavailable", "text/plain")), {"503"}},
+    {"Redirected",
+     sends("HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:1/\r\nContent-Length: 0\r\n\r\n"),
+     {"302"}},
+    {"SuccessWithHtml", sends(http_answer(HTML, "200 OK", "text/html")), {"SOAP-ENV:Client"}},
+    {"EmptyHttpBody", sends(http_answer("")), {"SOAP-ENV:Client"}},
+    {"AcceptedWithoutBody", sends(http_answer("", "202 Accepted")), {"fault"}},
+    {"EmptySoapBody", sends(http_answer(envelope(""))), {"SOAP-ENV:Client"}},
+    {"TextInSoapBody", sends(http_answer(envelope("on"))), {"SOAP-ENV:Client"}},
+    {"ResponseOfAnotherOperation",
+     sends(http_answer(envelope(response_element("test", USUAL)))),
+     {"SOAP-ENV:Client"}},
+    {"RequestEchoed",
+     sends(http_answer(envelope(element("ns:service-getelementstatus", USUAL)))),
+     {"SOAP-ENV:Client"}},
+    {"OtherNamespace",
+     sends(http_answer(envelope("<m:service-getelementstatusResponse xmlns:m=\"urn:other\">" +
+                                USUAL + "</m:service-getelementstatusResponse>"))),
+     {"SOAP-ENV:Client"}},
+    {"NoNamespace",
+     sends(http_answer(envelope(element("service-getelementstatusResponse", USUAL)))),
+     {"SOAP-ENV:Client"}},
+    {"ForeignElementFirst",
+     sends(http_answer(envelope("<more/>" + response_element("getelementstatus", USUAL)))),
+     {"SOAP-ENV:Client"}},
+    {"ForeignEnvelope",
+     sends(http_answer("<e:Envelope xmlns:e=\"urn:other\"><e:Body/></e:Envelope>")),
+     {"fault"}},
+    {"HeaderMustBeUnderstood",
+     sends(http_answer(envelope(response_element("getelementstatus", USUAL),
+                                "<SOAP-ENV:Header><t:id xmlns:t=\"urn:t\" "
+                                "SOAP-ENV:mustUnderstand=\"1\">1</t:id></SOAP-ENV:Header>"))),
+     {"SOAP-ENV:MustUnderstand", "t:id"}},
+    {"UnknownChildMustBeUnderstood",
+     sends(http_answer(envelope(response_element(
+         "getelementstatus", "<more SOAP-ENV:mustUnderstand=\"1\">1</more>" + USUAL)))),
+     {"SOAP-ENV:MustUnderstand", "more"}},
+    {"UnknownChildOfTheEnvelope",
+     sends(http_answer(envelope(
+         response_element("getelementstatus", "<SOAP-ENV:more>1</SOAP-ENV:more>" + USUAL)))),
+     {"SOAP-ENV:Client", "SOAP-ENV:more"}},
+    {"TruncatedInTheEnvelope", sends(http_answer(cut_before("<SOAP-ENV:Body"))), {"End of file"}},
+    {"TruncatedInTheResponse", sends(http_answer(cut_before("<result>"))), {"End of file"}},
+    {"TruncatedInATag", sends(http_answer(cut_before("><result>"))), {"fault"}},
+    {"ShorterThanAnnounced",
+     sends("HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: 9999\r\n\r\n" +
+           cut_before("<result>")),
+     {"End of file"}},
+    {"ChunkCutOff",
+     sends("HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nTransfer-Encoding: chunked\r\n\r\n"
+           "ffff\r\n" +
+           cut_before("<result>")),
+     {"End of file"}},
+    {"NoHttp", sends("What do you want?\r\n\r\n"), {"fault"}},
+    {"StatusLineOnly", sends("HTTP/1.1 200 OK\r\n"), {"fault"}},
+    {"ClosedWithoutAnAnswer", {close_connection()}, {"End of file"}},
+    {"HalfClosedWithoutAnAnswer", {half_close()}, {"End of file"}},
+    {"Reset", {reset()}, {"fault"}},
+};
+
+void expect_report(const std::string &errors, const words &pieces) {
+    std::size_t from = 0;
+    for (const std::string &piece : pieces) {
+        const std::size_t at = errors.find(piece, from);
+        EXPECT_NE(at, std::string::npos) << "no \"" << piece << "\" in: " << errors;
+        from = at == std::string::npos ? from : at + piece.size();
+    }
+    // One report and nothing else.
+    EXPECT_EQ(errors.find("\"\nDetail: "), errors.rfind("\nDetail: ") - 1) << errors;
+    EXPECT_EQ(errors.empty() ? '\0' : errors.back(), '\n') << errors;
+}
+
+class Failure : public testing::TestWithParam<failure_case> {};
+
+TEST_P(Failure, OfARecordIsNoResult) {
+    peer service(after_request(GetParam().further));
+    const run_result run = call_service(service, CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, "LMCM-508\n");
+    expect_report(run.errors, GetParam().report);
+    EXPECT_EQ(run.status, NO_RESULT);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Failure, testing::ValuesIn(FAILURE_CASES), NAME_OF_ROW);
+
+// ---------------------------------------------------------------------------------------------
+// Broken behind the result: what was read counts, and the failure is reported all the same
+
+struct partial_case {
+    const char *name;
+    std::string body;
+    std::string status;
+    std::string value;
+    const char *report;
+};
+
+const partial_case PARTIAL_CASES[] = {
+    {"TruncatedBehindTheResponse", cut_before("</SOAP-ENV:Body>"), "on", "7", "End of file"},
+    {"TruncatedInTheLastTag", cut_before("-ENV:Envelope>"), "on", "7", "End of file"},
+    {"ReferenceToNothing",
+     envelope(response_element("getelementstatus",
+                               "<result>LMWS-000</result><status href=\"#nowhere\"/>"
+                               "<currentvalue>7</currentvalue>")),
+     "(null)", "7", "nowhere"},
+};
+
+class PartialAnswer : public testing::TestWithParam<partial_case> {};
+
+TEST_P(PartialAnswer, ShowsWhatWasRead) {
+    const partial_case &row = GetParam();
+    peer service(answering(http_answer(row.body)));
+    const run_result run = call_service(service, CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Status: " + row.status) +
+                              green(run.pid, "[lumocmd] Current Value: " + row.value) +
+                              "LMCM-0000\n");
+    expect_report(run.errors, {row.report});
+    EXPECT_EQ(run.status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, PartialAnswer, testing::ValuesIn(PARTIAL_CASES), NAME_OF_ROW);
+
+// ---------------------------------------------------------------------------------------------
+// Nobody there
+
+TEST(Connection, RefusedLeavesATextGroupsLine) {
+    // Bound but not listening: this port refuses every connection for as long as the socket lives.
+    const int refusing = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(refusing, reinterpret_cast<sockaddr *>(&address), size), 0);
+    ASSERT_EQ(getsockname(refusing, reinterpret_cast<sockaddr *>(&address), &size), 0);
+    words arguments = {"-t", "SOAP", "-u",
+                       "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x"};
+    arguments.insert(arguments.end(), TEXT_CALL.begin(), TEXT_CALL.end());
+    const run_result run = lumocmd(arguments);
+    close(refusing);
+    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Url: (null)") + "LMCM-502\n");
+    expect_report(run.errors, {"Connection refused"});
+    EXPECT_EQ(run.status, BAD_PARAMETER);
+}
+
+TEST(Connection, ResetBeforeTheRequestIsReported) {
+    peer service({reset()});
+    const run_result run = call_service(service, TEXT_CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Url: (null)") + "LMCM-502\n");
+    expect_report(run.errors, {"fault"});
+    EXPECT_EQ(run.status, BAD_PARAMETER);
+}
+
+TEST(Connection, UnknownHostIsReported) {
+    const std::string seen = on_private_machine([] {
+        const run_result run =
+            lumocmd({"-t", "SOAP", "-u", "http://no-such-host.invalid/", "-f", "SERVICE_TEST"});
+        return std::to_string(run.status) + " " + run.output + run.errors;
+    });
+    EXPECT_EQ(seen.substr(0, seen.find("SOAP 1.1 fault")), "246 LMCM-502\n");
+    expect_report(seen, {"fault", "getaddrinfo"});
+}
+
+// ---------------------------------------------------------------------------------------------
+// A result that is no status text
+
+struct result_case {
+    const char *name;
+    const char *result;  ///< whole element
+    const char *message; ///< red line, or null
+    const char *last;    ///< last line
+    int status;
+};
+
+const result_case RESULT_CASES[] = {
+    {"Success", "<result>LMWS-000</result>", nullptr, "LMCM-0000", 0},
+    {"OwnBlock", "<result>LMWS-402</result>", nullptr, "LMWS-402", 402},
+    {"AnotherModule", "<result>BENG-1302</result>", nullptr, "BENT-1302", 1302},
+    {"AnyPrefix", "<result>ABCD-007</result>", nullptr, "FSMC-007", 7},
+    {"Negative", "<result>LMWS--5</result>", nullptr, "LMCM--005", -5},
+    {"NumberMissing", "<result>LMWS-</result>", nullptr, "LMCM-0000", 0},
+    {"Empty", "<result></result>", nullptr, "LMCM-502", 502},
+    {"TooLong", "<result>EIBDG-1901</result>",
+     "1 - Invalid argument for utility->extract_error_code EIBDG-1901 ", "LMCM-502", 502},
+    {"LetterBehind", "<result>LMWS-40x</result>",
+     "2 - Invalid argument for utility->extract_error_code LMWS-40x ", "LMCM-502", 502},
+    {"TooShort", "<result>OK</result>", "2 - Invalid argument for utility->extract_error_code OK ",
+     "LMCM-502", 502},
+};
+
+class Result : public testing::TestWithParam<result_case> {
+  protected:
+    static void concludes(const words &call, const std::string &operation,
+                          const std::function<std::string(pid_t)> &lines) {
+        const result_case &row = GetParam();
+        peer service(answering(http_answer(envelope(response_element(operation, row.result)))));
+        const run_result run = call_service(service, call);
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, lines(run.pid) +
+                                  (row.message == nullptr ? "" : tagged_red(run.pid, row.message)) +
+                                  row.last + "\n");
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.status, row.status & 0xff);
+    }
+};
+
+TEST_P(Result, OfASingleOperation) {
+    concludes({"-f", "SERVICE_TEST", "-v", "ON"}, "test", [](pid_t) { return std::string(); });
+}
+
+TEST_P(Result, OfATextGroup) {
+    concludes(TEXT_CALL, "retrieveconfiguration",
+              [](pid_t pid) { return green(pid, "[lumocmd] Url: (null)"); });
+}
+
+TEST_P(Result, OfARecord) {
+    concludes(CALL, "getelementstatus", [](pid_t pid) {
+        return green(pid, "[lumocmd] Status: (null)") +
+               green(pid, "[lumocmd] Current Value: (null)");
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Result, testing::ValuesIn(RESULT_CASES), NAME_OF_ROW);
+
+TEST(NilResult, IsAnAbsentOne) {
+    peer service(answering(http_answer(envelope(
+        response_element("getelementstatus", "<result xsi:nil=\"true\"/><status>on</status>")))));
+    const run_result run = call_service(service, CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, "LMCM-508\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST(PrefixedResult, IsSkippedAndSoAbsent) {
+    peer service(answering(http_answer(
+        envelope(response_element("getelementstatus", "<ns:result>LMWS-000</ns:result>")))));
+    const run_result run = call_service(service, CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, "LMCM-508\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST(AbsentVersion, LeavesTheVersionConstantAlone) {
+    peer service(answering(
+        http_answer(envelope(response_element("versioninfo", "<version xsi:nil=\"true\"/>")))));
+    const run_result run = call_service(service, {"-f", "SERVICE_VERSIONINFO", "-v", "ON"});
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Software Version: LUMOCMD Version: "
+                                         "2.6.16_arlo [rev.7655] -") +
+                              "LMCM-502\n");
+    EXPECT_EQ(run.status, BAD_PARAMETER);
+}
+
+} // namespace
