@@ -9,8 +9,7 @@
 /// @param parameters raw parameter list; null counts as empty.
 /// @param waittime wait time that travels to the service; it does not limit the call itself.
 /// @return the service's status; 502 when its result text is absent or unreadable, 503 for an
-/// unknown
-///         function, 505 for a wrong parameter count, 508 when an answer that must have a result
-///         came without one.
+///         unknown function, 505 for a wrong parameter count, 508 when an answer that must have a
+///         result came without one.
 int make_webservice_request(const char *url, const char *function, const char *parameters,
                             int waittime);
