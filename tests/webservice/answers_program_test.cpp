@@ -226,7 +226,8 @@ TEST(AnswerInDrops, IsRead) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Bytes that are no valid UTF-8: what is shown for them is open, the fields around them are not
+// Bytes that are no valid UTF-8, and characters that Latin-1 lacks: what is shown for them is open,
+// the fields around them are not
 
 struct invalid_case {
     const char *name;
@@ -240,6 +241,7 @@ const invalid_case INVALID_CASES[] = {
     {"CutOffTriple", "\xe2\x82"},
     {"CutOffQuadruple", "\xf0\x9f"},
     {"LongestLead", "\xfd\xfe"},
+    {"CharacterBeyondLatin1", "\xe2\x82\xac"},
     {"Overlong", "\xc0\x80."},
     {"Surrogate", "\xed\xa0\x80"},
     {"BeyondUnicode", "\xf7\xbf\xbf\xbf"},

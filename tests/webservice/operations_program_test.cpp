@@ -390,6 +390,23 @@ TEST_P(Operation, AnswerWithNothingButTheResult) {
     EXPECT_EQ(run.status, row.code & 0xff);
 }
 
+TEST_P(Operation, TakesNoOtherResponse) {
+    const operation_case &row = GetParam();
+    std::string children;
+    for (const std::string &child : row.response) {
+        children += element(child, usual_value(row, child));
+    }
+    peer service(answering(http_answer(envelope(response_element("other", children)))));
+    words arguments = arguments_of(row);
+    arguments.insert(arguments.end(), {"-v", "ON"});
+    const run_result run = call_service(service, arguments);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, (row.group == TEXT ? result_lines(row, run.pid, "(null)") : "") +
+                              without_result_status(row));
+    EXPECT_EQ(run.errors.substr(0, run.errors.find(" [")), "SOAP 1.1 fault SOAP-ENV:Client");
+    EXPECT_EQ(run.status, without_result_exit(row));
+}
+
 INSTANTIATE_TEST_SUITE_P(Table, Operation, testing::ValuesIn(OPERATIONS),
                          [](const auto &row) { return row.param.name; });
 
