@@ -77,7 +77,7 @@ class EntryCount : public testing::TestWithParam<count_case> {
   protected:
     /// The list must be refused without a connection.
     static void refuses(const words &list_option) {
-        peer service(script{});
+        peer service({close_connection()});
         words further = {"-f", GetParam().function};
         further.insert(further.end(), list_option.begin(), list_option.end());
         const run_result run = call_service(service, further);
@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Table, EntryCount, testing::ValuesIn(COUNT_CASES),
                          [](const auto &row) { return row.param.name; });
 
 TEST(EntryCountMessage, BearsTheTagWhenVerbose) {
-    peer service(script{});
+    peer service({close_connection()});
     const run_result run =
         call_service(service, {"-v", "ON", "-f", "service_login", "-p", "a|b|c"});
     EXPECT_EQ(service.finish_unvisited(), "");
@@ -189,7 +189,7 @@ const unknown_case UNKNOWN_CASES[] = {
 class UnknownFunction : public testing::TestWithParam<unknown_case> {};
 
 TEST_P(UnknownFunction, IsNotSupportedAndSaysNothing) {
-    peer service(script{});
+    peer service({close_connection()});
     const run_result run = call_service(service, GetParam().function_option);
     EXPECT_EQ(service.finish_unvisited(), "");
     EXPECT_EQ(run.output, "LMCM-503\n");

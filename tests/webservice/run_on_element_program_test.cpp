@@ -88,7 +88,7 @@ struct local_case {
     const char *name;
     const char *url;
     const char *list;     ///< null: no -p
-    const char *host;     ///< null: nothing is sent
+    const char *target;   ///< host and path as they arrive; null: nothing is sent
     const char *children; ///< before the two common ones
 };
 
@@ -109,12 +109,14 @@ const char *const BY_NAME = "http://localhost/cgi-bin/lumows";
 const char *const BY_ADDRESS = "http://127.0.0.1/cgi-bin/lumows";
 
 const local_case LOCAL_CASES[] = {
-    {"FiveByName", BY_NAME, FIVE, "localhost", FIVE_CHILDREN},
-    {"SixByName", BY_NAME, SIX, "localhost", SIX_CHILDREN},
-    {"FiveByAddress", BY_ADDRESS, FIVE, "127.0.0.1", FIVE_CHILDREN},
-    {"SixByAddress", BY_ADDRESS, SIX, "127.0.0.1", SIX_CHILDREN},
-    {"FiveInCapitals", "http://LOCALHOST/CGI-BIN/LUMOWS", FIVE, "LOCALHOST", FIVE_CHILDREN},
-    {"FiveInMixedCase", "HTTP://127.0.0.1/Cgi-Bin/LumoWS", FIVE, "127.0.0.1", FIVE_CHILDREN},
+    {"FiveByName", BY_NAME, FIVE, "localhost/cgi-bin/lumows", FIVE_CHILDREN},
+    {"SixByName", BY_NAME, SIX, "localhost/cgi-bin/lumows", SIX_CHILDREN},
+    {"FiveByAddress", BY_ADDRESS, FIVE, "127.0.0.1/cgi-bin/lumows", FIVE_CHILDREN},
+    {"SixByAddress", BY_ADDRESS, SIX, "127.0.0.1/cgi-bin/lumows", SIX_CHILDREN},
+    {"FiveInCapitals", "http://LOCALHOST/CGI-BIN/LUMOWS", FIVE, "LOCALHOST/CGI-BIN/LUMOWS",
+     FIVE_CHILDREN},
+    {"FiveInMixedCase", "HTTP://127.0.0.1/Cgi-Bin/LumoWS", FIVE, "127.0.0.1/Cgi-Bin/LumoWS",
+     FIVE_CHILDREN},
     {"NoList", BY_NAME, nullptr, nullptr, nullptr},
     {"EmptyList", BY_ADDRESS, "", nullptr, nullptr},
     {"FourByName", BY_NAME, "i|o|p|x", nullptr, nullptr},
@@ -122,18 +124,19 @@ const local_case LOCAL_CASES[] = {
     {"SevenByName", BY_NAME, "s|i|o|p|x|h|z", nullptr, nullptr},
     {"SevenByAddress", BY_ADDRESS, "s|i|o|p|x|h|z", nullptr, nullptr},
     {"SevenInCapitals", "HTTP://LOCALHOST/CGI-BIN/LUMOWS", "s|i|o|p|x|h|z", nullptr, nullptr},
-    {"PortWrittenOutIsElsewhere", "http://127.0.0.1:80/cgi-bin/lumows", FIVE, "127.0.0.1",
+    {"PortWrittenOutIsElsewhere", "http://127.0.0.1:80/cgi-bin/lumows", FIVE,
+     "127.0.0.1/cgi-bin/lumows", FIVE_FROM_ELSEWHERE},
+    {"OtherPathIsElsewhere", "http://127.0.0.1/cgi-bin/lumows/", FIVE, "127.0.0.1/cgi-bin/lumows/",
      FIVE_FROM_ELSEWHERE},
-    {"OtherPathIsElsewhere", "http://127.0.0.1/cgi-bin/lumows/", FIVE, "127.0.0.1",
+    {"OtherLoopbackIsElsewhere", "http://127.1/cgi-bin/lumows", FIVE, "127.1/cgi-bin/lumows",
      FIVE_FROM_ELSEWHERE},
-    {"OtherLoopbackIsElsewhere", "http://127.1/cgi-bin/lumows", FIVE, "127.1", FIVE_FROM_ELSEWHERE},
 };
 
 /// What a run and its service have seen, as one text.
-std::string account(const std::string &host, const std::string &envelope, const std::string &output,
-                    const std::string &errors, int status) {
-    return "host " + host + "\nenvelope " + envelope + "\noutput " + output + "\nerrors " + errors +
-           "\nstatus " + std::to_string(status) + "\n";
+std::string account(const std::string &target, const std::string &envelope,
+                    const std::string &output, const std::string &errors, int status) {
+    return "target " + target + "\nenvelope " + envelope + "\noutput " + output + "\nerrors " +
+           errors + "\nstatus " + std::to_string(status) + "\n";
 }
 
 std::string run_against_well_known_port(const words &arguments, const std::string &operation,
@@ -142,7 +145,7 @@ std::string run_against_well_known_port(const words &arguments, const std::strin
         well_known_service service(http_answer(envelope(response_element(operation, children))));
         const run_result run = lumocmd(arguments);
         const std::string request = service.finish();
-        return account(split_request(request).header("Host"),
+        return account(split_request(request).header("Host") + split_request(request).path,
                        request.empty() ? "" : sent_envelope(request), run.output, run.errors,
                        run.status);
     });
@@ -157,8 +160,8 @@ TEST_P(LocalElement, TakesFiveOrSix) {
         arguments.insert(arguments.end(), {"-p", row.list});
     }
     const std::string seen = run_against_well_known_port(arguments, "runonelement", ACCEPTED);
-    if (row.host != nullptr) {
-        EXPECT_EQ(seen, account(row.host, request_text("runonelement", children_of(row.children)),
+    if (row.target != nullptr) {
+        EXPECT_EQ(seen, account(row.target, request_text("runonelement", children_of(row.children)),
                                 "LMCM-0000\n", "", 0));
     } else {
         EXPECT_EQ(seen, account("(absent)", "", "LMCM-502\n", "", 502 & 0xff));
@@ -175,16 +178,17 @@ TEST(DefaultEndpoint, IsTheLocalOne) {
     EXPECT_EQ(
         run_against_well_known_port(
             {"-t", "SOAP", "-w", "10", "-f", "SERVICE_TEST", "-v", "perhaps"}, "test", ACCEPTED),
-        account("localhost", request_text("test", "<waittime>10</waittime>"), "LMCM-0000\n", "",
-                0));
+        account("localhost/cgi-bin/lumows", request_text("test", "<waittime>10</waittime>"),
+                "LMCM-0000\n", "", 0));
 }
 
 TEST(DefaultEndpoint, CountsAsLocalForTheSession) {
     EXPECT_EQ(run_against_well_known_port({"-t", "SOAP", "-w", "7", "-f", "SERVICE_RUNONELEMENT",
                                            "-p", FIVE, "-v", "perhaps"},
                                           "runonelement", ACCEPTED),
-              account("localhost", request_text("runonelement", children_of(FIVE_CHILDREN)),
-                      "LMCM-0000\n", "", 0));
+              account("localhost/cgi-bin/lumows",
+                      request_text("runonelement", children_of(FIVE_CHILDREN)), "LMCM-0000\n", "",
+                      0));
 }
 
 } // namespace

@@ -232,7 +232,7 @@ TEST(WebserviceRequest, OneMegabyteArrivesWhole) {
 }
 
 TEST(WebserviceRequest, NullFunctionIsNotSupported) {
-    peer service(script{});
+    peer service({close_connection()});
     int status = 0;
     const std::string output = captured_output(
         [&] { status = make_webservice_request(url_of(service).c_str(), nullptr, nullptr, 0); });
