@@ -184,29 +184,29 @@ bool read_parameters(exchange *x, answer *result) {
 }
 
 /// Sends the request and reads the answer. Everything that local and remote share.
-int carry_request(exchange *x, const bounded_text &request, int *returned_count,
+int carry_request(exchange x, const bounded_text &request, int *returned_count,
                   char ***returned_values) {
-    if (send(x->descriptor, request.text, request.length, 0) < 0) {
-        error("%s send writing request failed with error '%s' for function '%s'", x->tag,
-              strerror(errno), x->function);
-        close(x->descriptor);
+    if (send(x.descriptor, request.text, request.length, 0) < 0) {
+        error("%s send writing request failed with error '%s' for function '%s'", x.tag,
+              strerror(errno), x.function);
+        close(x.descriptor);
         return FSMC_SEND_FAILED;
     }
     // The answer is read once: the daemon sends it in one write.
     char received[ANSWER_SIZE + 1] = {};
-    if (recv(x->descriptor, received, ANSWER_SIZE, 0) < 0) {
-        error("%s recv reading response failed with error '%s' for function '%s'", x->tag,
-              strerror(errno), x->function);
-        close(x->descriptor);
+    if (recv(x.descriptor, received, ANSWER_SIZE, 0) < 0) {
+        error("%s recv reading response failed with error '%s' for function '%s'", x.tag,
+              strerror(errno), x.function);
+        close(x.descriptor);
         return FSMC_RESPONSE_FAILED;
     }
-    x->unread = received;
+    x.unread = received;
     answer result = {};
-    if (!read_status_line(x, &result.status) || !read_count_line(x, &result.count) ||
-        !read_parameters(x, &result)) {
+    if (!read_status_line(&x, &result.status) || !read_count_line(&x, &result.count) ||
+        !read_parameters(&x, &result)) {
         return FSMC_RESPONSE_FAILED;
     }
-    close(x->descriptor);
+    close(x.descriptor);
     if (returned_count != nullptr && returned_values != nullptr) {
         *returned_count = result.count;
         *returned_values = result.values;
@@ -230,7 +230,7 @@ int fsmcore_requeststatic(const char *socket_path, const char *function, int cou
         error("%s error opening socket FSMCore clientside for function '%s'", x.tag, function);
         return FSMC_CONNECT_FAILED;
     }
-    return carry_request(&x, request, returned_count, returned_values);
+    return carry_request(x, request, returned_count, returned_values);
 }
 
 int fsmcore_m2mrequeststatic(const char *address, const char *port, const char *function, int count,
@@ -260,5 +260,5 @@ int fsmcore_m2mrequeststatic(const char *address, const char *port, const char *
               function);
         return FSMC_CONNECT_FAILED;
     }
-    return carry_request(&x, request, returned_count, returned_values);
+    return carry_request(x, request, returned_count, returned_values);
 }

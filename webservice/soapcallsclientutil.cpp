@@ -270,6 +270,16 @@ int post_header(struct soap *context, const char *key, const char *value) {
     return runtime_post_header(context, key, is_agent ? "gSOAP/2.7" : value);
 }
 
+/// True when the runtime finds a host in the url. Without one it would write the request to
+/// standard output and wait for the answer on standard input.
+bool names_a_host(struct soap *context, const char *url) {
+    if (url == nullptr) {
+        return true;
+    }
+    soap_set_endpoint(context, url);
+    return *context->host != '\0';
+}
+
 void release_context(struct soap *context) {
     if (context->error != 0) {
         soap_print_fault(context, stderr);
@@ -301,7 +311,14 @@ int make_webservice_request(const char *url, const char *function, const char *p
         if (!take_entries(*row, parameters, &call)) {
             return STATUS_MALFORMED_REQUEST; // the process ends right after, context and all
         }
-        status = row->carry(call, *row);
+        if (names_a_host(context, url)) {
+            status = row->carry(call, *row);
+        } else {
+            error("soapcallsclientutil->make_webservice_request error url '%s' names no host, "
+                  "something like %s is needed",
+                  url, LUMOWS_DEFAULT_URL);
+            status = STATUS_BAD_PARAMETER;
+        }
     }
     release_context(context);
     trace("exiting soapcallsclientutil->make_webservice_request");

@@ -43,11 +43,11 @@ std::string functions_of_the_manual() {
         if (line.rfind(".Ss ", 0) == 0) {
             type = line.substr(4);
         } else if (line.rfind(".It Cm ", 0) == 0) {
-            functions += "\n" + type + " " + line.substr(7) + " ";
+            functions.append("\n").append(type).append(" ").append(line.substr(7)).append(" ");
         } else if (line == "no parameters") {
             functions += "-";
         } else if (line.rfind(".Op Ar ", 0) == 0) {
-            functions += "[" + shown(line) + "]";
+            functions.append("[").append(shown(line)).append("]");
         } else if (line.rfind(".Ar ", 0) == 0 &&
                    (functions.back() == ' ' || functions.back() == ']')) {
             functions += shown(line);
@@ -66,7 +66,8 @@ std::string functions_of_the_table(const std::string &type) {
         std::string function;
         std::string parameters;
         if (words >> row_type >> function >> parameters && row_type == type) {
-            functions += "\n" + row_type + " " + function + " " + parameters;
+            functions.append("\n").append(row_type).append(" ").append(function).append(" ");
+            functions += parameters;
         }
     }
     return functions + "\n";
