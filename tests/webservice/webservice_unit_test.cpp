@@ -29,7 +29,7 @@ class client_context {
     client_context(const client_context &) = delete;
     client_context &operator=(const client_context &) = delete;
     struct soap *get() {
-        return reinterpret_cast<struct soap *>(storage_);
+        return static_cast<struct soap *>(static_cast<void *>(storage_));
     }
 
   private:
