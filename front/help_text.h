@@ -1,4 +1,4 @@
-// The help text behind the usage line. Its slips are the installed ones and stay: the FSMCORE
+// The help text behind the usage line. Its slips are part of the interface and stay: the FSMCORE
 // socket line names the EIB gateway, the TUTONDOLOCAL lines carry one blank more, the BENTELLOCAL
 // parameters repeat the TECNOUT ones, and the LINTRONIC function it advertises is refused.
 

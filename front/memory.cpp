@@ -131,6 +131,14 @@ char *xstrconcat_free(char *first, char *second, int release_first, int release_
     return joined;
 }
 
+char *take_line(char **unread) {
+    char *line = *unread + strspn(*unread, "\n");
+    char *end = line + strcspn(line, "\n");
+    *unread = *end == '\0' ? end : end + 1;
+    *end = '\0';
+    return line == end ? nullptr : line;
+}
+
 void cut_message_to_preserve_newline(char *text, std::size_t length) {
     if (may_cut(text, length, "cut_message_to_preserve_newline", REPORT_TEXT)) {
         memmove(text, text + length, strlen(text + length) + 1);

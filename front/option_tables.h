@@ -60,7 +60,7 @@ struct required_fields {
     const char *message; ///< shown when one of them is missing
 };
 
-// "paremeters" is the installed spelling: scripts look for it.
+// "paremeters" is part of the interface, slip included.
 constexpr required_fields REQUIRED_FIELDS[] = {
     {REQUEST_SOAP, SOAP_FIELDS,
      "utility->parse_cmd_line malformed request: url and function paremeters required for SOAP"},

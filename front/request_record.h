@@ -3,7 +3,8 @@
 
 #pragma once
 
-/// Request types, as parse_cmd_line() returns them. The gaps are codes of retired types.
+/// Request types, as parse_cmd_line() returns them. No codes are assigned between 103 and 106 and
+/// between 117 and 119.
 enum request_type : int {
     REQUEST_NONE = 0,
     REQUEST_SOAP = 100,

@@ -1,5 +1,5 @@
-// The code ranges of the controller's components. The irregular widths and lengths are the
-// installed ones: log scanners depend on them.
+// The code ranges of the controller's components. Their irregular widths and prefixes are part of the
+// interface.
 
 #pragma once
 

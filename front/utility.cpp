@@ -171,7 +171,7 @@ int parse_cmd_line(int argument_count, char **arguments) {
         if (row == nullptr) {
             show_help(arguments[0]);
         }
-        // Stopping here skips all checks below: the installed scripts depend on it.
+        // Stopping here skips all checks below; deliberate, main decides what becomes of the type.
         if (row->take(*row, optarg, &type) == SCAN_STOP) {
             return type;
         }

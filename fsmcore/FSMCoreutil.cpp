@@ -77,21 +77,12 @@ bool refuse_answer(const exchange &x) {
     return false;
 }
 
-/// The next non-empty line of the answer, or null.
-char *next_line(exchange *x) {
-    char *line = x->unread + strspn(x->unread, "\n");
-    char *end = line + strcspn(line, "\n");
-    x->unread = *end == '\0' ? end : end + 1;
-    *end = '\0';
-    return line == end ? nullptr : line;
-}
-
 bool starts_with_tag(const char *line, const char *tag) {
     return line != nullptr && strncasecmp(line, tag, TAG_LENGTH) == 0;
 }
 
 bool read_status_line(exchange *x, int *status) {
-    char *line = next_line(x);
+    char *line = take_line(&x->unread);
     if (!starts_with_tag(line, STATUS_TAG)) {
         error("%s strtok parsing 'Response Status: ' response tag failed for function '%s'", x->tag,
               x->function);
@@ -114,7 +105,7 @@ bool read_status_line(exchange *x, int *status) {
 }
 
 bool read_count_line(exchange *x, int *count) {
-    char *line = next_line(x);
+    char *line = take_line(&x->unread);
     if (!starts_with_tag(line, COUNT_TAG)) {
         error("%s strtok parsing 'Parameter Count: ' response tag failed for function '%s'", x->tag,
               x->function);
@@ -132,7 +123,7 @@ bool read_count_line(exchange *x, int *count) {
 
 /// Reads one returned parameter. Its tags are not looked at: only their lengths are certain.
 bool read_parameter(exchange *x, char **value) {
-    char *length_line = next_line(x);
+    char *length_line = take_line(&x->unread);
     if (length_line == nullptr) {
         error("%s strtok parsing 'ParamNNN Length: ' response tag failed, not a well formed "
               "response from FSMCore for function '%s'",
@@ -150,8 +141,8 @@ bool read_parameter(exchange *x, char **value) {
     if (length <= 0) {
         return true; // the daemon sends an empty parameter as its length line alone
     }
-    const char *tag_line = next_line(x);
-    char *text = tag_line == nullptr ? nullptr : next_line(x);
+    const char *tag_line = take_line(&x->unread);
+    char *text = tag_line == nullptr ? nullptr : take_line(&x->unread);
     if (text == nullptr || strlen(text) != static_cast<std::size_t>(length)) {
         error("%s strtok parsing 'ParamNNN: ' response tag failed, not a well formed response from "
               "FSMCore for function '%s'",
@@ -174,7 +165,7 @@ bool read_parameters(exchange *x, answer *result) {
             return false;
         }
     }
-    if (next_line(x) != nullptr) {
+    if (take_line(&x->unread) != nullptr) {
         error("%s strtok parsing '\\n' response tag failed, not a well formed response from "
               "FSMCore for function '%s'",
               x->tag, x->function);

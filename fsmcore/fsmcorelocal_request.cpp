@@ -35,11 +35,12 @@ bool fill_slots(char *slots, int count, char *const *values, const char *functio
 
 } // namespace
 
-// The messages name localclientutil, where this builder once stood; log scanners know it by that.
+// The messages name localclientutil like those of the gateways' builders, deliberately.
 int make_fsmcorelocal_request(const char *socket_path, const char *function,
                               const char *parameters) {
     trace("entering localclientutil->make_fsmcorelocal_request");
     if (function == nullptr) {
+        trace("exiting localclientutil->make_fsmcorelocal_request");
         return STATUS_FUNCTION_NOT_SUPPORTED;
     }
     int count = 0;
@@ -47,6 +48,7 @@ int make_fsmcorelocal_request(const char *socket_path, const char *function,
     parse_parameters(parameters, &count, &values);
     char slots[FSMC_MOST_VALUES * FSMC_SLOT_SIZE];
     if (!fill_slots(slots, count, values, function)) {
+        trace("exiting localclientutil->make_fsmcorelocal_request");
         return FSMC_RESPONSE_FAILED;
     }
     char waittime[sizeof("-2147483648")] = {};

@@ -5,7 +5,7 @@
 
 namespace {
 
-// A property write carries nothing but its section: the installed daemon expects no more.
+// Deliberate: a property write carries nothing but its section, and no builder sends it.
 constexpr gateway_line SECTION_LINES[] = {
     {"SectionName", 1},
 };
@@ -52,7 +52,7 @@ constexpr gateway_function FUNCTIONS[] = {
 constexpr gateway_profile PROFILE = {
     .source_tag = "ByMEGatewayutil->bymegateway_request",
     .daemon = "ByMEGateway",
-    // Six characters, and the label below shows three digits: both as installed.
+    // Deliberate: six characters here, three digits in the label below.
     .prefix = "BYMEG-",
     .format_label = "BYMEG-NNN",
     .quoting = "QQQQQQQQ",

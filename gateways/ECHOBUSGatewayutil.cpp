@@ -26,7 +26,7 @@ constexpr gateway_profile LOCAL_PROFILE = {
 
 constexpr gateway_profile INTERNET_PROFILE = {
     .source_tag = "ECHOBUSGatewayutil->echobusgateway_internet_request",
-    // The installed text names the local exchange here.
+    // Deliberate: this text names the local exchange.
     .unsupported_tag = "ECHOBUSGatewayutil->echobusgateway_local_request",
     .daemon = "ECHOBUSGateway",
     .prefix = "ECHG-",

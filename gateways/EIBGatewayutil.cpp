@@ -20,7 +20,7 @@ constexpr gateway_function FUNCTIONS[] = {
 constexpr gateway_profile LOCAL_PROFILE = {
     .source_tag = "EIBGatewayutil->eibgateway_local_request",
     .daemon = "EIBGateway",
-    // The installed text blames FSMCore here.
+    // Deliberate: this text blames FSMCore.
     .tail_daemon = "FSMCore",
     .prefix = "EIBG-",
     .format_label = "EIBG-XXX",

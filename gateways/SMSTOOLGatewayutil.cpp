@@ -11,7 +11,7 @@ constexpr gateway_line SEND_LINES[] = {
     {"Msg", 3},
 };
 
-// No section: the modem that received the message is not known by one.
+// Deliberate: no section line.
 constexpr gateway_line RECEIVE_LINES[] = {
     {"From", 2},
     {"Msg", 3},

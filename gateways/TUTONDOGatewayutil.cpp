@@ -27,7 +27,7 @@ constexpr gateway_function FUNCTIONS[] = {
 constexpr gateway_profile PROFILE = {
     .source_tag = "TUTONDOGatewayutil->tutondogateway_local_request",
     .daemon = "TUTONDOGateway",
-    // The installed text blames the EIB gateway here.
+    // Deliberate: this text blames the EIB gateway.
     .tail_daemon = "EIBGateway",
     .prefix = "TUTG-",
     .format_label = "TUTG-NNNN",

@@ -27,7 +27,7 @@ constexpr gateway_function FUNCTIONS[] = {
 constexpr gateway_profile PROFILE = {
     .source_tag = "VIVALDIGatewayutil->vivaldigateway_local_request",
     .daemon = "VIVALDIGateway",
-    // The installed text blames the EIB gateway here.
+    // Deliberate: this text blames the EIB gateway.
     .tail_daemon = "EIBGateway",
     .prefix = "VIVG-",
     .format_label = "VIVG-NNNN",

@@ -67,8 +67,7 @@ void assemble_request(bounded_text *request, const char *function,
 /// the connection is closed, or left open after an unreadable number.
 bool parse_answer(const gateway_profile &profile, int descriptor, const char *function,
                   char *received, int *status) {
-    char *rest = nullptr;
-    char *line = strtok_r(received, "\n", &rest);
+    char *line = take_line(&received);
     if (line == nullptr || strncasecmp(line, STATUS_TAG, STATUS_TAG_LENGTH) != 0) {
         const char *mark = quote(profile, NO_STATUS_LINE);
         error("%s strtok parsing 'Response Status: ' response tag failed for function %s%s%s",
@@ -92,7 +91,7 @@ bool parse_answer(const gateway_profile &profile, int descriptor, const char *fu
               either(profile.tail_tag, profile.source_tag), strerror(errno), mark, function, mark);
         return false;
     }
-    if (strtok_r(nullptr, "\n", &rest) != nullptr) {
+    if (take_line(&received) != nullptr) {
         const char *mark = quote(profile, TRAILING_TEXT);
         error("%s strtok parsing '\\n' response tag failed, not a well formed response from %s for "
               "function %s%s%s",

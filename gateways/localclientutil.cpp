@@ -18,7 +18,7 @@
 
 namespace {
 
-// The exiting mark is the installed one.
+// The exiting mark lacks the bus, deliberately.
 constexpr builder_row EIBUS_ROWS[] = {
     {"SENDEIBUSSETDATAGRAM", 4,
      "localclientutil->make_eibuslocal_request error too few or too much parameters, "
@@ -132,7 +132,7 @@ constexpr request_builder ECHOBUS_BUILDER = {"entering localclientutil->make_ech
                                              "exiting localclientutil->make_echobuslocal_request",
                                              false, ECHOBUS_ROWS};
 
-// The message names the EIB builder, as installed.
+// The message names the EIB builder, deliberately.
 constexpr builder_row MARTIN_ROWS[] = {
     {"SENDLJMARTINDATAGRAM", 4,
      "localclientutil->make_eibuslocal_request error too few or too much parameters, "
@@ -154,7 +154,8 @@ constexpr request_builder IBS_BUILDER = {"entering localclientutil->make_ibsloca
                                          "exiting localclientutil->make_ibslocal_request", false,
                                          IBS_ROWS};
 
-// The exiting mark is the installed one. A property write is counted like a read and then refused.
+// The exiting mark names the TUTONDO builder, deliberately. A property write is counted like a read
+// and then refused.
 constexpr builder_row BYME_ROWS[] = {
     {"SENDBYMEGROUPVALUEREADDATAGRAM", 2,
      "localclientutil->make_bymelocal_request error too few or too much parameters, "

@@ -17,6 +17,7 @@ struct webservice_call {
     char *waittime;
     int count;      ///< entries of the parameter list
     char **entries; ///< null when count is zero
+    bool sendable;  ///< false: nothing is sent, the answer stays empty
 };
 
 /// Reads one field of a response record.
@@ -39,11 +40,17 @@ constexpr std::size_t MOST_ARGUMENTS = 8; ///< of any operation, wait time inclu
 constexpr std::size_t MOST_LINES = 8;
 constexpr int ANY_COUNT = -1;
 
-/// What makes an operation exceptional; all empty for the usual ones.
+/// Fills an operation's arguments: the entries in list order, then absent ones, the wait time last.
+/// @return false when nothing is to be sent; never here.
+bool arrange_in_list_order(const webservice_call &call, std::size_t argument_count,
+                           char **arguments);
+
+/// What can make an operation exceptional; the usual ones have none of it.
 struct exceptions {
     const char *remote_count_message = nullptr; ///< shown instead for an endpoint elsewhere
-    /// Fills the arguments otherwise than in list order; false: nothing is to be sent.
-    bool (*arrange)(const webservice_call &call, char **arguments) = nullptr;
+    /// Fills the arguments; false: nothing is to be sent.
+    bool (*arrange)(const webservice_call &call, std::size_t argument_count,
+                    char **arguments) = arrange_in_list_order;
     /// Completes the response before its lines are printed.
     void (*complete)(void *response) = nullptr;
 };
@@ -59,9 +66,6 @@ struct operation_row {
     result_line lines[MOST_LINES]; ///< up to the first without text
     exceptions exceptional;
 };
-
-/// Fills an operation's arguments: the entries in list order, then absent ones, the wait time last.
-bool fill_arguments(const webservice_call &call, std::size_t argument_count, char **arguments);
 
 /// Prints the lines of a response as its row says.
 /// @return the status of its result text.
@@ -109,10 +113,7 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
     response_of<Call> response = {};
     char *arguments[MOST_ARGUMENTS] = {};
     const exceptions &exceptional = row.exceptional;
-    const bool send = exceptional.arrange != nullptr
-                          ? exceptional.arrange(call, arguments)
-                          : fill_arguments(call, argument_count, arguments);
-    if (send) {
+    if (exceptional.arrange(call, argument_count, arguments) && call.sendable) {
         invoke<Call>(call, arguments, &response, std::make_index_sequence<argument_count>{});
     }
     if (exceptional.complete != nullptr) {

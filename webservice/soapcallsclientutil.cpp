@@ -5,38 +5,11 @@
 #include "front/product.h"
 #include "front/status_codes.h"
 #include "front/utility.h"
+#include "webservice/endpoint.h"
 #include "webservice/operation_row.h"
 
 #include <cstdio>
 #include <cstring>
-
-// ---------------------------------------------------------------------------------------------
-// What all operations share
-
-bool fill_arguments(const webservice_call &call, std::size_t argument_count, char **arguments) {
-    if (argument_count == 0) {
-        return true;
-    }
-    for (int i = 0; i < call.count; i++) {
-        arguments[i] = call.entries[i];
-    }
-    arguments[argument_count - 1] = call.waittime;
-    return true;
-}
-
-int conclude(const operation_row &row, const void *response) {
-    const char *result = row.result(response);
-    if (row.group == RECORD_LINES && result == nullptr) {
-        return STATUS_NO_RESULT;
-    }
-    for (const result_line &line : row.lines) {
-        if (line.text == nullptr) {
-            break;
-        }
-        verbose_info("%s%s", line.text, line.field(response));
-    }
-    return extract_error_code(result);
-}
 
 namespace {
 
@@ -52,15 +25,10 @@ void append_own_version(void *response) {
     record->version = xstrconcat(record->version, "LUMOCMD Version: " LUMOCMD_VERSION " -");
 }
 
-/// True for the endpoint on this very machine, by name or by loopback address; null selects it.
-bool is_local_endpoint(const char *url) {
-    return url == nullptr || names_match(url, LUMOWS_DEFAULT_URL) ||
-           names_match(url, LUMOWS_LOOPBACK_URL);
-}
-
 /// SERVICE_RUNONELEMENT: a caller on the controller may leave out the session; any other sends the
 /// first six entries, however many there are.
-bool arrange_run_on_element(const webservice_call &call, char **arguments) {
+bool arrange_run_on_element(const webservice_call &call, std::size_t /*argument_count*/,
+                            char **arguments) {
     enum { SESSION, IDOBJECT, CALLSOURCE = 6, WAITTIME = 7, FIELDS = 6 };
     static char no_session[] = "NO-SESSIONID";
     static char call_source[] = "COMMANDLINETOOL";
@@ -100,7 +68,7 @@ consteval operation_row run_on_element_row() {
     operation_row row = takes<soap_call_ns__service_runonelement, SINGLE_RESULT, 7>(
         "SERVICE_RUNONELEMENT",
         COUNT_MESSAGE("idobject, operation, payload, optionals, hashcode are needed"));
-    row.count = ANY_COUNT;
+    row.count = ANY_COUNT; // the seventh argument is not an entry but the call source
     row.exceptional.remote_count_message =
         COUNT_MESSAGE("sessionID, idobject, operation, payload, optionals, hashcode are needed");
     row.exceptional.arrange = arrange_run_on_element;
@@ -108,7 +76,7 @@ consteval operation_row run_on_element_row() {
 }
 
 /// In comparison order. GETELEMENTSTATUS and GETELEMENTSTATUSARRAY demand one entry less than they
-/// ask for: their last field goes out absent, as the installed scripts expect.
+/// ask for: their last field goes out absent; deliberate, and part of the interface.
 constexpr operation_row OPERATIONS[] = {
     version_info_row(),
     takes_nothing<soap_call_ns__service_systeminfo, TEXT_LINES>(
@@ -270,16 +238,6 @@ int post_header(struct soap *context, const char *key, const char *value) {
     return runtime_post_header(context, key, is_agent ? "gSOAP/2.7" : value);
 }
 
-/// True when the runtime finds a host in the url. Without one it would write the request to
-/// standard output and wait for the answer on standard input.
-bool names_a_host(struct soap *context, const char *url) {
-    if (url == nullptr) {
-        return true;
-    }
-    soap_set_endpoint(context, url);
-    return *context->host != '\0';
-}
-
 void release_context(struct soap *context) {
     if (context->error != 0) {
         soap_print_fault(context, stderr);
@@ -307,18 +265,17 @@ int make_webservice_request(const char *url, const char *function, const char *p
     int status = STATUS_FUNCTION_NOT_SUPPORTED;
     const operation_row *row = find_operation(function);
     if (row != nullptr) {
-        webservice_call call = {context, url, waittime_text, 0, nullptr};
+        webservice_call call = {context, url,     waittime_text,
+                                0,       nullptr, is_usable_endpoint(context, url)};
         if (!take_entries(*row, parameters, &call)) {
             return STATUS_MALFORMED_REQUEST; // the process ends right after, context and all
         }
-        if (names_a_host(context, url)) {
-            status = row->carry(call, *row);
-        } else {
-            error("soapcallsclientutil->make_webservice_request error url '%s' names no host, "
-                  "something like %s is needed",
-                  url, LUMOWS_DEFAULT_URL);
-            status = STATUS_BAD_PARAMETER;
+        if (!call.sendable) {
+            error("soapcallsclientutil->make_webservice_request error url '%s' cannot be used, one "
+                  "like %s of at most %d characters is needed",
+                  url, LUMOWS_DEFAULT_URL, static_cast<int>(sizeof context->endpoint) - 1);
         }
+        status = row->carry(call, *row);
     }
     release_context(context);
     trace("exiting soapcallsclientutil->make_webservice_request");
