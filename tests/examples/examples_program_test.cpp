@@ -4,6 +4,7 @@
 #include "tests/harness/process.h"
 #include "tests/simulator/simulator_process.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -100,6 +101,30 @@ TEST(Examples, OfTheManual) {
         read_examples(PROJECT_DIRECTORY "/man/lumocmd.1", ".Bd -literal -offset indent", ".Ed");
     EXPECT_EQ(examples.size(), 5U);
     run_examples(examples);
+}
+
+/// The simulator's examples run until they are stopped.
+TEST(Examples, OfTheSimulatorsManual) {
+    std::istringstream lines(file_text(PROJECT_DIRECTORY "/man/lumosim.1"));
+    const std::string begin = ".Dl $ lumosim ";
+    int examples = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind(begin, 0) != 0) {
+            continue;
+        }
+        SCOPED_TRACE(line);
+        const temporary_directory directory;
+        std::vector<std::string> options;
+        std::istringstream words(line.substr(begin.size()));
+        for (std::string word; words >> word;) {
+            options.push_back(word == "\\&." ? directory.path : word);
+        }
+        Program simulator(options);
+        EXPECT_TRUE(wait_for_output(simulator, "\nready\n")) << simulator.out;
+        EXPECT_EQ(end_program(simulator, SIGTERM), 0) << simulator.errors;
+        examples++;
+    }
+    EXPECT_EQ(examples, 2);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -137,6 +138,9 @@ void peer::serve(const script &steps) {
         return;
     }
     visited_ = true;
+    // A client that stops receiving must not hold the test either.
+    const timeval patience = {PATIENCE_MS / 1000, 0};
+    setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     const std::size_t scripted_from = received_.size();
     follow(steps, &connection);
     if (connection < 0) {
