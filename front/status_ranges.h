@@ -1,5 +1,5 @@
-// The code ranges of the controller's components. Their irregular widths and prefixes are part of the
-// interface.
+// The code ranges of the controller's components. Their irregular widths and prefixes are part of
+// the interface.
 
 #pragma once
 

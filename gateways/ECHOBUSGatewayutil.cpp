@@ -24,17 +24,14 @@ constexpr gateway_profile LOCAL_PROFILE = {
     .functions = FUNCTIONS,
 };
 
-constexpr gateway_profile INTERNET_PROFILE = {
-    .source_tag = "ECHOBUSGatewayutil->echobusgateway_internet_request",
+constexpr gateway_profile INTERNET_PROFILE = [] {
+    gateway_profile profile = LOCAL_PROFILE;
+    profile.source_tag = "ECHOBUSGatewayutil->echobusgateway_internet_request";
     // Deliberate: this text names the local exchange.
-    .unsupported_tag = "ECHOBUSGatewayutil->echobusgateway_local_request",
-    .daemon = "ECHOBUSGateway",
-    .prefix = "ECHG-",
-    .format_label = "ECHG-XXX",
-    .quoting = "QBBBQQQQ",
-    .code_base = 200,
-    .functions = FUNCTIONS,
-};
+    profile.unsupported_tag = LOCAL_PROFILE.source_tag;
+    profile.quoting = "QBBBQQQQ";
+    return profile;
+}();
 
 } // namespace
 

@@ -29,17 +29,11 @@ constexpr gateway_profile LOCAL_PROFILE = {
     .functions = FUNCTIONS,
 };
 
-constexpr gateway_profile INTERNET_PROFILE = {
-    .source_tag = "EIBGatewayutil->eibgateway_internet_request",
-    .daemon = "EIBGateway",
-    // As in the local profile.
-    .tail_daemon = "FSMCore",
-    .prefix = "EIBG-",
-    .format_label = "EIBG-XXX",
-    .quoting = "BBBBBBBB",
-    .code_base = 100,
-    .functions = FUNCTIONS,
-};
+constexpr gateway_profile INTERNET_PROFILE = [] {
+    gateway_profile profile = LOCAL_PROFILE;
+    profile.source_tag = "EIBGatewayutil->eibgateway_internet_request";
+    return profile;
+}();
 
 } // namespace
 

@@ -28,7 +28,7 @@ struct gateway_profile {
     const char *tail_daemon = nullptr; ///< in the trailing-text message; null: daemon
     const char *prefix;                ///< what must follow "Response Status: "
     const char *format_label;          ///< the answer's format as the format message shows it
-    char quoting[9];                   ///< per message kind: Q shows 'function', B shows it bare
+    const char *quoting;               ///< per message kind: Q shows 'function', B shows it bare
     int code_base;                     ///< hundred-block of the gateway's own codes
     std::span<const gateway_function> functions;
 };
