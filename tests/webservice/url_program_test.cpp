@@ -28,6 +28,7 @@ const url_case UNUSABLE_URLS[] = {
     {"SecureTransport", "https://127.0.0.1/cgi-bin/lumows"},
     {"BlankInside", "http://127.0.0.1:1/cgi-bin/lumows x"},
     {"LineFeedInside", "http://127.0.0.1:1/cgi-bin/lumows\nx"},
+    {"ControlCharacterInside", "http://127.0.0.1:1/cgi-bin/\x7f"},
     {"TooLong", "http://127.0.0.1:1/" + std::string(1024 - 19, 'a')},
 };
 
