@@ -1,5 +1,28 @@
-# Runs the code generator. It exits 0 whatever it warns about, a misspelt directive included, so every
-# warning fails here, and so does an operation without the action.
+# Runs the code generator. It exits 0 whatever it warns about and ignores a misspelt directive without a
+# word, so every directive and every warning is checked here.
+
+file(STRINGS ${DEFINITION} lines REGEX "^//gsoap |^int ns__service_")
+set(operations ${lines})
+list(FILTER operations INCLUDE REGEX "^int ")
+list(TRANSFORM operations REPLACE "^int ns__(service_[a-z0-9]+).*" "\\1")
+set(directives ${lines})
+list(FILTER directives INCLUDE REGEX "^//gsoap ns service method-")
+
+# Both directives of every operation, to the letter; what is left over belongs to none.
+foreach(operation IN LISTS operations)
+    foreach(wanted "method-action: ${operation} urn:xmethods-lumows"
+            "method-response-encoding: ${operation} literal")
+        list(FIND directives "//gsoap ns service ${wanted}" index)
+        if(index EQUAL -1)
+            message(FATAL_ERROR "${DEFINITION}: the operation ${operation} needs the line\n"
+                "//gsoap ns service ${wanted}")
+        endif()
+        list(REMOVE_AT directives ${index})
+    endforeach()
+endforeach()
+if(directives)
+    message(FATAL_ERROR "${DEFINITION}: no operation has this directive: ${directives}")
+endif()
 
 file(MAKE_DIRECTORY ${OUTPUT_DIR})
 execute_process(
@@ -13,11 +36,18 @@ if(NOT status EQUAL 0 OR said_lower MATCHES "warning|error|unrecognized")
     message(FATAL_ERROR "The web-service client was not generated cleanly:\n${said}")
 endif()
 
-file(STRINGS ${DEFINITION} operations REGEX "^int ns__service_")
-file(STRINGS ${OUTPUT_DIR}/soapClient.c actions REGEX "soap_action = \"urn:xmethods-lumows\";")
-list(LENGTH operations operation_count)
-list(LENGTH actions action_count)
-if(NOT operation_count EQUAL 33 OR NOT action_count EQUAL operation_count)
-    message(FATAL_ERROR
-        "${operation_count} operations, ${action_count} of them with their SOAPAction; 33 expected")
-endif()
+# The directives must have had their effect: what is sent and what is taken for the response.
+file(READ ${OUTPUT_DIR}/soapClient.c client)
+foreach(operation IN LISTS operations)
+    string(REPLACE "_" "-" element ${operation})
+    string(REGEX MATCH "soap_send_ns__${operation}\\(struct soap \\*soap.*" sending "${client}")
+    string(FIND "${sending}" "soap_action = \"urn:xmethods-lumows\";" action)
+    string(FIND "${sending}" "\"ns:${element}\"" request)
+    string(FIND "${client}" "\"ns:${element}Response\", NULL" response)
+    if(action EQUAL -1 OR request EQUAL -1 OR action GREATER request)
+        message(FATAL_ERROR "The generated call of ${operation} sends no SOAPAction")
+    endif()
+    if(response EQUAL -1)
+        message(FATAL_ERROR "The generated call of ${operation} takes any element for its response")
+    endif()
+endforeach()
