@@ -8,8 +8,8 @@ find_program(GZIP gzip REQUIRED)
 function(install_documents component page)
     add_custom_command(
         OUTPUT ${page}.gz
-        COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/man/${page} > ${page}.gz
-        DEPENDS ${PROJECT_SOURCE_DIR}/man/${page}
+        COMMAND ${GZIP} -9nc ${PROJECT_BINARY_DIR}/man/${page} > ${page}.gz
+        DEPENDS ${PROJECT_BINARY_DIR}/man/${page}
         VERBATIM)
     add_custom_command(
         OUTPUT ${component}-changelog.gz
@@ -28,9 +28,11 @@ function(install_documents component page)
 endfunction()
 
 install_documents(lumocmd lumocmd.1)
+add_dependencies(lumocmd_documents lumocmd_manual)
 set(CPACK_COMPONENTS_ALL lumocmd)
 if(TARGET lumosim)
     install(TARGETS lumosim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumosim)
+    configure_file(${PROJECT_SOURCE_DIR}/man/lumosim.1 ${PROJECT_BINARY_DIR}/man/lumosim.1 COPYONLY)
     install_documents(lumosim lumosim.1)
     list(APPEND CPACK_COMPONENTS_ALL lumosim)
 endif()

@@ -2,13 +2,12 @@
 // status text as the last line and exit with the status code.
 
 #include "front/diagnostics.h"
+#include "front/dispatch_table.h"
 #include "front/memory.h"
 #include "front/request_record.h"
+#include "front/request_types.h"
 #include "front/status_codes.h"
 #include "front/utility.h"
-#include "fsmcore/fsmcorelocal_request.h"
-#include "gateways/localclientutil.h"
-#include "webservice/soapcallsclientutil.h"
 
 #include <csignal>
 #include <cstdio>
@@ -17,63 +16,24 @@
 
 namespace {
 
-using local_client = int (*)(const char *socket_path, const char *function, const char *parameters);
-
-template <local_client Client> int call_local() {
-    return Client(g_config.socket_path, g_config.function, g_config.parameters);
+int carry(const dispatch_row &row) {
+    trace("%s", row.mark);
+    if (row.client == nullptr) {
+        return make_webservice_request(g_config.url, g_config.function, g_config.parameters,
+                                       g_config.waittime);
+    }
+    return row.client(g_config.socket_path, g_config.function, g_config.parameters);
 }
-
-int call_webservice() {
-    return make_webservice_request(g_config.url, g_config.function, g_config.parameters,
-                                   g_config.waittime);
-}
-
-/// The internet types are accepted and checked by the parser, but no client is called for them.
-int refuse_unimplemented() {
-    error("main->main error unimplemented feature");
-    return STATUS_UNIMPLEMENTED;
-}
-
-/// What is done for one request type.
-struct dispatch_row {
-    request_type type;
-    const char *mark; ///< trace text before the call
-    int (*carry)();   ///< carries the request of g_config, returns its status code
-};
-
-constexpr dispatch_row DISPATCH[] = {
-    {REQUEST_SOAP, "main->main processing a soap request", call_webservice},
-    {REQUEST_EIBLOCAL, "main->main processing an EIB local request",
-     call_local<make_eibuslocal_request>},
-    {REQUEST_SMSTOOLLOCAL, "main->main processing a SMSTOOL local request",
-     call_local<make_smstoollocal_request>},
-    {REQUEST_LINTRONICLOCAL, "main->main processing a LINTRONIC local request",
-     call_local<make_lintroniclocal_request>},
-    {REQUEST_TECNOUTLOCAL, "main->main processing a TECNOUT local request",
-     call_local<make_tecnoutlocal_request>},
-    {REQUEST_VIVALDILOCAL, "main->main processing a VIVALDI local request",
-     call_local<make_vivaldilocal_request>},
-    {REQUEST_BENTELLOCAL, "main->main processing a BENTEL local request",
-     call_local<make_bentellocal_request>},
-    {REQUEST_FSMCORE, "main->main processing a FSMCore request",
-     call_local<make_fsmcorelocal_request>},
-    {REQUEST_TUTONDOLOCAL, "main->main processing a TUTONDO local request",
-     call_local<make_tutondolocal_request>},
-    {REQUEST_EIBINTERNET, "", refuse_unimplemented},
-    {REQUEST_SMSTOOLINTERNET, "", refuse_unimplemented},
-    {REQUEST_LINTRONICINTERNET, "", refuse_unimplemented},
-    {REQUEST_TECNOUTINTERNET, "", refuse_unimplemented},
-    {REQUEST_VIVALDIINTERNET, "", refuse_unimplemented},
-    {REQUEST_BENTELINTERNET, "", refuse_unimplemented},
-    {REQUEST_TUTONDOINTERNET, "", refuse_unimplemented},
-};
 
 int dispatch(int type) {
-    for (const dispatch_row &row : DISPATCH) {
-        if (row.type == type) {
-            trace("%s", row.mark);
-            return row.carry();
-        }
+    const dispatch_row *row = find_dispatch(type);
+    if (row != nullptr) {
+        return carry(*row);
+    }
+    if (find_request_type(type) != nullptr) {
+        // The internet types are accepted and checked by the parser, but no client is called.
+        error("main->main error unimplemented feature");
+        return STATUS_UNIMPLEMENTED;
     }
     // Only a parser that stopped early returns such a type.
     error("main->main error on parsing command line");

@@ -3,29 +3,6 @@
 
 #pragma once
 
-/// Request types, as parse_cmd_line() returns them. No codes are assigned between 103 and 106 and
-/// between 117 and 119.
-enum request_type : int {
-    REQUEST_NONE = 0,
-    REQUEST_SOAP = 100,
-    REQUEST_EIBLOCAL = 101,
-    REQUEST_EIBINTERNET = 102,
-    REQUEST_SMSTOOLLOCAL = 107,
-    REQUEST_SMSTOOLINTERNET = 108,
-    REQUEST_LINTRONICLOCAL = 109,
-    REQUEST_LINTRONICINTERNET = 110,
-    REQUEST_TECNOUTLOCAL = 111,
-    REQUEST_TECNOUTINTERNET = 112,
-    REQUEST_VIVALDILOCAL = 113,
-    REQUEST_VIVALDIINTERNET = 114,
-    REQUEST_BENTELLOCAL = 115,
-    REQUEST_BENTELINTERNET = 116,
-    REQUEST_FSMCORE = 120,
-    REQUEST_TUTONDOLOCAL = 121,
-    REQUEST_TUTONDOINTERNET = 122,
-    REQUEST_UNSUPPORTED = 200,
-};
-
 /// One command line. Strings are owned by the record and null when their option is absent.
 struct cmd_config {
     char *address;     ///< -a: IPv4 address text of a remote gateway

@@ -27,5 +27,23 @@ constexpr status_range STATUS_RANGES[] = {
     {3001, 3100, "EBMG", 4},  {3101, 3200, "PESG", 4},  {3201, INT_MAX, "LGMG", 4},
     {INT_MIN, 0, "LMCM", 4},
 };
-constexpr int STATUS_RANGE_COUNT = sizeof(STATUS_RANGES) / sizeof(STATUS_RANGES[0]);
-static_assert(STATUS_RANGE_COUNT == 34);
+
+/// True when the ranges leave no code out and share none: each begins behind the one before it, and
+/// the last takes what is below the first.
+consteval bool ranges_are_complete() {
+    const status_range *before = nullptr;
+    for (const status_range &range : STATUS_RANGES) {
+        const bool is_lowest = range.first == INT_MIN;
+        if (before != nullptr && before->last == INT_MAX) {
+            return is_lowest && range.last == STATUS_RANGES[0].first - 1;
+        }
+        if (before != nullptr && range.first != before->last + 1) {
+            return false;
+        }
+        before = &range;
+    }
+    return false;
+}
+static_assert(ranges_are_complete(),
+              "a range of STATUS_RANGES must begin behind the one before it, "
+              "up to INT_MAX; the codes below the first range stand last");

@@ -4,8 +4,9 @@
 #include "front/help_text.h"
 #include "front/memory.h"
 #include "front/number_text.h"
-#include "front/option_tables.h"
+#include "front/product.h"
 #include "front/request_record.h"
+#include "front/request_types.h"
 #include "front/status_codes.h"
 #include "front/status_ranges.h"
 
@@ -66,15 +67,16 @@ scan_step take_verbose(const option_row & /*row*/, const char *argument, request
 }
 
 scan_step take_type(const option_row & /*row*/, const char *argument, request_type *type) {
-    for (const type_keyword &row : TYPE_KEYWORDS) {
+    for (const request_type_row &row : REQUEST_TYPES) {
         if (!names_match(argument, row.keyword)) {
             continue;
         }
         *type = row.type;
-        if (row.type == REQUEST_UNSUPPORTED) {
-            error("%s", row.line);
+        if (row.kind == &UNSUPPORTED_KIND) {
+            error("%s%s", row.name, row.kind->selected);
         } else {
-            verbose_info("%s", row.line);
+            verbose_info("[lumocmd] %s%s", row.name,
+                         row.selected != nullptr ? row.selected : row.kind->selected);
         }
         return SCAN_ON;
     }
@@ -146,17 +148,16 @@ unsigned given_fields() {
 }
 
 void check_required_fields(request_type type, const char *program_name) {
-    for (const required_fields &row : REQUIRED_FIELDS) {
-        if (row.type != type) {
-            continue;
-        }
-        if ((row.fields & ~given_fields()) != 0) {
-            error("%s", row.message);
-            exit(STATUS_MALFORMED_REQUEST);
-        }
-        return;
+    const request_type_row *row = find_request_type(type);
+    if (row == nullptr) {
+        show_help(program_name);
     }
-    show_help(program_name);
+    if ((row->kind->fields & ~given_fields()) != 0) {
+        // "paremeters" is part of the interface, slip included.
+        error("utility->parse_cmd_line malformed request: %s paremeters required for %s",
+              row->kind->required, row->keyword);
+        exit(STATUS_MALFORMED_REQUEST);
+    }
 }
 
 } // namespace
@@ -196,7 +197,7 @@ void print_banner(FILE *stream) {
 void print_usage(const char *program_name) {
     print_banner(stderr);
     fprintf(stderr, "Usage: %s [-v] -t [options t-based]\n", program_name);
-    fputs(HELP_TEXT, stderr);
+    print_help_text(stderr);
 }
 
 void release_config() {

@@ -24,7 +24,8 @@ constexpr int MOST_ANSWER_LINES = ANSWER_SIZE / 2;
 constexpr char STATUS_TAG[] = "Response Status: ";
 constexpr char COUNT_TAG[] = "Parameter Count: ";
 constexpr std::size_t TAG_LENGTH = 17; // "Param000 Length: " as well
-static_assert(sizeof(STATUS_TAG) - 1 == TAG_LENGTH && sizeof(COUNT_TAG) - 1 == TAG_LENGTH);
+static_assert(sizeof(STATUS_TAG) - 1 == TAG_LENGTH && sizeof(COUNT_TAG) - 1 == TAG_LENGTH,
+              "all tags are cut by TAG_LENGTH: a tag of another length needs its own");
 constexpr char STATUS_PREFIX[] = "FSMC-";
 constexpr std::size_t PREFIX_LENGTH = sizeof(STATUS_PREFIX) - 1;
 

@@ -1,6 +1,7 @@
 #include "gateways/BENTELGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -16,22 +17,23 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDBENTELCOMMANDDATAGRAM", LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile BENTEL_GATEWAY = {
     .source_tag = "BENTELGatewayutil->bentelgateway_local_request",
     .daemon = "BENTELGateway",
     // The daemon says BENG, the tool prints BENT: two alphabets, kept apart.
     .prefix = "BENG-",
     .format_label = "BENG-NNNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 1300,
     .functions = FUNCTIONS,
+    .exchange = over_socket<bentelgateway_local_request>,
 };
-
-} // namespace
 
 int bentelgateway_local_request(const char *socket_path, const char *function,
                                 const char *section_name, const char *user_code,
                                 const char *command, const char *payload) {
     const char *const values[] = {section_name, user_code, command, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(BENTEL_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

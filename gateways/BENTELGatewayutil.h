@@ -1,6 +1,11 @@
-// The BENTEL gateway: SENDBENTELCOMMANDDATAGRAM, codes from 1300.
+// The BENTEL gateway: SENDBENTELCOMMANDDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile BENTEL_GATEWAY;
 
 /// Sends one BENTEL request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/ByMEGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -49,23 +50,24 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDBYMEOBJECTVALUEDATAGRAM", OBJECT_VALUE_LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile BYME_GATEWAY = {
     .source_tag = "ByMEGatewayutil->bymegateway_request",
     .daemon = "ByMEGateway",
     // Deliberate: six characters here, three digits in the label below.
     .prefix = "BYMEG-",
     .format_label = "BYMEG-NNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 2000,
     .functions = FUNCTIONS,
+    .exchange = over_socket<bymegateway_request>,
 };
-
-} // namespace
 
 int bymegateway_request(const char *socket_path, const char *function, const char *section_name,
                         const char *value_2, const char *value_3, const char *value_4,
                         const char *value_5, const char *value_6, const char *value_7) {
     const char *const values[] = {section_name, value_2, value_3, value_4,
                                   value_5,      value_6, value_7};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(BYME_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

@@ -1,7 +1,12 @@
-// The ByME gateway: seven requests that share only their section, codes from 2000. No request type
+// The ByME gateway: seven requests that share only their section. No request type
 // of the command line reaches it.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile BYME_GATEWAY;
 
 /// Sends one ByME request over the daemon's Unix-domain socket. What the values mean depends on the
 /// function: its header lines take them in order, and those it has no line for may be null.

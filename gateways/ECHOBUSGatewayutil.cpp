@@ -1,6 +1,7 @@
 #include "gateways/ECHOBUSGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -14,7 +15,9 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDECHOBUSDATAGRAM", LINES},
 };
 
-constexpr gateway_profile LOCAL_PROFILE = {
+} // namespace
+
+constexpr gateway_profile ECHOBUS_GATEWAY = {
     .source_tag = "ECHOBUSGatewayutil->echobusgateway_local_request",
     .daemon = "ECHOBUSGateway",
     .prefix = "ECHG-",
@@ -22,18 +25,18 @@ constexpr gateway_profile LOCAL_PROFILE = {
     .quoting = "BBBBBQQQ",
     .code_base = 200,
     .functions = FUNCTIONS,
+    .exchange = over_socket<echobusgateway_local_request>,
 };
 
-constexpr gateway_profile INTERNET_PROFILE = [] {
-    gateway_profile profile = LOCAL_PROFILE;
+constexpr gateway_profile ECHOBUS_INTERNET_GATEWAY = [] {
+    gateway_profile profile = ECHOBUS_GATEWAY;
     profile.source_tag = "ECHOBUSGatewayutil->echobusgateway_internet_request";
     // Deliberate: this text names the local exchange.
-    profile.unsupported_tag = LOCAL_PROFILE.source_tag;
+    profile.unsupported_tag = ECHOBUS_GATEWAY.source_tag;
     profile.quoting = "QBBBQQQQ";
+    profile.exchange = over_internet<echobusgateway_internet_request>;
     return profile;
 }();
-
-} // namespace
 
 int echobusgateway_local_request(const char *socket_path, const char *function,
                                  const char *section_name, const char *device_type,
@@ -41,7 +44,7 @@ int echobusgateway_local_request(const char *socket_path, const char *function,
                                  const char *port_number, const char *value) {
     const char *const values[] = {section_name, device_type, card_number,
                                   command_type, port_number, value};
-    return run_gateway_exchange(LOCAL_PROFILE, make_localtcpclient_socket(socket_path), function,
+    return run_gateway_exchange(ECHOBUS_GATEWAY, make_localtcpclient_socket(socket_path), function,
                                 values);
 }
 
@@ -51,6 +54,6 @@ int echobusgateway_internet_request(const char *address, int port, const char *f
                                     const char *port_number, const char *value) {
     const char *const values[] = {section_name, device_type, card_number,
                                   command_type, port_number, value};
-    return run_gateway_exchange(INTERNET_PROFILE, make_internettcpclient_socket(address, port),
-                                function, values);
+    return run_gateway_exchange(ECHOBUS_INTERNET_GATEWAY,
+                                make_internettcpclient_socket(address, port), function, values);
 }

@@ -1,7 +1,13 @@
-// The ECHOBUS gateway: SENDECHOBUSDATAGRAM, codes from 200. Locally and over TCP. No request type
+// The ECHOBUS gateway: SENDECHOBUSDATAGRAM. Locally and over TCP. No request type
 // of the command line reaches it.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchanges its own, locally and over TCP.
+extern const gateway_profile ECHOBUS_GATEWAY;
+extern const gateway_profile ECHOBUS_INTERNET_GATEWAY;
 
 /// Sends one ECHOBUS request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/EIBGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -17,7 +18,9 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDEIBUSGETDATAGRAM", LINES},
 };
 
-constexpr gateway_profile LOCAL_PROFILE = {
+} // namespace
+
+constexpr gateway_profile EIB_GATEWAY = {
     .source_tag = "EIBGatewayutil->eibgateway_local_request",
     .daemon = "EIBGateway",
     // Deliberate: this text blames FSMCore.
@@ -27,21 +30,21 @@ constexpr gateway_profile LOCAL_PROFILE = {
     .quoting = "BBBBBBBB",
     .code_base = 100,
     .functions = FUNCTIONS,
+    .exchange = over_socket<eibgateway_local_request>,
 };
 
-constexpr gateway_profile INTERNET_PROFILE = [] {
-    gateway_profile profile = LOCAL_PROFILE;
+constexpr gateway_profile EIB_INTERNET_GATEWAY = [] {
+    gateway_profile profile = EIB_GATEWAY;
     profile.source_tag = "EIBGatewayutil->eibgateway_internet_request";
+    profile.exchange = over_internet<eibgateway_internet_request>;
     return profile;
 }();
-
-} // namespace
 
 int eibgateway_local_request(const char *socket_path, const char *function,
                              const char *section_name, const char *destination,
                              const char *eis_type, const char *payload) {
     const char *const values[] = {section_name, destination, eis_type, payload};
-    return run_gateway_exchange(LOCAL_PROFILE, make_localtcpclient_socket(socket_path), function,
+    return run_gateway_exchange(EIB_GATEWAY, make_localtcpclient_socket(socket_path), function,
                                 values);
 }
 
@@ -49,6 +52,6 @@ int eibgateway_internet_request(const char *address, int port, const char *funct
                                 const char *section_name, const char *destination,
                                 const char *eis_type, const char *payload) {
     const char *const values[] = {section_name, destination, eis_type, payload};
-    return run_gateway_exchange(INTERNET_PROFILE, make_internettcpclient_socket(address, port),
+    return run_gateway_exchange(EIB_INTERNET_GATEWAY, make_internettcpclient_socket(address, port),
                                 function, values);
 }

@@ -1,7 +1,13 @@
-// The EIB gateway: SENDEIBUSSETDATAGRAM and SENDEIBUSGETDATAGRAM, codes from 100. Locally and over
+// The EIB gateway: SENDEIBUSSETDATAGRAM and SENDEIBUSGETDATAGRAM. Locally and over
 // TCP.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchanges its own, locally and over TCP.
+extern const gateway_profile EIB_GATEWAY;
+extern const gateway_profile EIB_INTERNET_GATEWAY;
 
 /// Sends one EIB request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/IBSGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -14,22 +15,23 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDIBSSETDATAGRAM", LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile IBS_GATEWAY = {
     .source_tag = "IBSGatewayutil->ibsgateway_request",
     .daemon = "IBSGateway",
     .prefix = "IBSG-",
     .format_label = "IBSG-NNNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 1400,
     .functions = FUNCTIONS,
+    .exchange = over_socket<ibsgateway_request>,
 };
-
-} // namespace
 
 int ibsgateway_request(const char *socket_path, const char *function, const char *section_name,
                        const char *device, const char *channel, const char *destination_type,
                        const char *data_type, const char *payload) {
     const char *const values[] = {section_name,     device,    channel,
                                   destination_type, data_type, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(IBS_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

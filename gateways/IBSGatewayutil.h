@@ -1,7 +1,12 @@
-// The IBS gateway: SENDIBSSETDATAGRAM, codes from 1400. No request type of the command line reaches
+// The IBS gateway: SENDIBSSETDATAGRAM. No request type of the command line reaches
 // it.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile IBS_GATEWAY;
 
 /// Sends one IBS request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/LINTRONICGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -16,23 +17,24 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDLINTRONICDATAGRAM", LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile LINTRONIC_GATEWAY = {
     .source_tag = "LINTRONICGatewayutil->lintronicgateway_local_request",
     // These two messages carry the short file name.
     .tail_tag = "LINTGatewayutil->lintronicgateway_local_request",
     .daemon = "LINTRONICGateway",
     .prefix = "LINT-",
     .format_label = "LINT-XXX",
-    .quoting = "QQQQQQQQ",
     .code_base = 1000,
     .functions = FUNCTIONS,
+    .exchange = over_socket<lintronicgateway_local_request>,
 };
-
-} // namespace
 
 int lintronicgateway_local_request(const char *socket_path, const char *function,
                                    const char *section_name, const char *device,
                                    const char *command, const char *payload) {
     const char *const values[] = {section_name, device, command, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(LINTRONIC_GATEWAY, make_localtcpclient_socket(socket_path),
+                                function, values);
 }

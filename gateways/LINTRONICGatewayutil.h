@@ -1,6 +1,11 @@
-// The LINTRONIC gateway: SENDLINTRONICDATAGRAM, codes from 1000.
+// The LINTRONIC gateway: SENDLINTRONICDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile LINTRONIC_GATEWAY;
 
 /// Sends one LINTRONIC request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/MARTINGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -16,21 +17,22 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDLJMARTINDATAGRAM", LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile MARTIN_GATEWAY = {
     .source_tag = "MARTINGatewayutil->martingateway_local_request",
     .daemon = "MARTINGateway",
     .prefix = "MARG-",
     .format_label = "MARG-XXX",
-    .quoting = "QQQQQQQQ",
     .code_base = 600,
     .functions = FUNCTIONS,
+    .exchange = over_socket<martingateway_local_request>,
 };
-
-} // namespace
 
 int martingateway_local_request(const char *socket_path, const char *function,
                                 const char *section_name, const char *command, const char *type,
                                 const char *payload) {
     const char *const values[] = {section_name, command, type, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(MARTIN_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

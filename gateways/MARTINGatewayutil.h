@@ -1,7 +1,12 @@
-// The MARTIN gateway: SENDLJMARTINDATAGRAM, codes from 600. No request type of the command line
+// The MARTIN gateway: SENDLJMARTINDATAGRAM. No request type of the command line
 // reaches it.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile MARTIN_GATEWAY;
 
 /// Sends one MARTIN request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

@@ -1,6 +1,7 @@
 #include "gateways/SMSTOOLGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -22,23 +23,24 @@ constexpr gateway_function FUNCTIONS[] = {
     {"RECVSMSTOOLDATAGRAM", RECEIVE_LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile SMSTOOL_GATEWAY = {
     .source_tag = "SMSTOOLGatewayutil->smstoolgateway_local_request",
     // These two messages carry the short file name.
     .tail_tag = "SMSTGatewayutil->smstoolgateway_local_request",
     .daemon = "SMSTOOLGateway",
     .prefix = "SMST-",
     .format_label = "SMST-XXX",
-    .quoting = "QQQQQQQQ",
     .code_base = 800,
     .functions = FUNCTIONS,
+    .exchange = over_socket<smstoolgateway_local_request>,
 };
-
-} // namespace
 
 int smstoolgateway_local_request(const char *socket_path, const char *function,
                                  const char *section_name, const char *number,
                                  const char *message) {
     const char *const values[] = {section_name, number, message};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(SMSTOOL_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

@@ -1,6 +1,11 @@
-// The SMS tool: SENDSMSTOOLDATAGRAM and RECVSMSTOOLDATAGRAM, codes from 800.
+// The SMS tool: SENDSMSTOOLDATAGRAM and RECVSMSTOOLDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile SMSTOOL_GATEWAY;
 
 /// Sends one SMS request over the daemon's Unix-domain socket.
 /// @param section_name null for the receive request, which has no section.

@@ -1,6 +1,7 @@
 #include "gateways/TECNOUTGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -16,22 +17,23 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDTECNOUTCOMMANDDATAGRAM", LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile TECNOUT_GATEWAY = {
     .source_tag = "TECNOUTGatewayutil->tecnoutgateway_local_request",
     .daemon = "TECNOUTGateway",
     // The daemon says TECG, the tool prints TECN: two alphabets, kept apart.
     .prefix = "TECG-",
     .format_label = "TECG-NNNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 1200,
     .functions = FUNCTIONS,
+    .exchange = over_socket<tecnoutgateway_local_request>,
 };
-
-} // namespace
 
 int tecnoutgateway_local_request(const char *socket_path, const char *function,
                                  const char *section_name, const char *user_code,
                                  const char *command, const char *payload) {
     const char *const values[] = {section_name, user_code, command, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(TECNOUT_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

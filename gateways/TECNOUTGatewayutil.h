@@ -1,6 +1,11 @@
-// The TECNOUT gateway: SENDTECNOUTCOMMANDDATAGRAM, codes from 1200.
+// The TECNOUT gateway: SENDTECNOUTCOMMANDDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile TECNOUT_GATEWAY;
 
 /// Sends one TECNOUT request over the daemon's Unix-domain socket.
 /// @return the daemon's number, or base + 1, 5, 6, 7 after a message; see run_gateway_exchange().

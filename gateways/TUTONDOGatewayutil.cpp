@@ -1,6 +1,7 @@
 #include "gateways/TUTONDOGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -24,23 +25,24 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDTUTONDOGETDATAGRAM", GET_LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile TUTONDO_GATEWAY = {
     .source_tag = "TUTONDOGatewayutil->tutondogateway_local_request",
     .daemon = "TUTONDOGateway",
     // Deliberate: this text blames the EIB gateway.
     .tail_daemon = "EIBGateway",
     .prefix = "TUTG-",
     .format_label = "TUTG-NNNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 1500,
     .functions = FUNCTIONS,
+    .exchange = over_socket<tutondogateway_local_request>,
 };
-
-} // namespace
 
 int tutondogateway_local_request(const char *socket_path, const char *function,
                                  const char *section_name, const char *zone_number,
                                  const char *command, const char *payload) {
     const char *const values[] = {section_name, zone_number, command, payload};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(TUTONDO_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

@@ -1,6 +1,11 @@
-// The TUTONDO gateway: SENDTUTONDOSETDATAGRAM and SENDTUTONDOGETDATAGRAM, codes from 1500.
+// The TUTONDO gateway: SENDTUTONDOSETDATAGRAM and SENDTUTONDOGETDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile TUTONDO_GATEWAY;
 
 /// Sends one TUTONDO request over the daemon's Unix-domain socket. The get request does not send
 /// the payload.

@@ -1,6 +1,7 @@
 #include "gateways/VIVALDIGatewayutil.h"
 
 #include "front/utility.h"
+#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
 
 namespace {
@@ -24,19 +25,19 @@ constexpr gateway_function FUNCTIONS[] = {
     {"SENDVIVALDIGETDATAGRAM", GET_LINES},
 };
 
-constexpr gateway_profile PROFILE = {
+} // namespace
+
+constexpr gateway_profile VIVALDI_GATEWAY = {
     .source_tag = "VIVALDIGatewayutil->vivaldigateway_local_request",
     .daemon = "VIVALDIGateway",
     // Deliberate: this text blames the EIB gateway.
     .tail_daemon = "EIBGateway",
     .prefix = "VIVG-",
     .format_label = "VIVG-NNNN",
-    .quoting = "QQQQQQQQ",
     .code_base = 900,
     .functions = FUNCTIONS,
+    .exchange = over_socket<vivaldigateway_local_request>,
 };
-
-} // namespace
 
 int vivaldigateway_local_request(const char *socket_path, const char *function,
                                  const char *section_name, const char *central_number,
@@ -48,5 +49,6 @@ int vivaldigateway_local_request(const char *socket_path, const char *function,
     const char *const values[] = {section_name, central_number, rc20_number, rc20_on_off,
                                   rc20_volume,  rc20_high,      rc20_low,    rc20_channel,
                                   rc20_cd,      rc20_track,     rc20_tuner};
-    return run_gateway_exchange(PROFILE, make_localtcpclient_socket(socket_path), function, values);
+    return run_gateway_exchange(VIVALDI_GATEWAY, make_localtcpclient_socket(socket_path), function,
+                                values);
 }

@@ -1,6 +1,11 @@
-// The VIVALDI gateway: SENDVIVALDISETDATAGRAM and SENDVIVALDIGETDATAGRAM, codes from 900.
+// The VIVALDI gateway: SENDVIVALDISETDATAGRAM and SENDVIVALDIGETDATAGRAM.
 
 #pragma once
+
+struct gateway_profile;
+
+/// What makes this gateway's exchange its own.
+extern const gateway_profile VIVALDI_GATEWAY;
 
 /// Sends one VIVALDI request over the daemon's Unix-domain socket. The get request uses the values
 /// up to rc20_number.

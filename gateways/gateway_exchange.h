@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "gateways/exchange_call.h"
+
 #include <span>
 
 /// A header line: "<name>: <value>". The value is parameter number `parameter`, counted from 1 in
@@ -28,9 +30,10 @@ struct gateway_profile {
     const char *tail_daemon = nullptr; ///< in the trailing-text message; null: daemon
     const char *prefix;                ///< what must follow "Response Status: "
     const char *format_label;          ///< the answer's format as the format message shows it
-    const char *quoting;               ///< per message kind: Q shows 'function', B shows it bare
+    const char *quoting = "QQQQQQQQ";  ///< per message kind: Q shows 'function', B shows it bare
     int code_base;                     ///< hundred-block of the gateway's own codes
     std::span<const gateway_function> functions;
+    exchange_call exchange; ///< the gateway's own exchange function
 };
 
 // The gateway's own codes, added to code_base.

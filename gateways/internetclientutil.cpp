@@ -6,39 +6,26 @@
 
 namespace {
 
-constexpr builder_row EIBUS_ROWS[] = {
-    {"SENDEIBUSSETDATAGRAM", 4,
-     "internetclientutil->make_eibusinternet_request error too few or too much "
-     "parameters, SectionName, Destination, EISType, Payload are needed",
-     over_internet<eibgateway_internet_request>},
-    {"SENDEIBUSGETDATAGRAM", 4,
-     "internetclientutil->make_eibusinternet_request error too few or too much "
-     "parameters, SectionName, Destination, EISType, Payload are needed",
-     over_internet<eibgateway_internet_request>},
+constexpr builder_row ROWS[] = {
+    {"make_eibusinternet_request", "SENDEIBUSSETDATAGRAM",
+     "SectionName, Destination, EISType, Payload", &EIB_INTERNET_GATEWAY},
+    {"make_eibusinternet_request", "SENDEIBUSGETDATAGRAM",
+     "SectionName, Destination, EISType, Payload", &EIB_INTERNET_GATEWAY},
+    {"make_echobusinternet_request", "SENDECHOBUSDATAGRAM",
+     "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value",
+     &ECHOBUS_INTERNET_GATEWAY},
 };
-constexpr request_builder EIBUS_BUILDER = {
-    "entering internetclientutil->make_eibusinternet_request",
-    "exiting internetclientutil->make_eibusinternet_request", true, EIBUS_ROWS};
-
-constexpr builder_row ECHOBUS_ROWS[] = {
-    {"SENDECHOBUSDATAGRAM", 6,
-     "internetclientutil->make_echobusinternet_request error too few or too much "
-     "parameters, SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value "
-     "are needed",
-     over_internet<echobusgateway_internet_request>},
-};
-constexpr request_builder ECHOBUS_BUILDER = {
-    "entering internetclientutil->make_echobusinternet_request",
-    "exiting internetclientutil->make_echobusinternet_request", true, ECHOBUS_ROWS};
 
 } // namespace
 
-int make_eibusinternet_request(const char *address, int port, const char *function,
-                               const char *parameters) {
-    return build_gateway_request(EIBUS_BUILDER, {nullptr, address, port}, function, parameters);
-}
+#define DEFINE_INTERNET_BUILDER(NAME)                                                              \
+    int NAME(const char *address, int port, const char *function, const char *parameters) {        \
+        static constexpr request_builder BUILDER = {"internetclientutil", #NAME, #NAME, true,      \
+                                                    rows_of(#NAME, ROWS)};                         \
+        return build_gateway_request(BUILDER, {nullptr, address, port}, function, parameters);     \
+    }
+INTERNET_BUILDERS(DEFINE_INTERNET_BUILDER)
 
-int make_echobusinternet_request(const char *address, int port, const char *function,
-                                 const char *parameters) {
-    return build_gateway_request(ECHOBUS_BUILDER, {nullptr, address, port}, function, parameters);
+std::span<const builder_row> internet_builder_rows() {
+    return ROWS;
 }

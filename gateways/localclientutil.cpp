@@ -18,36 +18,6 @@
 
 namespace {
 
-// The exiting mark lacks the bus, deliberately.
-constexpr builder_row EIBUS_ROWS[] = {
-    {"SENDEIBUSSETDATAGRAM", 4,
-     "localclientutil->make_eibuslocal_request error too few or too much parameters, "
-     "SectionName, Destination, EISType, Payload are needed",
-     over_socket<eibgateway_local_request>},
-    {"SENDEIBUSGETDATAGRAM", 4,
-     "localclientutil->make_eibuslocal_request error too few or too much parameters, "
-     "SectionName, Destination, EISType, Payload are needed",
-     over_socket<eibgateway_local_request>},
-};
-constexpr request_builder EIBUS_BUILDER = {"entering localclientutil->make_eibuslocal_request",
-                                           "exiting localclientutil->make_local_request", false,
-                                           EIBUS_ROWS};
-
-// The receive request has no section: the exchange gets none, then the two parameters.
-constexpr builder_row SMSTOOL_ROWS[] = {
-    {"SENDSMSTOOLDATAGRAM", 3,
-     "localclientutil->make_smstoollocal_request error too few or too much parameters, "
-     "SectionName, PhoneNumber, Msg are needed",
-     over_socket<smstoolgateway_local_request>},
-    {"RECVSMSTOOLDATAGRAM", 2,
-     "localclientutil->make_smstoollocal_request error too few or too much parameters, "
-     "PhoneNumber, Msg are needed",
-     over_socket<smstoolgateway_local_request>, 1},
-};
-constexpr request_builder SMSTOOL_BUILDER = {"entering localclientutil->make_smstoollocal_request",
-                                             "exiting localclientutil->make_smstoollocal_request",
-                                             false, SMSTOOL_ROWS};
-
 /// LINTRONIC only: the daemon reads Device and Command by position. Their lengths are tested, not
 /// that they are digits.
 bool lintronic_lengths_are_right(char *const *parameters) {
@@ -66,185 +36,90 @@ bool lintronic_lengths_are_right(char *const *parameters) {
     return true;
 }
 
-constexpr builder_row LINTRONIC_ROWS[] = {
-    {"SENDLINTRONICDATAGRAM", 4,
-     "localclientutil->make_lintroniclocal_request error too few or too much "
-     "parameters, SectionName, Device, Command,  Payload are needed",
-     over_socket<lintronicgateway_local_request>, 0, lintronic_lengths_are_right},
-};
-constexpr request_builder LINTRONIC_BUILDER = {
-    "entering localclientutil->make_lintroniclocal_request",
-    "exiting localclientutil->make_lintroniclocal_request", false, LINTRONIC_ROWS};
-
-constexpr builder_row TECNOUT_ROWS[] = {
-    {"SENDTECNOUTCOMMANDDATAGRAM", 4,
-     "localclientutil->make_tecnoutlocal_request error too few or too much parameters, "
-     "SectionName, UserCode, Command, Payload are needed",
-     over_socket<tecnoutgateway_local_request>},
-};
-constexpr request_builder TECNOUT_BUILDER = {"entering localclientutil->make_tecnoutlocal_request",
-                                             "exiting localclientutil->make_tecnoutlocal_request",
-                                             false, TECNOUT_ROWS};
-
-// The get request is not served, although the exchange knows it.
-constexpr builder_row VIVALDI_ROWS[] = {
-    {"SENDVIVALDISETDATAGRAM", 11,
-     "localclientutil->make_vivaldilocal_request error too few or too much parameters, "
+/// The functions that the builders serve, builder by builder. Double blanks are part of the count
+/// messages, and so of the interface.
+constexpr builder_row ROWS[] = {
+    {"make_eibuslocal_request", "SENDEIBUSSETDATAGRAM",
+     "SectionName, Destination, EISType, Payload", &EIB_GATEWAY},
+    {"make_eibuslocal_request", "SENDEIBUSGETDATAGRAM",
+     "SectionName, Destination, EISType, Payload", &EIB_GATEWAY},
+    {"make_smstoollocal_request", "SENDSMSTOOLDATAGRAM", "SectionName, PhoneNumber, Msg",
+     &SMSTOOL_GATEWAY},
+    // No section: the exchange gets none, then the two parameters.
+    {"make_smstoollocal_request",
+     "RECVSMSTOOLDATAGRAM",
+     "PhoneNumber, Msg",
+     &SMSTOOL_GATEWAY,
+     {.absent_before = 1}},
+    {"make_lintroniclocal_request",
+     "SENDLINTRONICDATAGRAM",
+     "SectionName, Device, Command,  Payload",
+     &LINTRONIC_GATEWAY,
+     {.acceptable = lintronic_lengths_are_right}},
+    {"make_tecnoutlocal_request", "SENDTECNOUTCOMMANDDATAGRAM",
+     "SectionName, UserCode, Command, Payload", &TECNOUT_GATEWAY},
+    // The get request is not served, although the exchange knows it.
+    {"make_vivaldilocal_request", "SENDVIVALDISETDATAGRAM",
      "SectionName, CentralNumber, RC20Number, RC20OnOff, RC20Volume, RC20High, RC20Low, "
-     "RC20Channel, RC20Cd, RC20Track, RC20Tuner are needed",
-     over_socket<vivaldigateway_local_request>},
+     "RC20Channel, RC20Cd, RC20Track, RC20Tuner",
+     &VIVALDI_GATEWAY},
+    {"make_bentellocal_request", "SENDBENTELCOMMANDDATAGRAM",
+     "SectionName, UserCode, Command, Payload", &BENTEL_GATEWAY},
+    {"make_tutondolocal_request", "SENDTUTONDOSETDATAGRAM",
+     "SectionName,  ZoneNumber, Command, Payload", &TUTONDO_GATEWAY},
+    {"make_tutondolocal_request", "SENDTUTONDOGETDATAGRAM",
+     "SectionName, ZoneNumber, Command, Payload", &TUTONDO_GATEWAY},
+    {"make_echobuslocal_request", "SENDECHOBUSDATAGRAM",
+     "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value", &ECHOBUS_GATEWAY},
+    // The message names the EIB builder, deliberately.
+    {"make_martinlocal_request",
+     "SENDLJMARTINDATAGRAM",
+     "SectionName, LJCommand, LJType, Payload",
+     &MARTIN_GATEWAY,
+     {.blamed = "make_eibuslocal_request"}},
+    {"make_ibslocal_request", "SENDIBSSETDATAGRAM",
+     "SectionName, DestinationDevice, DestinationChannel, DestinationType, DataType, Payload",
+     &IBS_GATEWAY},
+    {"make_bymelocal_request", "SENDBYMEGROUPVALUEREADDATAGRAM", "SectionName,  Destination",
+     &BYME_GATEWAY},
+    {"make_bymelocal_request", "SENDBYMEGROUPVALUEWRITEDATAGRAM",
+     "SectionName, Destination, DPT, Payload", &BYME_GATEWAY},
+    {"make_bymelocal_request", "SENDBYMEPROPERTYREADDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
+     &BYME_GATEWAY},
+    {"make_bymelocal_request",
+     "SENDBYMEPROPERTYWRITEDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
+     &BYME_GATEWAY,
+     {.unserved = true}},
+    {"make_bymelocal_request", "SENDBYMEFUNCTIONPROPERTYCOMMANDDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
+     &BYME_GATEWAY},
+    {"make_bymelocal_request", "SENDBYMEFUNCTIONPROPERTYSTATEREADDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
+     &BYME_GATEWAY},
+    {"make_bymelocal_request", "SENDBYMEOBJECTVALUEDATAGRAM",
+     "SectionName, Index, ObjectID, Payload", &BYME_GATEWAY},
 };
-constexpr request_builder VIVALDI_BUILDER = {"entering localclientutil->make_vivaldilocal_request",
-                                             "exiting localclientutil->make_vivaldilocal_request",
-                                             false, VIVALDI_ROWS};
 
-constexpr builder_row BENTEL_ROWS[] = {
-    {"SENDBENTELCOMMANDDATAGRAM", 4,
-     "localclientutil->make_bentellocal_request error too few or too much parameters, "
-     "SectionName, UserCode, Command, Payload are needed",
-     over_socket<bentelgateway_local_request>},
-};
-constexpr request_builder BENTEL_BUILDER = {"entering localclientutil->make_bentellocal_request",
-                                            "exiting localclientutil->make_bentellocal_request",
-                                            false, BENTEL_ROWS};
-
-constexpr builder_row TUTONDO_ROWS[] = {
-    {"SENDTUTONDOSETDATAGRAM", 4,
-     "localclientutil->make_tutondolocal_request error too few or too much parameters, "
-     "SectionName,  ZoneNumber, Command, Payload are needed",
-     over_socket<tutondogateway_local_request>},
-    {"SENDTUTONDOGETDATAGRAM", 4,
-     "localclientutil->make_tutondolocal_request error too few or too much parameters, "
-     "SectionName, ZoneNumber, Command, Payload are needed",
-     over_socket<tutondogateway_local_request>},
-};
-constexpr request_builder TUTONDO_BUILDER = {"entering localclientutil->make_tutondolocal_request",
-                                             "exiting localclientutil->make_tutondolocal_request",
-                                             false, TUTONDO_ROWS};
-
-constexpr builder_row ECHOBUS_ROWS[] = {
-    {"SENDECHOBUSDATAGRAM", 6,
-     "localclientutil->make_echobuslocal_request error too few or too much parameters, "
-     "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value are needed",
-     over_socket<echobusgateway_local_request>},
-};
-constexpr request_builder ECHOBUS_BUILDER = {"entering localclientutil->make_echobuslocal_request",
-                                             "exiting localclientutil->make_echobuslocal_request",
-                                             false, ECHOBUS_ROWS};
-
-// The message names the EIB builder, deliberately.
-constexpr builder_row MARTIN_ROWS[] = {
-    {"SENDLJMARTINDATAGRAM", 4,
-     "localclientutil->make_eibuslocal_request error too few or too much parameters, "
-     "SectionName, LJCommand, LJType, Payload are needed",
-     over_socket<martingateway_local_request>},
-};
-constexpr request_builder MARTIN_BUILDER = {"entering localclientutil->make_martinlocal_request",
-                                            "exiting localclientutil->make_martinlocal_request",
-                                            false, MARTIN_ROWS};
-
-constexpr builder_row IBS_ROWS[] = {
-    {"SENDIBSSETDATAGRAM", 6,
-     "localclientutil->make_ibslocal_request error too few or too much parameters, "
-     "SectionName, DestinationDevice, DestinationChannel, DestinationType, DataType, "
-     "Payload are needed",
-     over_socket<ibsgateway_request>},
-};
-constexpr request_builder IBS_BUILDER = {"entering localclientutil->make_ibslocal_request",
-                                         "exiting localclientutil->make_ibslocal_request", false,
-                                         IBS_ROWS};
-
-// The exiting mark names the TUTONDO builder, deliberately. A property write is counted like a read
-// and then refused.
-constexpr builder_row BYME_ROWS[] = {
-    {"SENDBYMEGROUPVALUEREADDATAGRAM", 2,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName,  Destination are needed",
-     over_socket<bymegateway_request>},
-    {"SENDBYMEGROUPVALUEWRITEDATAGRAM", 4,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Destination, DPT, Payload are needed",
-     over_socket<bymegateway_request>},
-    {"SENDBYMEPROPERTYREADDATAGRAM", 7,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, "
-     "ElementCount are needed",
-     over_socket<bymegateway_request>},
-    {"SENDBYMEPROPERTYWRITEDATAGRAM", 7,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, "
-     "ElementCount are needed",
-     nullptr},
-    {"SENDBYMEFUNCTIONPROPERTYCOMMANDDATAGRAM", 7,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload "
-     "are needed",
-     over_socket<bymegateway_request>},
-    {"SENDBYMEFUNCTIONPROPERTYSTATEREADDATAGRAM", 7,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload "
-     "are needed",
-     over_socket<bymegateway_request>},
-    {"SENDBYMEOBJECTVALUEDATAGRAM", 4,
-     "localclientutil->make_bymelocal_request error too few or too much parameters, "
-     "SectionName, Index, ObjectID, Payload are needed",
-     over_socket<bymegateway_request>},
-};
-constexpr request_builder BYME_BUILDER = {"entering localclientutil->make_bymelocal_request",
-                                          "exiting localclientutil->make_tutondolocal_request",
-                                          false, BYME_ROWS};
+/// The name in a builder's exiting mark. Two are deliberately not their own.
+consteval const char *exits_as(const char *builder) {
+    const std::string_view name = builder;
+    return name == "make_eibuslocal_request"  ? "make_local_request"
+           : name == "make_bymelocal_request" ? "make_tutondolocal_request"
+                                              : builder;
+}
 
 } // namespace
 
-int make_eibuslocal_request(const char *socket_path, const char *function, const char *parameters) {
-    return build_gateway_request(EIBUS_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
+#define DEFINE_LOCAL_BUILDER(NAME)                                                                 \
+    int NAME(const char *socket_path, const char *function, const char *parameters) {              \
+        static constexpr request_builder BUILDER = {"localclientutil", #NAME, exits_as(#NAME),     \
+                                                    false, rows_of(#NAME, ROWS)};                  \
+        return build_gateway_request(BUILDER, {socket_path, nullptr, 0}, function, parameters);    \
+    }
+LOCAL_BUILDERS(DEFINE_LOCAL_BUILDER)
 
-int make_smstoollocal_request(const char *socket_path, const char *function,
-                              const char *parameters) {
-    return build_gateway_request(SMSTOOL_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_lintroniclocal_request(const char *socket_path, const char *function,
-                                const char *parameters) {
-    return build_gateway_request(LINTRONIC_BUILDER, {socket_path, nullptr, 0}, function,
-                                 parameters);
-}
-
-int make_tecnoutlocal_request(const char *socket_path, const char *function,
-                              const char *parameters) {
-    return build_gateway_request(TECNOUT_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_vivaldilocal_request(const char *socket_path, const char *function,
-                              const char *parameters) {
-    return build_gateway_request(VIVALDI_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_bentellocal_request(const char *socket_path, const char *function,
-                             const char *parameters) {
-    return build_gateway_request(BENTEL_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_tutondolocal_request(const char *socket_path, const char *function,
-                              const char *parameters) {
-    return build_gateway_request(TUTONDO_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_echobuslocal_request(const char *socket_path, const char *function,
-                              const char *parameters) {
-    return build_gateway_request(ECHOBUS_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_martinlocal_request(const char *socket_path, const char *function,
-                             const char *parameters) {
-    return build_gateway_request(MARTIN_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_ibslocal_request(const char *socket_path, const char *function, const char *parameters) {
-    return build_gateway_request(IBS_BUILDER, {socket_path, nullptr, 0}, function, parameters);
-}
-
-int make_bymelocal_request(const char *socket_path, const char *function, const char *parameters) {
-    return build_gateway_request(BYME_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+std::span<const builder_row> local_builder_rows() {
+    return ROWS;
 }

@@ -3,42 +3,69 @@
 
 #pragma once
 
-#include <cstddef>
+#include "gateways/exchange_call.h"
+
 #include <span>
-#include <utility>
+#include <string_view>
 
-/// Where a request goes: a socket path, or an address and a port.
-struct request_target {
-    const char *socket_path;
-    const char *address;
-    int port;
-};
+struct gateway_profile;
 
-/// The exchange that takes the most values takes this many.
-constexpr std::size_t MOST_GATEWAY_VALUES = 11;
-
-/// Calls an exchange with values from an array of MOST_GATEWAY_VALUES entries.
-using exchange_call = int (*)(const request_target &target, const char *function,
-                              const char *const *values);
-
-/// A function that a builder serves.
-struct builder_row {
-    const char *function;
-    int count;                 ///< exact number of parameters
-    const char *count_message; ///< shown when the number differs
-    exchange_call exchange;    ///< null: counted, but not served
-    int absent_before = 0;     ///< values that the exchange takes before the first parameter
+/// What can make a function exceptional; the usual ones have none of it.
+struct builder_exceptions {
+    bool unserved = false;        ///< counted, and then refused all the same
+    int absent_before = 0;        ///< values that the exchange takes before the first parameter
+    const char *blamed = nullptr; ///< builder that the count message names instead
     /// Rejects parameters by their format after writing a message; null: any will do.
     bool (*acceptable)(char *const *parameters) = nullptr;
 };
 
-/// A builder: its trace marks and its rows in comparison order.
+/// The number of names in a list like "SectionName, Payload".
+constexpr int count_names(const char *names) {
+    int count = 1;
+    for (; *names != '\0'; names++) {
+        count += *names == ',' ? 1 : 0;
+    }
+    return count;
+}
+
+/// A function that a builder serves.
+struct builder_row {
+    const char *builder; ///< the builder's own name
+    const char *function;
+    const char *needed; ///< the parameters' names, as the count message lists them
+    const gateway_profile *gateway;
+    builder_exceptions exceptional = {};
+    int count = count_names(needed); ///< exact number of parameters
+};
+
+/// A builder: what its messages and marks name, and its rows in comparison order.
 struct request_builder {
-    const char *entering;
-    const char *exiting;
-    bool trailing_trace; ///< an empty mark follows both marks
+    const char *source; ///< source file
+    const char *name;
+    const char *exits_as; ///< the name in the exiting mark
+    bool trailing_trace;  ///< an empty mark follows both marks
     std::span<const builder_row> rows;
 };
+
+/// Declared, never defined: a compiler error that names it says that a builder has no row.
+void builder_has_no_row_in_the_table();
+
+/// The rows of one builder, which stand together in their table.
+consteval std::span<const builder_row> rows_of(std::string_view builder,
+                                               std::span<const builder_row> table) {
+    std::size_t first = 0;
+    while (first < table.size() && table[first].builder != builder) {
+        first++;
+    }
+    std::size_t end = first;
+    while (end < table.size() && table[end].builder == builder) {
+        end++;
+    }
+    if (first == end) {
+        builder_has_no_row_in_the_table();
+    }
+    return table.subspan(first, end - first);
+}
 
 /// Builds and carries one request.
 /// @param function function name; null is a function that is not served.
@@ -47,46 +74,3 @@ struct request_builder {
 ///         otherwise what the exchange returns.
 int build_gateway_request(const request_builder &builder, const request_target &target,
                           const char *function, const char *parameters);
-
-namespace spread {
-
-template <typename... Texts, std::size_t... Index>
-int local(int (*exchange)(const char *, const char *, Texts...), const request_target &target,
-          const char *function, const char *const *values, std::index_sequence<Index...> /*all*/) {
-    static_assert(sizeof...(Texts) <= MOST_GATEWAY_VALUES);
-    return exchange(target.socket_path, function, values[Index]...);
-}
-
-template <typename... Texts>
-int local(int (*exchange)(const char *, const char *, Texts...), const request_target &target,
-          const char *function, const char *const *values) {
-    return local(exchange, target, function, values, std::index_sequence_for<Texts...>{});
-}
-
-template <typename... Texts, std::size_t... Index>
-int internet(int (*exchange)(const char *, int, const char *, Texts...),
-             const request_target &target, const char *function, const char *const *values,
-             std::index_sequence<Index...> /*all*/) {
-    static_assert(sizeof...(Texts) <= MOST_GATEWAY_VALUES);
-    return exchange(target.address, target.port, function, values[Index]...);
-}
-
-template <typename... Texts>
-int internet(int (*exchange)(const char *, int, const char *, Texts...),
-             const request_target &target, const char *function, const char *const *values) {
-    return internet(exchange, target, function, values, std::index_sequence_for<Texts...>{});
-}
-
-} // namespace spread
-
-/// Adapts a local exchange function for a row: as many values as the function itself declares.
-template <auto Exchange>
-int over_socket(const request_target &target, const char *function, const char *const *values) {
-    return spread::local(Exchange, target, function, values);
-}
-
-/// Adapts an exchange function over TCP for a row.
-template <auto Exchange>
-int over_internet(const request_target &target, const char *function, const char *const *values) {
-    return spread::internet(Exchange, target, function, values);
-}

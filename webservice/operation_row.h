@@ -7,6 +7,7 @@
 #include "webservice/service_calls.h"
 
 #include <cstddef>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -47,7 +48,7 @@ bool arrange_in_list_order(const webservice_call &call, std::size_t argument_cou
 
 /// What can make an operation exceptional; the usual ones have none of it.
 struct exceptions {
-    const char *remote_count_message = nullptr; ///< shown instead for an endpoint elsewhere
+    const char *needed_elsewhere = nullptr; ///< shown instead for an endpoint elsewhere
     /// Fills the arguments; false: nothing is to be sent.
     bool (*arrange)(const webservice_call &call, std::size_t argument_count,
                     char **arguments) = arrange_in_list_order;
@@ -57,9 +58,9 @@ struct exceptions {
 
 /// Carries one call and returns the status; conclude() prints the lines in between.
 struct operation_row {
-    const char *name;          ///< the -f name
-    int count;                 ///< exact number of entries, or ANY_COUNT
-    const char *count_message; ///< null: the list is not read
+    const char *name;   ///< the -f name
+    int count;          ///< exact number of entries, or ANY_COUNT
+    const char *needed; ///< what the message about a wrong count asks for; null: no list is read
     response_group group;
     int (*carry)(const webservice_call &call, const operation_row &row);
     field_reader result;
@@ -109,7 +110,8 @@ void invoke(const webservice_call &call, char **arguments, response_of<Call> *re
 
 template <auto Call> int carry(const webservice_call &call, const operation_row &row) {
     constexpr std::size_t argument_count = traits<Call>::argument_count;
-    static_assert(argument_count <= MOST_ARGUMENTS);
+    static_assert(argument_count <= MOST_ARGUMENTS,
+                  "more fields than any operation before: raise MOST_ARGUMENTS");
     response_of<Call> response = {};
     char *arguments[MOST_ARGUMENTS] = {};
     const exceptions &exceptional = row.exceptional;
@@ -129,17 +131,18 @@ template <auto Member> consteval auto line(const char *text) {
     return typed_line<record>{{text, read_field<Member>}};
 }
 
-/// A row of an operation that takes entries. Entries and AbsentLast, the fields that go out absent
-/// before the wait time, must add up to what the operation takes.
-template <auto Call, response_group Group, int Entries, int AbsentLast = 0, typename... Responses>
-consteval operation_row takes(const char *name, const char *count_message,
-                              typed_line<Responses>... lines) {
-    static_assert(Entries + AbsentLast + 1 == static_cast<int>(traits<Call>::argument_count));
-    static_assert((std::is_same_v<Responses, response_of<Call>> && ...));
-    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0));
+template <auto Call, response_group Group, typename... Responses>
+consteval operation_row row(const char *name, int count, const char *needed,
+                            typed_line<Responses>... lines) {
+    static_assert((std::is_same_v<Responses, response_of<Call>> && ...),
+                  "a line reads a field of another operation's response");
+    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0),
+                  "SINGLE_RESULT goes with no lines, the other groups with at least one");
+    static_assert(sizeof...(lines) <= MOST_LINES,
+                  "more lines than any operation before: raise MOST_LINES");
     return {name,
-            Entries,
-            count_message,
+            count,
+            needed,
             Group,
             carry<Call>,
             result_reader<response_of<Call>>(),
@@ -147,15 +150,24 @@ consteval operation_row takes(const char *name, const char *count_message,
             {}};
 }
 
+/// A row of an operation that takes entries: one for each of its fields but the wait time, less
+/// AbsentLast, the fields before the wait time that always go out absent.
+template <auto Call, response_group Group, int AbsentLast = 0, typename... Responses>
+consteval operation_row takes(const char *name, const char *needed,
+                              typed_line<Responses>... lines) {
+    constexpr int entries = static_cast<int>(traits<Call>::argument_count) - 1 - AbsentLast;
+    static_assert(entries > 0, "an operation without entries is a row of takes_nothing");
+    return row<Call, Group>(name, entries, needed, lines...);
+}
+
 /// A row of an operation without entries: its list is not read.
 template <auto Call, response_group Group, typename... Responses>
 consteval operation_row takes_nothing(const char *name, typed_line<Responses>... lines) {
-    static_assert(traits<Call>::argument_count <= 1);
-    static_assert((std::is_same_v<Responses, response_of<Call>> && ...));
-    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0));
-    return {
-        name, 0, nullptr, Group, carry<Call>, result_reader<response_of<Call>>(), {lines.line...},
-        {}};
+    static_assert(traits<Call>::argument_count <= 1, "the operation has fields: use takes");
+    return row<Call, Group>(name, 0, nullptr, lines...);
 }
 
 } // namespace operation
+
+/// The rows of all operations, for whoever lists what can be asked.
+std::span<const operation_row> webservice_operations();

@@ -13,9 +13,6 @@
 
 namespace {
 
-#define COUNT_MESSAGE(NEEDED)                                                                      \
-    "soapcallsclientutil->make_webservice_request error too few or too much parameters, " NEEDED
-
 // ---------------------------------------------------------------------------------------------
 // The exceptional operations
 
@@ -65,12 +62,11 @@ consteval operation_row version_info_row() {
 }
 
 consteval operation_row run_on_element_row() {
-    operation_row row = takes<soap_call_ns__service_runonelement, SINGLE_RESULT, 7>(
-        "SERVICE_RUNONELEMENT",
-        COUNT_MESSAGE("idobject, operation, payload, optionals, hashcode are needed"));
+    operation_row row = takes<soap_call_ns__service_runonelement, SINGLE_RESULT>(
+        "SERVICE_RUNONELEMENT", "idobject, operation, payload, optionals, hashcode are needed");
     row.count = ANY_COUNT; // the seventh argument is not an entry but the call source
-    row.exceptional.remote_count_message =
-        COUNT_MESSAGE("sessionID, idobject, operation, payload, optionals, hashcode are needed");
+    row.exceptional.needed_elsewhere =
+        "sessionID, idobject, operation, payload, optionals, hashcode are needed";
     row.exceptional.arrange = arrange_run_on_element;
     return row;
 }
@@ -83,41 +79,37 @@ constexpr operation_row OPERATIONS[] = {
         "SERVICE_SYSTEMINFO",
         line<&ns__service_systeminfoResponse::systemcode>("[lumocmd] Software system code: ")),
     takes_nothing<soap_call_ns__service_test, SINGLE_RESULT>("SERVICE_TEST"),
-    takes<soap_call_ns__service_getelementstatus, RECORD_LINES, 2, 1>(
-        "SERVICE_GETELEMENTSTATUS",
-        COUNT_MESSAGE("sessionID, idobject, retrivefromdevice are needed"),
+    takes<soap_call_ns__service_getelementstatus, RECORD_LINES, 1>(
+        "SERVICE_GETELEMENTSTATUS", "sessionID, idobject, retrivefromdevice are needed",
         line<&ns__service_getelementstatusResponse::status>("[lumocmd] Status: "),
         line<&ns__service_getelementstatusResponse::currentvalue>("[lumocmd] Current Value: ")),
-    takes<soap_call_ns__service_getelementstatusarray, RECORD_LINES, 1, 1>(
-        "SERVICE_GETELEMENTSTATUSARRAY", COUNT_MESSAGE("sessionID, idobject is needed"),
+    takes<soap_call_ns__service_getelementstatusarray, RECORD_LINES, 1>(
+        "SERVICE_GETELEMENTSTATUSARRAY", "sessionID, idobject is needed",
         line<&ns__service_getelementstatusarrayResponse::currentstate>("[lumocmd] Current State: "),
         line<&ns__service_getelementstatusarrayResponse::currentvalues>(
             "[lumocmd] Current Values: ")),
     run_on_element_row(),
-    takes<soap_call_ns__service_installcrontab, SINGLE_RESULT, 2>(
-        "SERVICE_INSTALLCRONTAB", COUNT_MESSAGE("sessionID, newcrontabfile is needed")),
-    takes<soap_call_ns__service_elementhaschanged, TEXT_LINES, 3>(
-        "SERVICE_ELEMENTHASCHANGED", COUNT_MESSAGE("idobject, idcaller, currentvalue are needed"),
+    takes<soap_call_ns__service_installcrontab, SINGLE_RESULT>(
+        "SERVICE_INSTALLCRONTAB", "sessionID, newcrontabfile is needed"),
+    takes<soap_call_ns__service_elementhaschanged, TEXT_LINES>(
+        "SERVICE_ELEMENTHASCHANGED", "idobject, idcaller, currentvalue are needed",
         line<&ns__service_elementhaschangedResponse::currentvalue>("[lumocmd] Current Value: ")),
-    takes<soap_call_ns__service_swapondemand, SINGLE_RESULT, 2>(
-        "SERVICE_SWAPONDEMAND", COUNT_MESSAGE("sessionID, payload is needed")),
-    takes<soap_call_ns__service_uploadlumolfile, SINGLE_RESULT, 2>(
-        "SERVICE_UPLOADLUMOLFILE", COUNT_MESSAGE("sessionID, LumoLFile is needed")),
-    takes<soap_call_ns__service_objectcyclesavoidance, SINGLE_RESULT, 2>(
-        "SERVICE_OBJECTCYCLESAVOIDANCE",
-        COUNT_MESSAGE("IdObjectSource, IdObjectDestination are needed")),
-    takes<soap_call_ns__service_search4neighbours, RECORD_LINES, 2>(
-        "SERVICE_SEARCH4NEIGHBOURS", COUNT_MESSAGE("ipmcast, port are needed"),
+    takes<soap_call_ns__service_swapondemand, SINGLE_RESULT>("SERVICE_SWAPONDEMAND",
+                                                             "sessionID, payload is needed"),
+    takes<soap_call_ns__service_uploadlumolfile, SINGLE_RESULT>("SERVICE_UPLOADLUMOLFILE",
+                                                                "sessionID, LumoLFile is needed"),
+    takes<soap_call_ns__service_objectcyclesavoidance, SINGLE_RESULT>(
+        "SERVICE_OBJECTCYCLESAVOIDANCE", "IdObjectSource, IdObjectDestination are needed"),
+    takes<soap_call_ns__service_search4neighbours, RECORD_LINES>(
+        "SERVICE_SEARCH4NEIGHBOURS", "ipmcast, port are needed",
         line<&ns__service_search4neighboursResponse::neighbourlist>("[lumocmd] Neighbours List: ")),
-    takes<soap_call_ns__service_attach2neighbour, SINGLE_RESULT, 5>(
+    takes<soap_call_ns__service_attach2neighbour, SINGLE_RESULT>(
         "SERVICE_ATTACH2NEIGHBOUR",
-        COUNT_MESSAGE(
-            "remoteip, remoteport, neighbouruid, neighbourname, neighbouroptionals are needed")),
-    takes<soap_call_ns__service_detach2neighbour, SINGLE_RESULT, 3>(
-        "SERVICE_DETACH2NEIGHBOUR", COUNT_MESSAGE("remoteip, remoteport, neighbouruid are needed")),
-    takes<soap_call_ns__service_discover2neighbour, RECORD_LINES, 3>(
-        "SERVICE_DISCOVER2NEIGHBOUR",
-        COUNT_MESSAGE("remoteip, remoteport, neighbouruid are needed"),
+        "remoteip, remoteport, neighbouruid, neighbourname, neighbouroptionals are needed"),
+    takes<soap_call_ns__service_detach2neighbour, SINGLE_RESULT>(
+        "SERVICE_DETACH2NEIGHBOUR", "remoteip, remoteport, neighbouruid are needed"),
+    takes<soap_call_ns__service_discover2neighbour, RECORD_LINES>(
+        "SERVICE_DISCOVER2NEIGHBOUR", "remoteip, remoteport, neighbouruid are needed",
         line<&ns__service_discover2neighbourResponse::interfacesidlist>(
             "[lumocmd] Interfaces ID List: "),
         line<&ns__service_discover2neighbourResponse::interfacesnamelist>(
@@ -128,12 +120,11 @@ constexpr operation_row OPERATIONS[] = {
             "[lumocmd] Interfaces Value List: "),
         line<&ns__service_discover2neighbourResponse::interfacesaccessmodelist>(
             "[lumocmd] Interfaces AccessMode List: ")),
-    takes<soap_call_ns__service_openobjectchannel, SINGLE_RESULT, 6>(
+    takes<soap_call_ns__service_openobjectchannel, SINGLE_RESULT>(
         "SERVICE_OPENOBJECTCHANNEL",
-        COUNT_MESSAGE(
-            "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, idlocalinterface are needed")),
-    takes<soap_call_ns__service_abbmacreadtagdata, RECORD_LINES, 2>(
-        "SERVICE_ABBMACREADTAGDATA", COUNT_MESSAGE("sessionID, idtag-programmer is needed"),
+        "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, idlocalinterface are needed"),
+    takes<soap_call_ns__service_abbmacreadtagdata, RECORD_LINES>(
+        "SERVICE_ABBMACREADTAGDATA", "sessionID, idtag-programmer is needed",
         line<&ns__service_abbmacreadtagdataResponse::tagnumber>("[lumocmd] Tag Number: "),
         line<&ns__service_abbmacreadtagdataResponse::tagtype>("[lumocmd] Tag Type: "),
         line<&ns__service_abbmacreadtagdataResponse::tagtypeoptionals>(
@@ -145,42 +136,39 @@ constexpr operation_row OPERATIONS[] = {
         line<&ns__service_abbmacreadtagdataResponse::expiredatetime>(
             "[lumocmd] Tag ExpireDateTime: "),
         line<&ns__service_abbmacreadtagdataResponse::ispresent>("[lumocmd] Is present?: ")),
-    takes<soap_call_ns__service_databasesocketoperation, RECORD_LINES, 6>(
+    takes<soap_call_ns__service_databasesocketoperation, RECORD_LINES>(
         "SERVICE_DATABASESOCKETOPERATION",
-        COUNT_MESSAGE(
-            "client_address, sessionID, function, type, statement_len, statement are needed"),
+        "client_address, sessionID, function, type, statement_len, statement are needed",
         line<&ns__service_databasesocketoperationResponse::result_len>(
             "[lumocmd] Results Length: "),
         line<&ns__service_databasesocketoperationResponse::payload_len>(
             "[lumocmd] Payload Length: "),
         line<&ns__service_databasesocketoperationResponse::payload>("[lumocmd] Payload: ")),
-    takes<soap_call_ns__service_retrieveconfiguration, TEXT_LINES, 1>(
-        "SERVICE_RETRIEVECONFIGURATION", COUNT_MESSAGE("sessionID is needed"),
+    takes<soap_call_ns__service_retrieveconfiguration, TEXT_LINES>(
+        "SERVICE_RETRIEVECONFIGURATION", "sessionID is needed",
         line<&ns__service_retrieveconfigurationResponse::url>("[lumocmd] Url: ")),
-    takes<soap_call_ns__service_login, SINGLE_RESULT, 2>("SERVICE_LOGIN",
-                                                         COUNT_MESSAGE("user, pass are needed")),
-    takes<soap_call_ns__service_retrievemessages, RECORD_LINES, 5>(
-        "SERVICE_RETRIEVEMESSAGES", COUNT_MESSAGE("sessionID, type, count, from, to are needed"),
+    takes<soap_call_ns__service_login, SINGLE_RESULT>("SERVICE_LOGIN", "user, pass are needed"),
+    takes<soap_call_ns__service_retrievemessages, RECORD_LINES>(
+        "SERVICE_RETRIEVEMESSAGES", "sessionID, type, count, from, to are needed",
         line<&ns__service_retrievemessagesResponse::messagecount>("[lumocmd] MessageCount: "),
         line<&ns__service_retrievemessagesResponse::message>("[lumocmd] Message: ")),
-    takes<soap_call_ns__service_keltoclimateeventsettimeschedule, SINGLE_RESULT, 5>(
+    takes<soap_call_ns__service_keltoclimateeventsettimeschedule, SINGLE_RESULT>(
         "SERVICE_KELTOCLIMATEEVENTSETTIMESCHEDULE",
-        COUNT_MESSAGE("sessionID, id-object, mode, type, schedule are needed")),
-    takes<soap_call_ns__service_keltoclimateeventgettimeschedule, RECORD_LINES, 6>(
+        "sessionID, id-object, mode, type, schedule are needed"),
+    takes<soap_call_ns__service_keltoclimateeventgettimeschedule, RECORD_LINES>(
         "SERVICE_KELTOCLIMATEEVENTGETTIMESCHEDULE",
-        COUNT_MESSAGE("sessionID, id-object, mode, type, weekday, season are needed"),
+        "sessionID, id-object, mode, type, weekday, season are needed",
         line<&ns__service_keltoclimateeventgettimescheduleResponse::schedule>(
             "[lumocmd] Schedule: ")),
-    takes<soap_call_ns__service_keltosaigetusergrants, RECORD_LINES, 2>(
-        "SERVICE_KELTOSAIGETUSERGRANTS", COUNT_MESSAGE("sessionID, pin are needed"),
+    takes<soap_call_ns__service_keltosaigetusergrants, RECORD_LINES>(
+        "SERVICE_KELTOSAIGETUSERGRANTS", "sessionID, pin are needed",
         line<&ns__service_keltosaigetusergrantsResponse::partializationgrants>(
             "[lumocmd] PartializationGrants: ")),
-    takes<soap_call_ns__service_keltosaistopalarm, SINGLE_RESULT, 2>(
-        "SERVICE_KELTOSAISTOPALARM", COUNT_MESSAGE("sessionID, pin are needed")),
-    takes<soap_call_ns__service_multidatabasesocketoperation, RECORD_LINES, 7>(
+    takes<soap_call_ns__service_keltosaistopalarm, SINGLE_RESULT>("SERVICE_KELTOSAISTOPALARM",
+                                                                  "sessionID, pin are needed"),
+    takes<soap_call_ns__service_multidatabasesocketoperation, RECORD_LINES>(
         "SERVICE_MULTIDATABASESOCKETOPERATION",
-        COUNT_MESSAGE(
-            "client_address, sessionID, function, type, statement_len, statement, databaseport are needed"),
+        "client_address, sessionID, function, type, statement_len, statement, databaseport are needed",
         line<&ns__service_multidatabasesocketoperationResponse::result_len>(
             "[lumocmd] Results Length: "),
         line<&ns__service_multidatabasesocketoperationResponse::payload_len>(
@@ -192,16 +180,14 @@ constexpr operation_row OPERATIONS[] = {
         "SERVICE_RUNDAILYSCHEDULE"),
     takes_nothing<soap_call_ns__service_reloadalldailyschedule, SINGLE_RESULT>(
         "SERVICE_RELOADALLDAILYSCHEDULE"),
-    takes<soap_call_ns__service_reloaddailyschedule, SINGLE_RESULT, 1>(
-        "SERVICE_RELOADDAILYSCHEDULE", COUNT_MESSAGE("objectID is needed")),
+    takes<soap_call_ns__service_reloaddailyschedule, SINGLE_RESULT>("SERVICE_RELOADDAILYSCHEDULE",
+                                                                    "objectID is needed"),
     takes_nothing<soap_call_ns__service_logindatareload, SINGLE_RESULT>("SERVICE_LOGINDATARELOAD"),
-    takes<soap_call_ns__service_checklogged, SINGLE_RESULT, 2>(
-        "SERVICE_CHECKLOGGED", COUNT_MESSAGE("Username, SessionID are needed")),
-    takes<soap_call_ns__service_flushondemand, SINGLE_RESULT, 1>(
-        "SERVICE_FLUSHONDEMAND", COUNT_MESSAGE("payload is needed")),
+    takes<soap_call_ns__service_checklogged, SINGLE_RESULT>("SERVICE_CHECKLOGGED",
+                                                            "Username, SessionID are needed"),
+    takes<soap_call_ns__service_flushondemand, SINGLE_RESULT>("SERVICE_FLUSHONDEMAND",
+                                                              "payload is needed"),
 };
-static_assert(sizeof(OPERATIONS) / sizeof(OPERATIONS[0]) == 33);
-
 const operation_row *find_operation(const char *function) {
     for (const operation_row &row : OPERATIONS) {
         if (names_match(function, row.name)) {
@@ -213,16 +199,17 @@ const operation_row *find_operation(const char *function) {
 
 /// Splits the list for a row that reads it; false after a message when the count is wrong.
 bool take_entries(const operation_row &row, const char *parameters, webservice_call *call) {
-    if (row.count_message == nullptr) {
+    if (row.needed == nullptr) {
         return true;
     }
     const bool split = parse_parameters(parameters, &call->count, &call->entries) >= 0;
     if (split && (row.count == ANY_COUNT || row.count == call->count)) {
         return true;
     }
-    const char *remote_message = row.exceptional.remote_count_message;
-    const bool remote = remote_message != nullptr && !is_local_endpoint(call->url);
-    error("%s", remote ? remote_message : row.count_message);
+    const char *needed_elsewhere = row.exceptional.needed_elsewhere;
+    const bool is_elsewhere = needed_elsewhere != nullptr && !is_local_endpoint(call->url);
+    error("soapcallsclientutil->make_webservice_request error too few or too much parameters, %s",
+          is_elsewhere ? needed_elsewhere : row.needed);
     return false;
 }
 
@@ -248,6 +235,10 @@ void release_context(struct soap *context) {
 }
 
 } // namespace
+
+std::span<const operation_row> webservice_operations() {
+    return OPERATIONS;
+}
 
 int make_webservice_request(const char *url, const char *function, const char *parameters,
                             int waittime) {

@@ -1,4 +1,5 @@
-// The completions as the shells give them, and the table behind them against the real program.
+// The completions as the shells give them, and the table that they were filled with against the
+// real program.
 
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
@@ -219,7 +220,7 @@ std::vector<function_row> read_table() {
         std::istringstream fields(line);
         function_row row = {};
         std::string list;
-        if (line.starts_with("#") || !(fields >> row.type >> row.function >> list)) {
+        if (!(fields >> row.type >> row.function >> list)) {
             continue;
         }
         const std::string optional = "[sessionid|]";
@@ -381,7 +382,6 @@ TEST(CompletionTable, HasEveryServiceFunction) {
             listed.insert(row.function);
         }
     }
-    EXPECT_EQ(listed.size(), 33U);
     EXPECT_EQ(listed, service_functions());
 }
 

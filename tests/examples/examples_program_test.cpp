@@ -92,20 +92,20 @@ void run_examples(const std::vector<example> &examples) {
 
 TEST(Examples, OfTheReadme) {
     const auto examples = read_examples(PROJECT_DIRECTORY "/README.md", "```console", "```");
-    EXPECT_EQ(examples.size(), 11U);
+    EXPECT_FALSE(examples.empty());
     run_examples(examples);
 }
 
 TEST(Examples, OfTheManual) {
     const auto examples =
-        read_examples(PROJECT_DIRECTORY "/man/lumocmd.1", ".Bd -literal -offset indent", ".Ed");
-    EXPECT_EQ(examples.size(), 5U);
+        read_examples(LUMOCMD_MANUALS "/lumocmd.1", ".Bd -literal -offset indent", ".Ed");
+    EXPECT_FALSE(examples.empty());
     run_examples(examples);
 }
 
 /// The simulator's examples run until they are stopped.
 TEST(Examples, OfTheSimulatorsManual) {
-    std::istringstream lines(file_text(PROJECT_DIRECTORY "/man/lumosim.1"));
+    std::istringstream lines(file_text(LUMOCMD_MANUALS "/lumosim.1"));
     const std::string begin = ".Dl $ lumosim ";
     int examples = 0;
     for (std::string line; std::getline(lines, line);) {
@@ -124,7 +124,7 @@ TEST(Examples, OfTheSimulatorsManual) {
         EXPECT_EQ(end_program(simulator, SIGTERM), 0) << simulator.errors;
         examples++;
     }
-    EXPECT_EQ(examples, 2);
+    EXPECT_GT(examples, 0);
 }
 
 } // namespace
