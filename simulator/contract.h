@@ -4,7 +4,6 @@
 
 #include "home.h"
 
-#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -14,17 +13,15 @@
 #include <vector>
 
 inline constexpr std::string_view SERVICE_NAMESPACE = "urn:xmethods-lumows";
-inline constexpr std::size_t OPERATION_COUNT = 33;
-inline constexpr std::size_t MOST_CHILDREN = 9;
 
-/// Status numbers of the web service, 0 for success. They are written as LMWS-nnn.
+/// What an operation came to: 0, or an error number relative to the web service's base.
 enum ServiceStatus : int {
     SERVICE_DONE = 0,
-    SERVICE_MALFORMED = 402,     ///< an unknown, repeated or misplaced child
-    SERVICE_NO_SESSION = 403,    ///< the session is unknown or another user's
-    SERVICE_NOT_FOUND = 404,     ///< no such element, neighbour or schedule
-    SERVICE_REFUSED = 405,       ///< wrong user, password or PIN
-    SERVICE_FIELD_MISSING = 406, ///< a field that the operation cannot do without is absent
+    SERVICE_MALFORMED = 2,     ///< an unknown, repeated or misplaced child
+    SERVICE_NO_SESSION = 3,    ///< the session is unknown or another user's
+    SERVICE_NOT_FOUND = 4,     ///< no such element, neighbour or schedule
+    SERVICE_REFUSED = 5,       ///< wrong user, password or PIN
+    SERVICE_FIELD_MISSING = 6, ///< a field that the operation cannot do without is absent
 };
 
 enum class SessionRule {
@@ -49,21 +46,19 @@ using ResponseFields = std::map<std::string_view, std::string>;
 /// The field for a remark that belongs on the request line, and not into the answer.
 inline constexpr std::string_view REMARK = "(remark)";
 
-using ChildNames = std::array<std::string_view, MOST_CHILDREN>;
-
 struct Operation {
     std::string_view name;
-    ChildNames request;
-    ChildNames response;
+    std::string_view request;  ///< its children in wire order, a blank between them
+    std::string_view response; ///< likewise
     SessionRule session;
     std::string_view needed; ///< the request child that must be there and not empty, if any
     int (*run)(Home &home, const ServiceCall &call, ResponseFields &response);
 };
 
-extern const std::array<Operation, OPERATION_COUNT> OPERATIONS;
+extern const std::span<const Operation> OPERATIONS;
 
-/// The names that are used of a row.
-std::span<const std::string_view> used_names(const ChildNames &names);
+/// The names of a row's request or response children.
+std::vector<std::string_view> child_names(std::string_view children);
 
 /// The operation of this element name, null when there is none.
 const Operation *find_operation(std::string_view name);

@@ -1,5 +1,6 @@
-// The daemon table. Prefixes and digit counts are those of each daemon's own answers, which
-// differ from the names that a client prints for the same numbers.
+// The daemon table, and the requests that each gateway knows with their exact header lines: a new
+// gateway or function is rows here and nothing elsewhere. Prefixes and digit counts are those of
+// each daemon's own answers, which differ from the names that a client prints for the same numbers.
 #include "daemons.h"
 
 #include "fsmcore.h"
@@ -14,21 +15,56 @@ namespace {
 constexpr std::size_t LINE_LIMIT = std::size_t{64} * 1024;
 constexpr std::size_t HTTP_LIMIT = HTTP_BODY_LIMIT + std::size_t{64} * 1024;
 
-} // namespace
+constexpr HeaderLine EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
+constexpr HeaderLine SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
+constexpr HeaderLine SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
+constexpr HeaderLine LINTRONIC_LINES[] = {
+    {"SectionName"}, {"Device", "", 2}, {"Command", "", 3}, {"Payload"}};
+constexpr HeaderLine ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
+constexpr HeaderLine VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
+                                            {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
+                                            {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
+                                            {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
+constexpr HeaderLine VIVALDI_GET_LINES[] = {
+    {"SectionName"}, {"CentralNumber"}, {"Command", "2"}, {"RC20_Number"}};
+// The zone follows the command on the wire, whatever the order in which users name them.
+constexpr HeaderLine TUTONDO_SET_LINES[] = {
+    {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
+constexpr HeaderLine TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
+
+constexpr GatewayRequest EIB_REQUESTS[] = {{"SENDEIBUSSETDATAGRAM", EIB_LINES},
+                                           {"SENDEIBUSGETDATAGRAM", EIB_LINES}};
+constexpr GatewayRequest SMSTOOL_REQUESTS[] = {{"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
+                                               {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES}};
+constexpr GatewayRequest LINTRONIC_REQUESTS[] = {{"SENDLINTRONICDATAGRAM", LINTRONIC_LINES}};
+constexpr GatewayRequest TECNOUT_REQUESTS[] = {{"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES}};
+constexpr GatewayRequest VIVALDI_REQUESTS[] = {{"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
+                                               {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
+constexpr GatewayRequest BENTEL_REQUESTS[] = {{"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES}};
+constexpr GatewayRequest TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
+                                               {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
 
 // clang-format off
-const std::array<Daemon, DAEMON_COUNT> DAEMONS{{
-    {DaemonId::fsmcore, "fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, exchange_fsmcore},
-    {DaemonId::eib, "eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, exchange_gateway},
-    {DaemonId::smstool, "smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, exchange_gateway},
-    {DaemonId::lintronic, "lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, exchange_gateway},
-    {DaemonId::tecnout, "tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, exchange_gateway},
-    {DaemonId::vivaldi, "vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, exchange_gateway},
-    {DaemonId::bentel, "bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, exchange_gateway},
-    {DaemonId::tutondo, "tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, exchange_gateway},
-    {DaemonId::soap, "soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, exchange_http},
-}};
+constexpr Daemon ROWS[] = {
+    {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, exchange_fsmcore},
+    {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, exchange_gateway, EIB_REQUESTS},
+    {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, exchange_gateway, SMSTOOL_REQUESTS},
+    {"lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, exchange_gateway, LINTRONIC_REQUESTS},
+    {"tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, exchange_gateway, TECNOUT_REQUESTS},
+    {"vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, exchange_gateway, VIVALDI_REQUESTS},
+    {"bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, exchange_gateway, BENTEL_REQUESTS},
+    {"tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, exchange_gateway, TUTONDO_REQUESTS},
+    {"soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, exchange_http},
+};
 // clang-format on
+
+} // namespace
+
+constinit const std::span<const Daemon> DAEMONS = ROWS;
+
+std::size_t row_of(const Daemon &daemon) {
+    return static_cast<std::size_t>(&daemon - DAEMONS.data());
+}
 
 std::string format_status(const Daemon &daemon, int number) {
     const std::string digits = std::to_string(std::abs(number));
@@ -39,12 +75,13 @@ std::string format_status(const Daemon &daemon, int number) {
     return text += digits;
 }
 
-int choose_status(const Conversation &conversation, int proper) {
-    return conversation.behaviour.status.value_or(proper);
+int choose_status(const Conversation &conversation, int error) {
+    return conversation.behaviour.status.value_or(error == 0 ? 0
+                                                             : conversation.daemon.base + error);
 }
 
 const Daemon *find_daemon(std::string_view key) {
-    const auto *found = std::find_if(DAEMONS.begin(), DAEMONS.end(),
-                                     [key](const Daemon &daemon) { return daemon.key == key; });
-    return found == DAEMONS.end() ? nullptr : found;
+    const auto found = std::find_if(DAEMONS.begin(), DAEMONS.end(),
+                                    [key](const Daemon &daemon) { return daemon.key == key; });
+    return found == DAEMONS.end() ? nullptr : &*found;
 }

@@ -1,12 +1,12 @@
-// The nine simulated daemons as one table, the error numbers they share, and the records that
-// pass between the server and whatever reads a daemon's requests.
+// The simulated daemons as one table, the error numbers they share, and the records that pass
+// between the server and whatever reads a daemon's requests.
 #pragma once
 
 #include "connection.h"
 
-#include <array>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -20,23 +20,37 @@ struct Exchange {
     std::string answer;  ///< the bytes of the answer
 };
 
-enum class DaemonId { fsmcore, eib, smstool, lintronic, tecnout, vivaldi, bentel, tutondo, soap };
-
-/// One daemon. The order of the table is that of DaemonId and of the printed lists.
-struct Daemon {
-    DaemonId id;
-    std::string_view key;                 ///< its name in options
-    std::string_view label;               ///< its name in request lines
-    std::string_view socket_file;         ///< empty: it listens on the TCP port
-    std::string_view prefix;              ///< opens its status texts
-    int digits;                           ///< least number of digits in its status texts
-    int base;                             ///< added to an ErrorOffset
-    std::size_t limit;                    ///< most bytes of one request
-    Exchange (*exchange)(Conversation &); ///< reads one request and makes its answer
+/// One header line of a gateway's request: "Name: value". A gateway may fix the value, or its
+/// width in bytes.
+struct HeaderLine {
+    std::string_view name;
+    std::string_view fixed_value = {};
+    std::size_t width = 0;
 };
 
-inline constexpr std::size_t DAEMON_COUNT = 9;
-extern const std::array<Daemon, DAEMON_COUNT> DAEMONS;
+/// A request that a gateway knows, with the lines after the one that names it.
+struct GatewayRequest {
+    std::string_view function;
+    std::span<const HeaderLine> lines;
+};
+
+/// One daemon. The order of the table is that of the printed lists.
+struct Daemon {
+    std::string_view key;                          ///< its name in options
+    std::string_view label;                        ///< its name in request lines
+    std::string_view socket_file;                  ///< empty: it listens on the TCP port
+    std::string_view prefix;                       ///< opens its status texts
+    int digits;                                    ///< least number of digits in its status texts
+    int base;                                      ///< added to its error numbers
+    std::size_t limit;                             ///< most bytes of one request
+    Exchange (*exchange)(Conversation &);          ///< reads one request and makes its answer
+    std::span<const GatewayRequest> requests = {}; ///< those that a gateway knows
+};
+
+extern const std::span<const Daemon> DAEMONS;
+
+/// The place of a daemon of DAEMONS in it, for what is kept per daemon in the same order.
+std::size_t row_of(const Daemon &daemon);
 
 /// Error numbers, relative to a daemon's base. The offsets 5 to 7 are never answered: clients
 /// use those numbers of each block for their own connection failures.
@@ -67,8 +81,9 @@ struct Conversation {
 /// The status text of a number, such as EIBG-000.
 std::string format_status(const Daemon &daemon, int number);
 
-/// The number to answer: the proper one unless the daemon was told another.
-int choose_status(const Conversation &conversation, int proper);
+/// The number to answer: the proper one, which is 0 or the daemon's base and this error number,
+/// unless the daemon was told another.
+int choose_status(const Conversation &conversation, int error);
 
 /// The daemon with this option name, null when there is none.
 const Daemon *find_daemon(std::string_view key);

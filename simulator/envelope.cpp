@@ -114,7 +114,7 @@ std::string complain_about_field(pugi::xml_node field) {
 /// Fills the call's values from the children, which may be absent but neither unknown, repeated
 /// nor out of order.
 void read_fields(const std::vector<pugi::xml_node> &children, ServiceCall &call) {
-    const auto names = used_names(call.operation->request);
+    const auto names = child_names(call.operation->request);
     call.values.resize(names.size());
     auto expected = names.begin();
     for (const pugi::xml_node child : children) {
@@ -266,7 +266,7 @@ std::string write_response(const Operation &operation, const ResponseFields &fie
     body.append_attribute("SOAP-ENV:encodingStyle") = std::string(ENCODING_NAMESPACE).c_str();
     const std::string name = "ns:" + std::string(operation.name) + "Response";
     const pugi::xml_node response = body.append_child(name.c_str());
-    for (const std::string_view child : used_names(operation.response)) {
+    for (const std::string_view child : child_names(operation.response)) {
         const auto found = fields.find(child);
         append_text(response, std::string(child).c_str(),
                     found == fields.end() ? std::string() : found->second);

@@ -1,6 +1,6 @@
-// Gateway requests: which functions each gateway knows and the exact header lines of each. The
-// checker has no branch per gateway; a new function is a new row. Values are not interpreted,
-// apart from the widths and fixed contents that the tables state.
+// The checker of gateway requests. It has no branch per gateway: the functions and their lines are
+// those of the daemon's row. Values are not interpreted, apart from the widths and fixed contents
+// that the rows state.
 #include "gateway.h"
 
 #include "text.h"
@@ -10,50 +10,6 @@
 #include <vector>
 
 namespace {
-
-/// One header line: "Name: value". A gateway may fix the value, or its width in bytes.
-struct HeaderLine {
-    std::string_view name;
-    std::string_view fixed_value = {};
-    std::size_t width = 0;
-};
-
-struct GatewayRequest {
-    DaemonId gateway;
-    std::string_view function;
-    std::span<const HeaderLine> lines;
-};
-
-constexpr HeaderLine EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
-constexpr HeaderLine SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
-constexpr HeaderLine SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
-constexpr HeaderLine LINTRONIC_LINES[] = {
-    {"SectionName"}, {"Device", "", 2}, {"Command", "", 3}, {"Payload"}};
-constexpr HeaderLine ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
-constexpr HeaderLine VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
-                                            {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
-                                            {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
-                                            {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
-constexpr HeaderLine VIVALDI_GET_LINES[] = {
-    {"SectionName"}, {"CentralNumber"}, {"Command", "2"}, {"RC20_Number"}};
-// The zone follows the command on the wire, whatever the order in which users name them.
-constexpr HeaderLine TUTONDO_SET_LINES[] = {
-    {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
-constexpr HeaderLine TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
-
-constexpr GatewayRequest REQUESTS[] = {
-    {DaemonId::eib, "SENDEIBUSSETDATAGRAM", EIB_LINES},
-    {DaemonId::eib, "SENDEIBUSGETDATAGRAM", EIB_LINES},
-    {DaemonId::smstool, "SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
-    {DaemonId::smstool, "RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES},
-    {DaemonId::lintronic, "SENDLINTRONICDATAGRAM", LINTRONIC_LINES},
-    {DaemonId::tecnout, "SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES},
-    {DaemonId::vivaldi, "SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
-    {DaemonId::vivaldi, "SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES},
-    {DaemonId::bentel, "SENDBENTELCOMMANDDATAGRAM", ALARM_LINES},
-    {DaemonId::tutondo, "SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
-    {DaemonId::tutondo, "SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES},
-};
 
 constexpr std::string_view REQUEST_TAG = "Request: ";
 constexpr std::string_view REQUEST_END = "\n\n";
@@ -119,11 +75,11 @@ Verdict check_request(const Daemon &gateway, std::string_view received) {
         return refuse(ErrorOffset::malformed, "line 1 is not 'Request: ...'", show_value(received));
     }
     const std::string_view function = lines[0].substr(REQUEST_TAG.size());
-    const auto *row =
-        std::find_if(std::begin(REQUESTS), std::end(REQUESTS), [&](const GatewayRequest &request) {
-            return request.gateway == gateway.id && equal_ignoring_case(request.function, function);
-        });
-    if (row == std::end(REQUESTS)) {
+    const auto row = std::find_if(gateway.requests.begin(), gateway.requests.end(),
+                                  [function](const GatewayRequest &request) {
+                                      return equal_ignoring_case(request.function, function);
+                                  });
+    if (row == gateway.requests.end()) {
         return refuse(ErrorOffset::not_supported, "unknown request name", show_value(function));
     }
     Verdict verdict = check_lines(*row, lines);
@@ -156,9 +112,8 @@ Exchange exchange_gateway(Conversation &conversation) {
         verdict = refuse(arrival == Arrival::full ? ErrorOffset::too_long : ErrorOffset::malformed,
                          describe_arrival(arrival), show_value(connection.received));
     }
-    const int proper = verdict.offset == 0 ? 0 : conversation.daemon.base + verdict.offset;
     const std::string status =
-        format_status(conversation.daemon, choose_status(conversation, proper));
+        format_status(conversation.daemon, choose_status(conversation, verdict.offset));
     std::string outcome = status;
     if (!verdict.complaint.empty()) {
         outcome += " (" + verdict.complaint + ")";

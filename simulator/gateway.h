@@ -1,4 +1,4 @@
-// The text protocol that the seven field-bus gateways share: a request of named header lines
+// The text protocol that the field-bus gateways share: a request of named header lines
 // ended by an empty line, answered with one status line.
 #pragma once
 

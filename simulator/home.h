@@ -29,8 +29,11 @@ struct User {
     std::string_view session;
 };
 
-inline constexpr std::array<User, 2> USERS{
-    {{"demo", "demo", "DEMO-SESSION"}, {"admin", "admin", "ADMIN-SESSION"}}};
+inline constexpr std::array USERS{User{"demo", "demo", "DEMO-SESSION"},
+                                  User{"admin", "admin", "ADMIN-SESSION"}};
+
+/// The user whose session is open from the start.
+inline constexpr const User &FIRST_USER = USERS.front();
 
 /// The session that requests from the controller itself carry.
 inline constexpr std::string_view LOCAL_SESSION = "NO-SESSIONID";
@@ -45,7 +48,8 @@ struct Home {
     std::mutex lock;
     std::map<std::string, Element, std::less<>> elements{{"KITCHEN-THERMOSTAT", {"ON", "21.5"}},
                                                          {"LIVING-LAMP", {"OFF", "0"}}};
-    std::map<std::string, std::string, std::less<>> sessions{{"DEMO-SESSION", "demo"}};
+    std::map<std::string, std::string, std::less<>> sessions{
+        {std::string(FIRST_USER.session), std::string(FIRST_USER.name)}};
     std::map<std::string, Neighbour, std::less<>> neighbours; ///< by unique identifier
     std::map<std::string, std::string, std::less<>> schedules;
     std::deque<std::string> messages;

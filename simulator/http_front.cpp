@@ -110,9 +110,9 @@ void answer_fault(const Fault &fault, Exchange &exchange, httplib::Response &res
 void answer_call(const Conversation &conversation, const ServiceCall &call, Exchange &exchange,
                  httplib::Response &response) {
     ResponseFields fields;
-    const int proper = run_operation(conversation.home, call, fields);
-    const int number = choose_status(conversation, proper);
-    const std::string status = format_status(conversation.daemon, number);
+    const int error = run_operation(conversation.home, call, fields);
+    const std::string status =
+        format_status(conversation.daemon, choose_status(conversation, error));
     fields["result"] = fields["results"] = status;
     fields["result-len"] = std::to_string(status.size());
     exchange.request = describe_call(call);

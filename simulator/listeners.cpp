@@ -85,7 +85,7 @@ std::string clear_path(const std::string &path, const sockaddr_un &address) {
 /// refuses them.
 std::string start_listening(const Settings &settings, const Daemon &daemon, int descriptor,
                             const std::string &where) {
-    if (settings.behaviours[static_cast<std::size_t>(daemon.id)].refuse) {
+    if (settings.behaviours[row_of(daemon)].refuse) {
         return "";
     }
     return listen(descriptor, BACKLOG) == 0 ? "" : error_text("cannot listen on " + where);

@@ -33,7 +33,7 @@ int open_signals() {
 
 void announce(const Settings &settings, const Listeners &listeners) {
     for (const Listener &row : listeners.rows) {
-        const bool refuses = settings.behaviours[static_cast<std::size_t>(row.daemon->id)].refuse;
+        const bool refuses = settings.behaviours[row_of(*row.daemon)].refuse;
         print_line(std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") +
                    (row.path.empty() ? listeners.origin + SERVICE_PATH : row.path));
     }
@@ -64,7 +64,7 @@ int run(const Settings &settings) {
     Home home;
     home.origin = listeners.origin;
     for (const std::string &session : settings.sessions) {
-        home.sessions[session] = USERS[0].name;
+        home.sessions[session] = FIRST_USER.name;
     }
     announce(settings, listeners);
     if (!settings.ready_file.empty() && !write_ready_file(settings, listeners)) {

@@ -5,7 +5,7 @@
 #include "contract.h"
 
 /// Checks children, session and needed field, then runs the operation under the home's lock.
-/// Returns the status number; `response` holds the other children of a successful answer.
+/// Returns a ServiceStatus; `response` holds the other children of a successful answer.
 int run_operation(Home &home, const ServiceCall &call, ResponseFields &response);
 
 /// Accepts the request and remembers nothing.

@@ -14,13 +14,6 @@ namespace {
 
 constexpr int LONGEST_WAIT = 3600 * 1000;
 
-struct Option {
-    std::string_view name;
-    std::string_view argument; ///< empty: it takes none
-    std::string_view help;
-    std::string (*apply)(Settings &settings, const std::string &argument);
-};
-
 /// The two sides of DAEMON=TEXT.
 struct Told {
     Behaviour *behaviour; ///< null when there is no such daemon
@@ -33,7 +26,7 @@ Told split_told(Settings &settings, const std::string &argument) {
     if (daemon == nullptr) {
         return {nullptr, ""};
     }
-    return {&settings.behaviours[static_cast<std::size_t>(daemon->id)],
+    return {&settings.behaviours[row_of(*daemon)],
             equals == std::string::npos ? "" : argument.substr(equals + 1)};
 }
 
@@ -144,28 +137,43 @@ std::string set_version(Settings &settings, const std::string & /*argument*/) {
     return "";
 }
 
-constexpr std::array OPTIONS{
-    Option{"--directory", "DIR", "where the sockets are made [/tmp/lumosim]", set_directory},
-    Option{"--port", "N", "port of the web service, 0 for any free one [8080]", set_port},
-    Option{"--ready-file", "FILE", "written when everything listens, removed at the end",
-           set_ready_file},
-    Option{"--session", "ID", "opens one more session of the user demo", add_session},
-    Option{"--patience", "MS", "time that a client has for its request [30000]", set_patience},
-    Option{"--raw", "", "also prints the bytes of requests and answers", set_raw},
-    Option{"--answer", "DAEMON=STATUS", "answers this status number", set_answer},
-    Option{"--answer-raw", "DAEMON=TEXT", "answers these bytes, or those of a file: DAEMON=@FILE",
-           set_answer_raw},
-    Option{"--delay", "DAEMON=MS", "waits before the answer", set_delay},
-    Option{"--close", "DAEMON", "closes without an answer", set_close},
-    Option{"--refuse", "DAEMON", "refuses connections", set_refuse},
-    Option{"--help", "", "prints this text", set_help},
-    Option{"--version", "", "prints the version", set_version},
+std::string default_directory() {
+    return " [" + Settings().directory + "]";
+}
+
+std::string default_port() {
+    return " [" + std::to_string(Settings().port) + "]";
+}
+
+std::string default_patience() {
+    return " [" + std::to_string(Settings().patience) + "]";
+}
+
+std::string first_user() {
+    return " " + std::string(FIRST_USER.name);
+}
+
+constexpr Option ROWS[] = {
+    {"--directory", "DIR", "where the sockets are made", set_directory, default_directory},
+    {"--port", "N", "port of the web service, 0 for any free one", set_port, default_port},
+    {"--ready-file", "FILE", "written when everything listens, removed at the end", set_ready_file},
+    {"--session", "ID", "opens one more session of the user", add_session, first_user},
+    {"--patience", "MS", "time that a client has for its request", set_patience, default_patience},
+    {"--raw", "", "also prints the bytes of requests and answers", set_raw},
+    {"--answer", "DAEMON=STATUS", "answers this status number", set_answer},
+    {"--answer-raw", "DAEMON=TEXT", "answers these bytes, or those of a file: DAEMON=@FILE",
+     set_answer_raw},
+    {"--delay", "DAEMON=MS", "waits before the answer", set_delay},
+    {"--close", "DAEMON", "closes without an answer", set_close},
+    {"--refuse", "DAEMON", "refuses connections", set_refuse},
+    {"--help", "", "prints this text", set_help, nullptr, true},
+    {"--version", "", "prints the version", set_version, nullptr, true},
 };
 
 /// A daemon answers in one way only.
 std::string find_conflict(const Settings &settings) {
     for (const Daemon &daemon : DAEMONS) {
-        const Behaviour &told = settings.behaviours[static_cast<std::size_t>(daemon.id)];
+        const Behaviour &told = settings.behaviours[row_of(daemon)];
         const int ways = (told.status ? 1 : 0) + (told.raw ? 1 : 0) + (told.close ? 1 : 0) +
                          (told.refuse ? 1 : 0);
         if (ways > 1) {
@@ -178,12 +186,14 @@ std::string find_conflict(const Settings &settings) {
 
 } // namespace
 
+constinit const std::span<const Option> OPTIONS = ROWS;
+
 std::string read_options(const std::vector<std::string> &arguments, Settings &settings) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].find('=');
         const std::string name = arguments[i].substr(0, equals);
-        const auto *option = std::find_if(OPTIONS.begin(), OPTIONS.end(),
-                                          [&](const Option &row) { return row.name == name; });
+        const auto option = std::find_if(OPTIONS.begin(), OPTIONS.end(),
+                                         [&](const Option &row) { return row.name == name; });
         if (option == OPTIONS.end()) {
             return "unknown option '" + name + "'";
         }
@@ -218,7 +228,8 @@ std::string help_text() {
         std::string left = "  ";
         left.append(option.name).append(" ").append(option.argument);
         left.resize(std::max<std::size_t>(left.size() + 1, 30), ' ');
-        text += left + std::string(option.help) + "\n";
+        text.append(left).append(option.help);
+        text += option.help_end == nullptr ? "\n" : option.help_end() + "\n";
     }
     text += "\nDAEMON is one of:\n ";
     for (const Daemon &daemon : DAEMONS) {
@@ -231,6 +242,7 @@ std::string help_text() {
         text += "  " + std::string(user.name) + " (" + std::string(user.password) + ", " +
                 std::string(user.session) + ")\n";
     }
-    return text + "DEMO-SESSION is open from the start.\n"
-                  "\nExit status: 0 stopped by a signal, 1 cannot start, 2 wrong options.\n";
+    return text.append(FIRST_USER.session) +
+           " is open from the start.\n"
+           "\nExit status: 0 stopped by a signal, 1 cannot start, 2 wrong options.\n";
 }

@@ -1,10 +1,12 @@
-// The command line: one table of options, from which the help text is made too.
+// The command line: one table of options, from which the help text and the manual's lists of
+// options are made too.
 #pragma once
 
 #include "daemons.h"
 
-#include <array>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct Settings {
@@ -16,8 +18,20 @@ struct Settings {
     bool raw = false;
     bool help = false;
     bool version = false;
-    std::array<Behaviour, DAEMON_COUNT> behaviours; ///< in the order of DAEMONS
+    /// In the order of DAEMONS.
+    std::vector<Behaviour> behaviours = std::vector<Behaviour>(DAEMONS.size());
 };
+
+struct Option {
+    std::string_view name;
+    std::string_view argument; ///< empty: it takes none
+    std::string_view help;
+    std::string (*apply)(Settings &settings, const std::string &argument);
+    std::string (*help_end)() = nullptr; ///< closes the help with what is stated elsewhere
+    bool alone = false;                  ///< given to be told something, not to serve
+};
+
+extern const std::span<const Option> OPTIONS;
 
 /// Fills the settings from the arguments after the program name. Returns what is wrong with
 /// them, empty when nothing is.

@@ -66,7 +66,7 @@ void finish_exchange(const Settings &settings, Conversation &conversation, Excha
 
 void serve_connection(const Settings &settings, const Daemon &daemon, Home &home,
                       Connection connection) {
-    const Behaviour &told = settings.behaviours[static_cast<std::size_t>(daemon.id)];
+    const Behaviour &told = settings.behaviours[row_of(daemon)];
     Conversation conversation{daemon, told, connection, home};
     Exchange exchange = daemon.exchange(conversation);
     if (exchange.request.empty()) {
@@ -144,7 +144,7 @@ void serve(const Settings &settings, const Listeners &listeners, Home &home,
     std::vector<pollfd> watched{{signal_descriptor, POLLIN, 0}};
     for (const Listener &row : listeners.rows) {
         // A socket that only refuses would report an error for ever; poll skips negative ones.
-        const bool refuses = settings.behaviours[static_cast<std::size_t>(row.daemon->id)].refuse;
+        const bool refuses = settings.behaviours[row_of(*row.daemon)].refuse;
         watched.push_back({refuses ? -1 : row.descriptor, POLLIN, 0});
     }
     while (watched[0].revents == 0) {
