@@ -1,0 +1,175 @@
+// Fills the simulator's manual page: every @NAME@ of the template is replaced by what follows from
+// the tables. Run by the build, which stops when the page describes other options than there are.
+#include "home.h"
+#include "options.h"
+
+#include <cctype>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+/// An option as the page writes it: --delay DAEMON=MS is "Fl -delay Ar daemon Ns = Ns Ar ms".
+std::string option_macro(const Option &option) {
+    std::string macro = "Fl " + std::string(option.name.substr(1));
+    if (!option.argument.empty()) {
+        macro += " Ar ";
+        for (const char letter : option.argument) {
+            macro += letter == '=' ? std::string(" Ns = Ns Ar ")
+                                   : std::string(1, static_cast<char>(std::tolower(letter)));
+        }
+    }
+    return macro;
+}
+
+std::string synopsis() {
+    std::string serving;
+    std::string alone;
+    for (const Option &option : OPTIONS) {
+        if (option.alone) {
+            alone += (alone.empty() ? "\n.Nm\n." : " | ") + option_macro(option);
+        } else {
+            serving += (serving.empty() ? ".Op " : "\n.Op ") + option_macro(option);
+        }
+    }
+    return serving + alone;
+}
+
+using Cells = std::vector<std::string>;
+
+std::string table_line(const Cells &cells, const std::string &macro) {
+    std::string line;
+    for (const std::string &cell : cells) {
+        line.append(line.empty() ? "\n.It " : " Ta ").append(macro).append(cell);
+    }
+    return line;
+}
+
+/// A table below its headings; each column is as wide as its longest cell.
+std::string table(const Cells &headings, const std::vector<Cells> &rows) {
+    Cells widest = headings;
+    std::string lines = table_line(headings, "Em ");
+    for (const Cells &row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widest[i] = row[i].size() > widest[i].size() ? row[i] : widest[i];
+        }
+        lines += table_line(row, "");
+    }
+    std::string opening = ".Bl -column -offset indent";
+    for (const std::string &cell : widest) {
+        opening += " \"" + cell + "\"";
+    }
+    return opening + lines + "\n.El";
+}
+
+std::string daemons() {
+    std::vector<Cells> rows;
+    for (const Daemon &row : DAEMONS) {
+        rows.push_back({std::string(row.key),
+                        row.socket_file.empty() ? "TCP port" : std::string(row.socket_file),
+                        format_status(row, row.base)});
+    }
+    return table({"daemon", "socket", "errors"}, rows);
+}
+
+std::string users() {
+    std::vector<Cells> rows;
+    rows.reserve(USERS.size());
+    for (const User &user : USERS) {
+        rows.push_back(
+            {std::string(user.name), std::string(user.password), std::string(user.session)});
+    }
+    return table({"user", "password", "session"}, rows);
+}
+
+std::string elements() {
+    const Home home;
+    std::string list;
+    for (const auto &[name, element] : home.elements) {
+        const char *separator = name == home.elements.rbegin()->first ? " and " : ", ";
+        list += (list.empty() ? "" : separator) + name;
+    }
+    return list;
+}
+
+std::string first_user() {
+    return std::string(FIRST_USER.name);
+}
+
+std::string default_directory() {
+    return Settings().directory;
+}
+
+std::string default_port() {
+    return std::to_string(Settings().port);
+}
+
+std::string default_patience() {
+    return std::to_string(Settings().patience);
+}
+
+struct Filling {
+    const char *mark;
+    std::string (*text)();
+};
+
+constexpr Filling FILLINGS[] = {
+    {"@SYNOPSIS@", synopsis},
+    {"@DAEMONS@", daemons},
+    {"@USERS@", users},
+    {"@FIRST_USER@", first_user},
+    {"@ELEMENTS@", elements},
+    {"@DEFAULT_DIRECTORY@", default_directory},
+    {"@DEFAULT_PORT@", default_port},
+    {"@DEFAULT_PATIENCE@", default_patience},
+};
+
+/// What the options do is told at length by hand; that none is forgotten is seen to here.
+void compare_options(const std::string &page) {
+    std::string expected;
+    for (const Option &option : OPTIONS) {
+        expected += ".It " + option_macro(option) + "\n";
+    }
+    std::string described;
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);) {
+        described += line.starts_with(".It Fl ") ? line + "\n" : "";
+    }
+    if (described != expected) {
+        throw std::runtime_error("the page describes these options:\n" + described +
+                                 "it should describe these, in this order:\n" + expected);
+    }
+}
+
+std::string fill(std::string page) {
+    for (const Filling &filling : FILLINGS) {
+        const std::string mark = filling.mark;
+        const std::string text = filling.text();
+        std::size_t at = page.find(mark);
+        if (at == std::string::npos) {
+            throw std::runtime_error("the page has no place for " + mark);
+        }
+        for (; at != std::string::npos; at = page.find(mark, at + text.size())) {
+            page.replace(at, mark.size(), text);
+        }
+    }
+    return page;
+}
+
+} // namespace
+
+int main() {
+    try {
+        const std::string page = fill({std::istreambuf_iterator<char>(std::cin), {}});
+        compare_options(page);
+        std::cout << page << std::flush;
+        return std::cout ? 0 : 1;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "lumosim.1.in: %s\n", error.what());
+        return 1;
+    }
+}
