@@ -1,8 +1,8 @@
 // Starting and stopping: what is made, what is removed, and what is never touched.
+#include "daemon_rows.h"
 #include "simulator_process.h"
 #include "soap_client.h"
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -16,10 +16,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::array<const char *, 8> SOCKETS{
-    "fsmcore",        "eibgateway",     "smstoolgateway", "lintronicgateway",
-    "tecnoutgateway", "vivaldigateway", "bentelgateway",  "tutondogateway"};
 
 const std::string REQUEST = "Request: RECVSMSTOOLDATAGRAM\nFrom: a\nMsg: b\n\n";
 const std::string ANSWER = "Response Status: SMST-000\n";
@@ -50,11 +46,11 @@ TEST(Start, SaysWhereEachDaemonListens) {
     Simulator simulator;
     ASSERT_TRUE(simulator.ready);
     const std::string &out = simulator.program.out;
-    for (const char *name : SOCKETS) {
-        EXPECT_NE(out.find(" listens on " + socket_path(simulator.home.path, name) + "\n"),
-                  std::string::npos)
-            << out;
-        EXPECT_TRUE(fs::is_socket(socket_path(simulator.home.path, name)));
+    for (const DaemonRow &daemon : socket_daemons()) {
+        const std::string path = socket_path(simulator.home.path, std::string(daemon.socket));
+        const std::string line = std::string(daemon.label) + " listens on " + path + "\n";
+        EXPECT_NE(out.find(line), std::string::npos) << line << out;
+        EXPECT_TRUE(fs::is_socket(path)) << path;
     }
     const std::string url =
         "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows\n";

@@ -1,4 +1,5 @@
 // Daemons that were told not to answer properly.
+#include "daemon_rows.h"
 #include "simulator_process.h"
 #include "soap_client.h"
 
@@ -10,60 +11,34 @@
 
 namespace {
 
-/// A daemon's option name, its socket, a request that it knows, and its answer with number 42.
-struct DaemonCase {
-    const char *key;
-    const char *socket;
-    const char *request;
-    const char *answer_42;
-};
+/// The options that say the same of every daemon on a socket.
+std::vector<std::string> tell_daemons(const std::string &option, const std::string &argument) {
+    std::vector<std::string> options;
+    for (const DaemonRow &row : socket_daemons()) {
+        options.insert(options.end(), {option, std::string(row.key) + argument});
+    }
+    return options;
+}
 
-const DaemonCase DAEMONS[] = {
-    {"fsmcore", "fsmcore", "Request: f\nParameter Count: 0\nWaittime: 5\n\n",
-     "Response Status: FSMC-042\nParameter Count: 0\n"},
-    {"eib", "eibgateway",
-     "Request: SENDEIBUSSETDATAGRAM\nSectionName: a\nDestination: b\nEISType: c\nPayload: d\n\n",
-     "Response Status: EIBG-042\n"},
-    {"smstool", "smstoolgateway", "Request: RECVSMSTOOLDATAGRAM\nFrom: a\nMsg: b\n\n",
-     "Response Status: SMST-042\n"},
-    {"lintronic", "lintronicgateway",
-     "Request: SENDLINTRONICDATAGRAM\nSectionName: a\nDevice: 01\nCommand: 001\nPayload: d\n\n",
-     "Response Status: LINT-042\n"},
-    {"tecnout", "tecnoutgateway",
-     "Request: SENDTECNOUTCOMMANDDATAGRAM\nSectionName: a\nUserCode: b\nCommand: c\n"
-     "Payload: d\n\n",
-     "Response Status: TECG-0042\n"},
-    {"vivaldi", "vivaldigateway",
-     "Request: SENDVIVALDIGETDATAGRAM\nSectionName: a\nCentralNumber: b\nCommand: 2\n"
-     "RC20_Number: d\n\n",
-     "Response Status: VIVG-0042\n"},
-    {"bentel", "bentelgateway",
-     "Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: b\nCommand: c\nPayload: d\n\n",
-     "Response Status: BENG-0042\n"},
-    {"tutondo", "tutondogateway",
-     "Request: SENDTUTONDOGETDATAGRAM\nSectionName: a\nCommand: c\nZone_Number: z\n\n",
-     "Response Status: TUTG-0042\n"},
-};
+/// Sends a proper request to a daemon and returns its answer.
+std::string ask_properly(const Simulator &simulator, const DaemonRow &row) {
+    return ask_daemon(simulator.home.path, std::string(row.socket), proper_request(row));
+}
 
 const std::string SERVICE_TEST = "<ns:service-test></ns:service-test>";
 
 TEST(Misbehaviour, EveryDaemonAnswersAGivenStatus) {
-    std::vector<std::string> options;
-    for (const DaemonCase &row : DAEMONS) {
-        options.insert(options.end(), {"--answer", std::string(row.key) + "=42"});
-    }
-    Simulator simulator(options);
+    Simulator simulator(tell_daemons("--answer", "=42"));
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
-    for (const DaemonCase &row : DAEMONS) {
-        EXPECT_EQ(ask_daemon(simulator.home.path, row.socket, row.request), row.answer_42);
+    for (const DaemonRow &row : socket_daemons()) {
+        EXPECT_EQ(ask_properly(simulator, row), status_answer(row, 42));
     }
 }
 
 TEST(Misbehaviour, GivenStatusMayBeNegative) {
     Simulator simulator({"--answer=eib=-4"});
     ASSERT_TRUE(simulator.ready);
-    EXPECT_EQ(ask_daemon(simulator.home.path, "eibgateway", DAEMONS[1].request),
-              "Response Status: EIBG--004\n");
+    EXPECT_EQ(ask_properly(simulator, daemon_row("eib")), "Response Status: EIBG--004\n");
 }
 
 TEST(Misbehaviour, ServiceAnswersAGivenStatus) {
@@ -74,18 +49,13 @@ TEST(Misbehaviour, ServiceAnswersAGivenStatus) {
 }
 
 TEST(Misbehaviour, EveryDaemonAnswersRawBytes) {
-    std::vector<std::string> options;
-    for (const DaemonCase &row : DAEMONS) {
-        options.insert(options.end(),
-                       {"--answer-raw", std::string(row.key) + "=a\\n\\r\\t\\0\\\\\\\"\\xFFb=c"});
-    }
-    Simulator simulator(options);
+    Simulator simulator(tell_daemons("--answer-raw", "=a\\n\\r\\t\\0\\\\\\\"\\xFFb=c"));
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
     const std::string expected("a\n\r\t\0\\\"\xFF"
                                "b=c",
                                11);
-    for (const DaemonCase &row : DAEMONS) {
-        EXPECT_EQ(ask_daemon(simulator.home.path, row.socket, row.request), expected);
+    for (const DaemonRow &row : socket_daemons()) {
+        EXPECT_EQ(ask_properly(simulator, row), expected);
     }
 }
 
@@ -95,7 +65,7 @@ TEST(Misbehaviour, RawBytesComeFromAFile) {
     std::ofstream(directory.path + "/bytes") << bytes;
     Simulator simulator({"--answer-raw", "bentel=@" + directory.path + "/bytes"});
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
-    const std::string answer = ask_daemon(simulator.home.path, "bentelgateway", DAEMONS[6].request);
+    const std::string answer = ask_properly(simulator, daemon_row("bentel"));
     EXPECT_TRUE(answer == bytes) << answer.size();
 }
 
@@ -110,14 +80,12 @@ TEST(Misbehaviour, ServiceAnswersRawBytes) {
 }
 
 TEST(Misbehaviour, EveryDaemonClosesWithoutAnAnswer) {
-    std::vector<std::string> options{"--close", "soap"};
-    for (const DaemonCase &row : DAEMONS) {
-        options.insert(options.end(), {"--close", row.key});
-    }
+    std::vector<std::string> options = tell_daemons("--close", "");
+    options.insert(options.end(), {"--close", "soap"});
     Simulator simulator(options);
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
-    for (const DaemonCase &row : DAEMONS) {
-        EXPECT_EQ(ask_daemon(simulator.home.path, row.socket, row.request), "") << row.key;
+    for (const DaemonRow &row : socket_daemons()) {
+        EXPECT_EQ(ask_properly(simulator, row), "") << row.key;
     }
     EXPECT_EQ(post_message(simulator.port, wrap_request(SERVICE_TEST)).status, 0);
     EXPECT_TRUE(wait_for_output(simulator.program,
@@ -126,14 +94,12 @@ TEST(Misbehaviour, EveryDaemonClosesWithoutAnAnswer) {
 }
 
 TEST(Misbehaviour, EveryDaemonRefusesConnections) {
-    std::vector<std::string> options{"--refuse", "soap"};
-    for (const DaemonCase &row : DAEMONS) {
-        options.insert(options.end(), {"--refuse", row.key});
-    }
+    std::vector<std::string> options = tell_daemons("--refuse", "");
+    options.insert(options.end(), {"--refuse", "soap"});
     Simulator simulator(options);
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
-    for (const DaemonCase &row : DAEMONS) {
-        const int descriptor = connect_daemon(simulator.home.path, row.socket);
+    for (const DaemonRow &row : socket_daemons()) {
+        const int descriptor = connect_daemon(simulator.home.path, std::string(row.socket));
         EXPECT_LT(descriptor, 0) << row.key;
         EXPECT_EQ(errno, ECONNREFUSED) << row.key;
     }
@@ -147,8 +113,7 @@ TEST(Misbehaviour, DelayHoldsTheAnswerBack) {
     Simulator simulator({"--delay", "eib=300"});
     ASSERT_TRUE(simulator.ready);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(ask_daemon(simulator.home.path, "eibgateway", DAEMONS[1].request),
-              "Response Status: EIBG-000\n");
+    EXPECT_EQ(ask_properly(simulator, daemon_row("eib")), "Response Status: EIBG-000\n");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
 }
 
@@ -156,10 +121,9 @@ TEST(Misbehaviour, DelayOfOneDaemonHoldsUpNoOther) {
     Simulator simulator({"--raw", "--delay", "eib=3600000"});
     ASSERT_TRUE(simulator.ready);
     const int waiting = connect_daemon(simulator.home.path, "eibgateway");
-    ASSERT_TRUE(send_bytes(waiting, DAEMONS[1].request));
+    ASSERT_TRUE(send_bytes(waiting, proper_request(daemon_row("eib"))));
     ASSERT_TRUE(wait_for_output(simulator.program, "EIB <- ")) << simulator.program.out;
-    EXPECT_EQ(ask_daemon(simulator.home.path, "bentelgateway", DAEMONS[6].request),
-              "Response Status: BENG-0000\n");
+    EXPECT_EQ(ask_properly(simulator, daemon_row("bentel")), "Response Status: BENG-0000\n");
     EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
     EXPECT_EQ(read_all(waiting), "");
 }
@@ -167,8 +131,7 @@ TEST(Misbehaviour, DelayOfOneDaemonHoldsUpNoOther) {
 TEST(Misbehaviour, OthersAnswerProperly) {
     Simulator simulator({"--answer", "eib=7"});
     ASSERT_TRUE(simulator.ready);
-    EXPECT_EQ(ask_daemon(simulator.home.path, "smstoolgateway", DAEMONS[2].request),
-              "Response Status: SMST-000\n");
+    EXPECT_EQ(ask_properly(simulator, daemon_row("smstool")), "Response Status: SMST-000\n");
 }
 
 TEST(Trace, RawShowsBothDirections) {

@@ -1,5 +1,6 @@
 // Every operation of the web service: a proper request with its whole answer, the same request
 // with every child left out, and with its children turned round.
+#include "program_names.h"
 #include "simulator_process.h"
 #include "soap_client.h"
 
@@ -93,7 +94,6 @@ const OperationCase CASES[] = {
     {"service-checklogged", "username=demo sessionid=DEMO-SESSION waittime=0", "result=LMWS-000",
      "LMWS-403"},
 };
-static_assert(std::size(CASES) == 33);
 
 std::ostream &operator<<(std::ostream &out, const OperationCase &row) {
     return out << row.operation;
@@ -194,6 +194,14 @@ TEST_P(Operation, RefusesARepeatedChild) {
     children.push_back(children.empty() ? Child{"waittime", "0"} : children.back());
     EXPECT_EQ(call(write_children(children)),
               wrap_response(row.operation, write_refusal(row.response, "LMWS-402")));
+}
+
+TEST(Operations, AllHaveARow) {
+    std::set<std::string> rows;
+    for (const OperationCase &row : CASES) {
+        EXPECT_TRUE(rows.insert(row.operation).second) << row.operation << " has two rows";
+    }
+    EXPECT_EQ(differing_names(program_operations(), rows), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Operation, testing::ValuesIn(CASES), [](const auto &row) {

@@ -1,4 +1,5 @@
 // The command line: help, version, and errors that say what to do.
+#include "daemon_rows.h"
 #include "simulator_process.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +10,12 @@ TEST(Options, HelpNamesEveryOptionAndDaemon) {
     Program program({"--help"});
     EXPECT_EQ(end_program(program, 0), 0);
     EXPECT_EQ(program.errors, "");
-    for (const char *word :
-         {"Usage: lumosim", "--directory DIR", "--port N", "--ready-file FILE", "--session ID",
-          "--patience MS", "--raw", "--answer DAEMON=STATUS", "--answer-raw DAEMON=TEXT",
-          "--delay DAEMON=MS", "--close DAEMON", "--refuse DAEMON", "--help", "--version",
-          "fsmcore eib smstool lintronic tecnout vivaldi bentel tutondo soap", "DEMO-SESSION",
-          "ADMIN-SESSION"}) {
+    const std::string daemons = "\n  " + joined_keys(" ") + "\n";
+    for (const std::string &word : std::vector<std::string>{
+             "Usage: lumosim", "--directory DIR", "--port N", "--ready-file FILE", "--session ID",
+             "--patience MS", "--raw", "--answer DAEMON=STATUS", "--answer-raw DAEMON=TEXT",
+             "--delay DAEMON=MS", "--close DAEMON", "--refuse DAEMON", "--help", "--version",
+             daemons, "DEMO-SESSION", "ADMIN-SESSION"}) {
         EXPECT_NE(program.out.find(word), std::string::npos) << word << "\n" << program.out;
     }
 }
@@ -27,7 +28,7 @@ TEST(Options, Version) {
 
 struct WrongCase {
     std::vector<std::string> arguments;
-    const char *complaint;
+    std::string complaint;
 };
 
 const WrongCase WRONG[] = {
@@ -40,8 +41,7 @@ const WrongCase WRONG[] = {
     {{"--directory", ""}, "--directory '' needs the name of a directory"},
     {{"--raw=1"}, "--raw takes no argument"},
     {{"--answer", "ebi=1"},
-     "--answer 'ebi=1' names no daemon; write one of fsmcore, eib, smstool, lintronic, tecnout, "
-     "vivaldi, bentel, tutondo, soap"},
+     "--answer 'ebi=1' names no daemon; write one of " + joined_keys(", ") + "\n"},
     {{"--answer", "eib"}, "--answer 'eib' needs a number from -2147483647 to 2147483647"},
     {{"--answer-raw", "eib=\\q"}, "--answer-raw 'eib=\\q' has an escape other than"},
     {{"--answer-raw", "eib=\\x4"}, "--answer-raw 'eib=\\x4' has an escape other than"},
