@@ -1,6 +1,7 @@
 // The help: all of it, where it goes, and everything that leads to it.
 
 #include "tests/front/transcript.h"
+#include "tests/protocol/request_types.h"
 
 namespace {
 
@@ -14,11 +15,13 @@ Manuals and support are on the Lumotron web site.
 )";
 
 // clang-format off
-const char HELP[] = R"(Options:
+const char BEFORE_THE_TYPES[] = R"(Options:
    -v: verbose mode
        [ON , OFF]
    -t: request type
-       [SOAP, FSMCORE, EIBLOCAL, SMSTOOLLOCAL, LINTRONICLOCAL, TECNOUTLOCAL, VIVALDILOCAL, BENTELLOCAL, TUTONDOLOCAL]
+       [)";
+
+const char OWN_TYPES[] = R"(]
 
    SOAP              -u: url of Lumotron web service
                       [http://localhost/cgi-bin/lumows]
@@ -37,62 +40,55 @@ const char HELP[] = R"(Options:
    FSMCORE           -p: function parameters_list
                       ["it|depends|from|function|..."]
 
-   EIBLOCAL          -s: unix socket of Lumotron-EIBGateway service
-                      [lumo_eibgateway.socket]
-   EIBLOCAL          -f: request Lumotron-EIBGateway service function name
-                      [SENDEIBUSSETDATAGRAM, SENDEIBUSGETDATAGRAM]
-   EIBLOCAL          -p: function parameters_list
-                      ["SectionName|Destination|EISType|Payload"]
+)";
+// clang-format on
 
-   SMSTOOLLOCAL      -s: unix socket of Lumotron-SMSTOOLGateway service
-                      [lumo_smstoolgateway.socket]
-   SMSTOOLLOCAL      -f: request Lumotron-SMSTOOLGateway service function name
-                      [SENDSMSTOOLDATAGRAM]
-   SMSTOOLLOCAL      -p: function parameters_list
-                      ["SectionName|To|Message"]
+/// A line about one option of a gateway's type, and what may stand there.
+std::string option_lines(const protocol::gateway_row &row, const std::string &option,
+                         const std::string &choice) {
+    const std::size_t column = 18;
+    std::string keyword = std::string(row.name) + "LOCAL";
+    keyword.resize(column, ' ');
+    return "   " + keyword + row.help_gap + option + "\n                      [" + choice + "]\n";
+}
 
-   LINTRONICLOCAL    -s: unix socket of Lumotron-LINTRONICGateway service
-                      [lumo_lintronicgateway.socket]
-   LINTRONICLOCAL    -f: request Lumotron-LINTRONICGateway service function name
-                      [SENDLINTRONICRAWDATAGRAM]
-   LINTRONICLOCAL    -p: function parameters_list
-                      ["SectionName|Device|Command|Payload"]
+std::string gateway_lines(const protocol::gateway_row &row) {
+    const std::string service = std::string("Lumotron-") + row.daemon + " service";
+    return option_lines(row, "-s: unix socket of " + service, row.socket) +
+           option_lines(row, "-f: request " + service + " function name",
+                        advertised_functions(row)) +
+           option_lines(row, "-p: function parameters_list",
+                        std::string("\"") + row.advertised_list + "\"") +
+           "\n";
+}
 
-   TECNOUTLOCAL      -s: unix socket of Lumotron-TECNOUTGateway service
-                      [lumo_tecnoutgateway.socket]
-   TECNOUTLOCAL      -f: request Lumotron-TECNOUTGateway service function name
-                      [SENDTECNOUTCOMMANDDATAGRAM]
-   TECNOUTLOCAL      -p: function parameters_list
-                      ["SectionName|UserCode|Command|Payload"]
+std::string options() {
+    std::string types = "SOAP, FSMCORE";
+    std::string lines;
+    for (const protocol::gateway_row *row : protocol::GATEWAYS) {
+        if (is_reachable(*row)) {
+            types += std::string(", ") + row->name + "LOCAL";
+            lines += gateway_lines(*row);
+        }
+    }
+    return BEFORE_THE_TYPES + types + OWN_TYPES + lines + "   -h: displays help\n\n";
+}
 
-   VIVALDILOCAL      -s: unix socket of Lumotron-VIVALDIGateway service
-                      [lumo_vivaldigateway.socket]
-   VIVALDILOCAL      -f: request Lumotron-VIVALDIGateway service function name
-                      [SENDVIVALDISETDATAGRAM, SENDVIVALDIGETDATAGRAM]
-   VIVALDILOCAL      -p: function parameters_list
-                      ["SectionName|CentralNumber|RC20Number|RC20OnOff|RC20Volume..."]
-
-   BENTELLOCAL       -s: unix socket of Lumotron-BENTELGateway service
-                      [lumo_bentelgateway.socket]
-   BENTELLOCAL       -f: request Lumotron-BENTELGateway service function name
-                      [SENDBENTELCOMMANDDATAGRAM]
-   BENTELLOCAL       -p: function parameters_list
-                      ["SectionName|UserCode|Command|Payload"]
-
-   TUTONDOLOCAL       -s: unix socket of Lumotron-TUTONDOGateway service
+TEST(HelpProgram, GatewayLinesInFull) {
+    EXPECT_EQ(gateway_lines(protocol::TUTONDO),
+              R"(   TUTONDOLOCAL       -s: unix socket of Lumotron-TUTONDOGateway service
                       [lumo_tutondogateway.socket]
    TUTONDOLOCAL       -f: request Lumotron-TUTONDOGateway service function name
                       [SENDTUTONDOSETDATAGRAM, SENDTUTONDOGETDATAGRAM]
    TUTONDOLOCAL       -p: function parameters_list
                       ["SectionName|ZoneNumber|Command|Payload"]
 
-   -h: displays help
-
-)";
-// clang-format on
+)");
+}
 
 std::string whole_help() {
-    return BANNER + ("Usage: " + harness::lumocmd_path()) + " [-v] -t [options t-based]\n" + HELP;
+    return BANNER + ("Usage: " + harness::lumocmd_path()) + " [-v] -t [options t-based]\n" +
+           options();
 }
 
 struct help_case {
@@ -124,6 +120,13 @@ TEST(HelpProgram, EveryOptionMissesItsArgument) {
     }
 }
 
+TEST(HelpProgram, EveryUnsupportedTypeIsRefusedBefore) {
+    for (const protocol::request_type_row &row : protocol::request_types_that(
+             [](const protocol::request_type_row &each) { return each.need == nullptr; })) {
+        expect_help("-t " + row.keyword, "", {red(row.line)});
+    }
+}
+
 const help_case HELP_ROWS[] = {
     {"NoArguments", "", "", {}},
     {"QuestionMark", "-?", "", {}},
@@ -139,9 +142,6 @@ const help_case HELP_ROWS[] = {
     {"BeforeLaterFaults", "-? -d 80x -t NOSUCH extra", "", {}},
     {"BeforeTheExtraWordIsSeen", "extra -?", "", {}},
     {"UnsupportedEchobus", "-t ECHOBUSLOCAL", "", {red("ECHOBUS requests unsupported!")}},
-    {"UnsupportedMartin", "-t MARTININTERNET", "", {red("MARTIN requests unsupported!")}},
-    {"UnsupportedIbs", "-t IBSLOCAL", "", {red("IBS requests unsupported!")}},
-    {"UnsupportedByme", "-t BYMEINTERNET", "", {red("BYME requests unsupported!")}},
     {"UnsupportedWithEveryField",
      "-v ON -t ECHOBUSLOCAL -s S -f F -p P",
      "",

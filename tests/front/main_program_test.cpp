@@ -3,6 +3,7 @@
 
 #include "tests/front/transcript.h"
 #include "tests/harness/peer.h"
+#include "tests/protocol/request_types.h"
 
 #include <cerrno>
 #include <cstring>
@@ -105,49 +106,27 @@ TEST(MainProgram, SocketPathIsRelativeToTheWorkingDirectory) {
 
 // --- Dispatch
 
-// One parameter, where each of these wants more, names the client that was called.
+// One parameter too many names the client that was called.
+TEST(MainProgram, EveryGatewayTypeCallsItsClient) {
+    for (const protocol::gateway_row *gateway : protocol::GATEWAYS) {
+        if (protocol::is_reachable(*gateway)) {
+            const protocol::function_row &function = gateway->functions.front();
+            const std::string line = std::string("-t ") + gateway->name + "LOCAL -s S -f " +
+                                     function.name + " -p " +
+                                     protocol::list_of(protocol::count_of(function) + 1);
+            expect_transcript(line.c_str(),
+                              {red(protocol::count_message(*gateway, function)), plain("LMCM-505")},
+                              505);
+        }
+    }
+}
+
+// One of them, and what else main can do, spelt out.
 const transcript_case CLIENTS[] = {
     {"Eib",
      "-t EIBLOCAL -s S -f SENDEIBUSSETDATAGRAM -p a",
      {red("localclientutil->make_eibuslocal_request error too few or too much parameters, "
           "SectionName, Destination, EISType, Payload are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Smstool",
-     "-t SMSTOOLLOCAL -s S -f SENDSMSTOOLDATAGRAM -p a",
-     {red("localclientutil->make_smstoollocal_request error too few or too much parameters, "
-          "SectionName, PhoneNumber, Msg are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Lintronic",
-     "-t LINTRONICLOCAL -s S -f SENDLINTRONICDATAGRAM -p a",
-     {red("localclientutil->make_lintroniclocal_request error too few or too much parameters, "
-          "SectionName, Device, Command,  Payload are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Tecnout",
-     "-t TECNOUTLOCAL -s S -f SENDTECNOUTCOMMANDDATAGRAM -p a",
-     {red("localclientutil->make_tecnoutlocal_request error too few or too much parameters, "
-          "SectionName, UserCode, Command, Payload are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Vivaldi",
-     "-t VIVALDILOCAL -s S -f SENDVIVALDISETDATAGRAM -p a",
-     {red("localclientutil->make_vivaldilocal_request error too few or too much parameters, "
-          "SectionName, CentralNumber, RC20Number, RC20OnOff, RC20Volume, RC20High, RC20Low, "
-          "RC20Channel, RC20Cd, RC20Track, RC20Tuner are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Bentel",
-     "-t BENTELLOCAL -s S -f SENDBENTELCOMMANDDATAGRAM -p a",
-     {red("localclientutil->make_bentellocal_request error too few or too much parameters, "
-          "SectionName, UserCode, Command, Payload are needed"),
-      plain("LMCM-505")},
-     505},
-    {"Tutondo",
-     "-t TUTONDOLOCAL -s S -f SENDTUTONDOSETDATAGRAM -p a",
-     {red("localclientutil->make_tutondolocal_request error too few or too much parameters, "
-          "SectionName,  ZoneNumber, Command, Payload are needed"),
       plain("LMCM-505")},
      505},
     {"Fsmcore",
@@ -187,9 +166,9 @@ INSTANTIATE_TEST_SUITE_P(Table, Dispatch, testing::ValuesIn(CLIENTS),
                          [](const auto &row) { return row.param.name; });
 
 TEST(MainProgram, AbsentFunctionIsServedByNoClient) {
-    for (const char *type : {"FSMCORE", "EIBLOCAL", "SMSTOOLLOCAL", "LINTRONICLOCAL",
-                             "TECNOUTLOCAL", "VIVALDILOCAL", "BENTELLOCAL", "TUTONDOLOCAL"}) {
-        const std::string line = std::string("-t ") + type;
+    for (const protocol::request_type_row &row :
+         protocol::request_types_that([](const auto &each) { return each.carried; })) {
+        const std::string line = "-t " + row.keyword;
         expect_transcript((line + " -v maybe").c_str(), {plain("LMCM-503")}, 503);
         expect_transcript((line + " -s S -p a -t NOSUCH").c_str(), {plain("LMCM-503")}, 503);
     }

@@ -4,6 +4,7 @@
 #include "front/utility.h"
 #include "tests/front/saved_globals.h"
 #include "tests/front/transcript.h"
+#include "tests/protocol/request_types.h"
 
 #include <optional>
 #include <ostream>
@@ -112,30 +113,13 @@ INSTANTIATE_TEST_SUITE_P(Table, Parser, testing::ValuesIn(PARSED),
 using ParserTypes = FreshGlobals;
 
 TEST_F(ParserTypes, EveryKeywordHasItsCode) {
-    struct {
-        const char *keyword;
-        int type;
-    } const rows[] = {
-        {"SOAP", 100},           {"FSMCORE", 120},
-        {"EIBLOCAL", 101},       {"EIBINTERNET", 102},
-        {"ECHOBUSLOCAL", 200},   {"ECHOBUSINTERNET", 200},
-        {"MARTINLOCAL", 200},    {"MARTININTERNET", 200},
-        {"SMSTOOLLOCAL", 107},   {"SMSTOOLINTERNET", 108},
-        {"LINTRONICLOCAL", 109}, {"LINTRONICINTERNET", 110},
-        {"TECNOUTLOCAL", 111},   {"TECNOUTINTERNET", 112},
-        {"VIVALDILOCAL", 113},   {"VIVALDIINTERNET", 114},
-        {"BENTELLOCAL", 115},    {"BENTELINTERNET", 116},
-        {"IBSLOCAL", 200},       {"IBSINTERNET", 200},
-        {"TUTONDOLOCAL", 121},   {"TUTONDOINTERNET", 122},
-        {"BYMELOCAL", 200},      {"BYMEINTERNET", 200},
-    };
-    for (const auto &row : rows) {
+    for (const protocol::request_type_row &row : protocol::request_types()) {
         SCOPED_TRACE(row.keyword);
-        const std::string type = std::string("-t ") + row.keyword;
+        const std::string type = "-t " + row.keyword;
         harness::captured_output([&] {
-            EXPECT_EQ(parse(type + " -v maybe"), row.type);
-            if (row.type != 200) {
-                EXPECT_EQ(parse(type + " -s S -a A -d 1025 -u U -f F -p P"), row.type);
+            EXPECT_EQ(parse(type + " -v maybe"), row.code);
+            if (row.need != nullptr) {
+                EXPECT_EQ(parse(type + " -s S -a A -d 1025 -u U -f F -p P"), row.code);
             }
         });
     }

@@ -1,19 +1,14 @@
 // The request types: what selecting one says, what each requires, and the types without a client.
 
 #include "tests/front/transcript.h"
+#include "tests/protocol/request_types.h"
 
 #include <cctype>
 
 namespace {
 
 using namespace front_tests;
-
-std::string lower(std::string text) {
-    for (char &letter : text) {
-        letter = static_cast<char>(tolower(letter));
-    }
-    return text;
-}
+using namespace protocol;
 
 /// Every second letter in lower case.
 std::string mixed(std::string text) {
@@ -23,51 +18,27 @@ std::string mixed(std::string text) {
     return text;
 }
 
+bool is_supported(const request_type_row &row) {
+    return row.need != nullptr;
+}
+
+bool has_no_client(const request_type_row &row) {
+    return is_supported(row) && !row.carried;
+}
+
+constexpr auto KEYWORD_OF_ROW = [](const auto &row) { return row.param.keyword; };
+
 // --- Selecting a type
 
-struct keyword_case {
-    const char *keyword;
-    bool supported;
-    const char *line; ///< green when supported, red otherwise
-};
-
-const keyword_case KEYWORDS[] = {
-    {"SOAP", true, "[lumocmd] Soap request selected"},
-    {"FSMCORE", true, "[lumocmd] FSMCore local request selected"},
-    {"EIBLOCAL", true, "[lumocmd] EIB Local request selected"},
-    {"EIBINTERNET", true, "[lumocmd] EIB Internet request selected"},
-    {"ECHOBUSLOCAL", false, "ECHOBUS requests unsupported!"},
-    {"ECHOBUSINTERNET", false, "ECHOBUS requests unsupported!"},
-    {"MARTINLOCAL", false, "MARTIN requests unsupported!"},
-    {"MARTININTERNET", false, "MARTIN requests unsupported!"},
-    {"SMSTOOLLOCAL", true, "[lumocmd] SMSTOOL Local request selected"},
-    {"SMSTOOLINTERNET", true, "[lumocmd] SMSTOOL Internet request selected"},
-    {"LINTRONICLOCAL", true, "[lumocmd] LINTRONIC Local request selected"},
-    {"LINTRONICINTERNET", true, "[lumocmd] LINTRONIC Internet request selected"},
-    {"TECNOUTLOCAL", true, "[lumocmd] TECNOUT Local request selected"},
-    {"TECNOUTINTERNET", true, "[lumocmd] TECNOUT Internet request selected"},
-    {"VIVALDILOCAL", true, "[lumocmd] VIVALDI Local request selected"},
-    {"VIVALDIINTERNET", true, "[lumocmd] VIVALDI Internet request selected"},
-    {"BENTELLOCAL", true, "[lumocmd] BENTEL Local request selected"},
-    {"BENTELINTERNET", true, "[lumocmd] BENTEL Internet request selected"},
-    {"IBSLOCAL", false, "IBS requests unsupported!"},
-    {"IBSINTERNET", false, "IBS requests unsupported!"},
-    {"TUTONDOLOCAL", true, "[lumocmd] TUTONDO Local request selected"},
-    {"TUTONDOINTERNET", true, "[lumocmd] TUTONDO Internet request selected"},
-    {"BYMELOCAL", false, "BYME requests unsupported!"},
-    {"BYMEINTERNET", false, "BYME requests unsupported!"},
-};
-
-class Keywords : public testing::TestWithParam<keyword_case> {};
+class Keywords : public testing::TestWithParam<request_type_row> {};
 
 // The extra word ends every run in the parser.
 TEST_P(Keywords, AreReadInAnyCase) {
-    const keyword_case &row = GetParam();
-    const std::string keyword = row.keyword;
-    for (const std::string &spelling : {keyword, lower(keyword), mixed(keyword)}) {
+    const request_type_row &row = GetParam();
+    for (const std::string &spelling : {row.keyword, lower(row.keyword), mixed(row.keyword)}) {
         const std::string quiet = "-t " + spelling + " extra";
         const std::string loud = "-v ON " + quiet;
-        if (row.supported) {
+        if (is_supported(row)) {
             expect_transcript(quiet.c_str(), {red(MALFORMED)}, 505);
             expect_transcript(loud.c_str(), {green(row.line), tagged_red(MALFORMED)}, 505);
         } else {
@@ -77,120 +48,60 @@ TEST_P(Keywords, AreReadInAnyCase) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Keywords, testing::ValuesIn(KEYWORDS),
-                         [](const auto &row) { return row.param.keyword; });
+INSTANTIATE_TEST_SUITE_P(Rows, Keywords, testing::ValuesIn(request_types()), KEYWORD_OF_ROW);
 
 // --- Required fields
 
-struct required_case {
-    const char *keyword;
-    std::vector<const char *> required;
-    std::vector<const char *> idle; ///< options that this type neither needs nor minds
-    const char *message;
-};
-
-const std::vector<const char *> LOCAL = {"-s S", "-f F", "-p P"};
-const std::vector<const char *> LOCAL_IDLE = {"-a A", "-d 2000", "-u U", "-w 5"};
-const std::vector<const char *> INTERNET = {"-a A", "-d 2000", "-f F", "-p P"};
-const std::vector<const char *> INTERNET_IDLE = {"-s S", "-u U", "-w 5"};
-
-const required_case REQUIRED[] = {
-    {"SOAP",
-     {"-u U", "-f F"},
-     {"-s S", "-a A", "-d 2000", "-p P", "-w 5"},
-     "utility->parse_cmd_line malformed request: url and function paremeters required for SOAP"},
-    {"FSMCORE", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for FSMCORE"},
-    {"EIBLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for EIBLOCAL"},
-    {"SMSTOOLLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for SMSTOOLLOCAL"},
-    {"LINTRONICLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for LINTRONICLOCAL"},
-    {"TECNOUTLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for TECNOUTLOCAL"},
-    {"VIVALDILOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for VIVALDILOCAL"},
-    {"BENTELLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for BENTELLOCAL"},
-    {"TUTONDOLOCAL", LOCAL, LOCAL_IDLE,
-     "utility->parse_cmd_line malformed request: socket, function and request paremeters required "
-     "for TUTONDOLOCAL"},
-    {"EIBINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for EIBINTERNET"},
-    {"SMSTOOLINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for SMSTOOLINTERNET"},
-    {"LINTRONICINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for LINTRONICINTERNET"},
-    {"TECNOUTINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for TECNOUTINTERNET"},
-    {"VIVALDIINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for VIVALDIINTERNET"},
-    {"BENTELINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for BENTELINTERNET"},
-    {"TUTONDOINTERNET", INTERNET, INTERNET_IDLE,
-     "utility->parse_cmd_line malformed request: address, port, function and request paremeters "
-     "required for TUTONDOINTERNET"},
-};
-
-class RequiredFields : public testing::TestWithParam<required_case> {};
+class RequiredFields : public testing::TestWithParam<request_type_row> {};
 
 TEST_P(RequiredFields, EachIsMissedByItself) {
-    const required_case &row = GetParam();
-    const std::string selected = std::string("-t ") + row.keyword;
-    expect_transcript(selected.c_str(), {red(row.message)}, 505);
-    for (const char *missing : row.required) {
+    const request_type_row &row = GetParam();
+    const std::string selected = "-t " + row.keyword;
+    expect_transcript(selected.c_str(), {red(need_message(row))}, 505);
+    for (const std::string &missing : row.need->required) {
         std::string line = selected;
-        for (const char *given : row.required) {
-            line += given == missing ? std::string() : std::string(" ") + given;
+        for (const std::string &given : row.need->required) {
+            line += given == missing ? "" : " " + given;
         }
-        expect_transcript(line.c_str(), {red(row.message)}, 505);
-        for (const char *idle : row.idle) {
-            line += std::string(" ") + idle;
+        expect_transcript(line.c_str(), {red(need_message(row))}, 505);
+        for (const std::string &idle : row.need->idle) {
+            line += " " + idle;
         }
-        expect_transcript(line.c_str(), {red(row.message)}, 505);
+        expect_transcript(line.c_str(), {red(need_message(row))}, 505);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, RequiredFields, testing::ValuesIn(REQUIRED),
-                         [](const auto &row) { return row.param.keyword; });
+INSTANTIATE_TEST_SUITE_P(Rows, RequiredFields, testing::ValuesIn(request_types_that(is_supported)),
+                         KEYWORD_OF_ROW);
+
+/// One message per set of fields, spelt out.
+const transcript_case SPELT_MESSAGES[] = {
+    {"Url", "-t SOAP", {red(SOAP_INCOMPLETE)}, 505},
+    {"Socket",
+     "-t TUTONDOLOCAL",
+     {red("utility->parse_cmd_line malformed request: socket, function and request paremeters "
+          "required for TUTONDOLOCAL")},
+     505},
+    {"Address",
+     "-t TUTONDOINTERNET",
+     {red("utility->parse_cmd_line malformed request: address, port, function and request "
+          "paremeters required for TUTONDOINTERNET")},
+     505},
+};
+
+TEST(RequiredFieldsRules, MessagesInFull) {
+    for (const transcript_case &row : SPELT_MESSAGES) {
+        expect_transcript(row.line, row.output, row.status);
+    }
+}
 
 // --- Internet types: checked in full, carried by no client
 
-struct internet_case {
-    const char *name;
-    const char *keyword;
-    const char *line; ///< green
-};
-
-const internet_case INTERNET_TYPES[] = {
-    {"Eib", "EIBINTERNET", "[lumocmd] EIB Internet request selected"},
-    {"Smstool", "SMSTOOLINTERNET", "[lumocmd] SMSTOOL Internet request selected"},
-    {"Lintronic", "LINTRONICINTERNET", "[lumocmd] LINTRONIC Internet request selected"},
-    {"Tecnout", "TECNOUTINTERNET", "[lumocmd] TECNOUT Internet request selected"},
-    {"Vivaldi", "VIVALDIINTERNET", "[lumocmd] VIVALDI Internet request selected"},
-    {"Bentel", "BENTELINTERNET", "[lumocmd] BENTEL Internet request selected"},
-    {"Tutondo", "TUTONDOINTERNET", "[lumocmd] TUTONDO Internet request selected"},
-};
-
-class InternetTypes : public testing::TestWithParam<internet_case> {};
+class InternetTypes : public testing::TestWithParam<request_type_row> {};
 
 TEST_P(InternetTypes, AreUnimplemented) {
-    const internet_case &row = GetParam();
-    const std::string line = std::string("-t ") + row.keyword + " -a 10.0.0.1 -d 2000 -f X -p a";
+    const request_type_row &row = GetParam();
+    const std::string line = "-t " + row.keyword + " -a 10.0.0.1 -d 2000 -f X -p a";
     expect_transcript(line.c_str(), {red(UNIMPLEMENTED), plain("LMCM-507")}, 507);
     expect_transcript(
         ("-v ON " + line).c_str(),
@@ -199,11 +110,11 @@ TEST_P(InternetTypes, AreUnimplemented) {
          green("[lumocmd] Parameters selected: a"), tagged_red(UNIMPLEMENTED), plain("LMCM-507")},
         507);
     // A field counts as given when its option was, whatever its text.
-    const std::string empty = std::string("-a '' -d 1025 -f '' -p '' -t ") + row.keyword;
+    const std::string empty = "-a '' -d 1025 -f '' -p '' -t " + row.keyword;
     expect_transcript(empty.c_str(), {red(UNIMPLEMENTED), plain("LMCM-507")}, 507);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, InternetTypes, testing::ValuesIn(INTERNET_TYPES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, InternetTypes, testing::ValuesIn(request_types_that(has_no_client)),
+                         KEYWORD_OF_ROW);
 
 } // namespace

@@ -1,16 +1,18 @@
 // The request builders: which functions they serve, what they refuse before any connection, and
 // what they make the exchanges send.
 
-#include "tests/gateways/builders.h"
 #include "tests/harness/console.h"
 #include "tests/harness/watched_client.h"
+#include "tests/protocol/gateways.h"
 
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 
 namespace {
 
 using namespace harness;
+using namespace protocol;
 
 /// What a call wrote, returned and connected.
 struct outcome {
@@ -19,118 +21,136 @@ struct outcome {
     int connects;
 };
 
-outcome build(builder_call builder, const char *function, const char *parameters) {
+outcome build_in_vain(const gateway_row &gateway, const char *function, const char *parameters) {
     const deserted_point point;
     watched_client client;
     outcome result = {};
-    result.output = captured_output(
-        [&] { result.status = builder(point.path.c_str(), point.port, function, parameters); });
+    result.output =
+        captured_output([&] { result.status = build(gateway, point, function, parameters); });
     result.connects = client.connects;
     return result;
 }
 
-/// A list of that many items.
-std::string list_of(int count) {
-    std::string list;
-    for (int i = 0; i < count; i++) {
-        list += i == 0 ? "p" : "|p";
-    }
-    return list;
+bool is_sent(const gateway_row & /*gateway*/, const function_row &function) {
+    return function.built == builder_answer::SENDS;
 }
 
-class Builder : public testing::TestWithParam<builder_row_wanted> {};
+bool is_counted(const gateway_row & /*gateway*/, const function_row &function) {
+    return function.built != builder_answer::REFUSES;
+}
 
-TEST_P(Builder, SendsItsRequestAndReturnsTheAnswer) {
-    const builder_row_wanted &row = GetParam();
-    if (row.lines == nullptr) {
-        const outcome got = build(row.build, row.function, row.parameters);
-        EXPECT_EQ(got.output, "");
-        EXPECT_EQ(got.status, 503);
-        EXPECT_EQ(got.connects, 0);
-        return;
-    }
-    std::string lower_case = row.function;
-    for (char &c : lower_case) {
-        c = static_cast<char>(c - 'A' + 'a');
-    }
-    for (const std::string &function : {std::string(row.function), lower_case}) {
-        const meeting_point point(row.where,
-                                  {expect("Request: " + function + "\n" + row.lines),
-                                   reply(std::string("Response Status: ") + row.prefix + "42\n")});
+bool is_only_counted(const gateway_row &gateway, const function_row &function) {
+    return is_counted(gateway, function) && !is_sent(gateway, function);
+}
+
+constexpr auto NAME_OF_FUNCTION = [](const auto &row) { return name_of(row.param); };
+
+class SentFunction : public testing::TestWithParam<function_case> {};
+
+TEST_P(SentFunction, SendsItsRequestAndReturnsTheAnswer) {
+    const auto &[gateway, row] = GetParam();
+    for (const std::string &function : {std::string(row->name), lower(row->name)}) {
+        const meeting_point point(
+            gateway->where, {expect(sample_request(*row, function)),
+                             reply(std::string("Response Status: ") + gateway->prefix + "42\n")});
         int status = 0;
-        EXPECT_EQ(captured_output([&] {
-                      status = row.build(point.path.c_str(), point.port, function.c_str(),
-                                         row.parameters);
-                  }),
+        EXPECT_EQ(captured_output(
+                      [&] { status = build(*gateway, point, function.c_str(), row->sample); }),
                   "");
         EXPECT_EQ(status, 42);
         EXPECT_EQ(point.daemon->finish(), "");
     }
 }
 
-TEST_P(Builder, InsistsOnItsCount) {
-    const builder_row_wanted &row = GetParam();
-    const std::string too_few = list_of(row.count - 1);
-    const std::string too_many = list_of(row.count + 1);
+INSTANTIATE_TEST_SUITE_P(Rows, SentFunction, testing::ValuesIn(functions_that(is_sent)),
+                         NAME_OF_FUNCTION);
+
+class CountedFunction : public testing::TestWithParam<function_case> {};
+
+TEST_P(CountedFunction, InsistsOnItsCount) {
+    const auto &[gateway, row] = GetParam();
+    const std::size_t count = count_of(*row);
+    const std::string too_few = list_of(count - 1);
+    const std::string too_many = list_of(count + 1);
     const std::string last_empty = too_few + "|";
-    const std::string middle_empty = "p|" + std::string("|") + too_few;
-    const std::string first_empty = "|" + list_of(row.count);
+    const std::string middle_empty = "p||" + too_few;
+    const std::string first_empty = "|" + list_of(count);
     for (const char *list :
          {too_few.c_str(), too_many.c_str(), last_empty.c_str(), middle_empty.c_str(),
           first_empty.c_str(), "", "|", static_cast<const char *>(nullptr)}) {
         SCOPED_TRACE(list == nullptr ? "(no list)" : list);
-        const outcome got = build(row.build, row.function, list);
-        EXPECT_EQ(got.output, red(row.count_message));
+        const outcome got = build_in_vain(*gateway, row->name, list);
+        EXPECT_EQ(got.output, red(count_message(*gateway, *row)));
         EXPECT_EQ(got.status, 505);
         EXPECT_EQ(got.connects, 0);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Builder, testing::ValuesIn(BUILDERS),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, CountedFunction, testing::ValuesIn(functions_that(is_counted)),
+                         NAME_OF_FUNCTION);
 
-/// Functions that a builder does not serve, whatever the list.
-struct unserved_row {
-    const char *name;
-    builder_call build;
-    const char *function;
+TEST(BuilderRules, CountedFunctionMayStillBeRefused) {
+    const std::vector<function_case> rows = functions_that(is_only_counted);
+    EXPECT_FALSE(rows.empty());
+    for (const auto &[gateway, row] : rows) {
+        SCOPED_TRACE(row->name);
+        const outcome got = build_in_vain(*gateway, row->name, row->sample);
+        EXPECT_EQ(got.output, "");
+        EXPECT_EQ(got.status, 503);
+        EXPECT_EQ(got.connects, 0);
+    }
+}
+
+/// Names that no builder serves, much as some look like it.
+const char *const STRANGERS[] = {
+    "",
+    "SENDEIBUSDATAGRAM",
+    "SENDLINTRONICRAWDATAGRAM",
+    "SENDTUTONDODATAGRAM",
+    "SENDECHOBUSSETDATAGRAM",
+    "SENDMARTINDATAGRAM",
+    "SENDIBSGETDATAGRAM",
+    "SENDBYMEDATAGRAM",
 };
 
-const unserved_row UNSERVED[] = {
-    {"Eib", BUILD_EIB, "SENDEIBUSDATAGRAM"},
-    {"EibOfAnotherGateway", BUILD_EIB, "SENDBENTELCOMMANDDATAGRAM"},
-    {"EibLonger", BUILD_EIB, "SENDEIBUSSETDATAGRAMS"},
-    {"EibShorter", BUILD_EIB, "SENDEIBUSSETDATAGRA"},
-    {"EibBlankBehind", BUILD_EIB, "SENDEIBUSSETDATAGRAM "},
-    {"EibEmpty", BUILD_EIB, ""},
-    {"Smstool", BUILD_SMSTOOL, "SENDEIBUSSETDATAGRAM"},
-    {"LintronicRaw", BUILD_LINTRONIC, "SENDLINTRONICRAWDATAGRAM"},
-    {"Tecnout", BUILD_TECNOUT, "SENDBENTELCOMMANDDATAGRAM"},
-    {"VivaldiGet", BUILD_VIVALDI, "SENDVIVALDIGETDATAGRAM"},
-    {"Bentel", BUILD_BENTEL, "SENDTECNOUTCOMMANDDATAGRAM"},
-    {"Tutondo", BUILD_TUTONDO, "SENDTUTONDODATAGRAM"},
-    {"Echobus", BUILD_ECHOBUS, "SENDECHOBUSSETDATAGRAM"},
-    {"Martin", BUILD_MARTIN, "SENDMARTINDATAGRAM"},
-    {"Ibs", BUILD_IBS, "SENDIBSGETDATAGRAM"},
-    {"Byme", BUILD_BYME, "SENDBYMEDATAGRAM"},
-    {"EibOverTcp", BUILD_EIB_TCP, "SENDECHOBUSDATAGRAM"},
-    {"EchobusOverTcp", BUILD_ECHOBUS_TCP, "SENDEIBUSSETDATAGRAM"},
-};
+/// The strangers, the functions of the other gateways, and the gateway's own misspelt.
+std::set<std::string> unserved_by(const gateway_row &gateway) {
+    std::set<std::string> names(std::begin(STRANGERS), std::end(STRANGERS));
+    for (const gateway_row *other : GATEWAYS) {
+        for (const function_row &function : other->functions) {
+            names.insert(function.name);
+        }
+    }
+    for (const function_row &function : gateway.functions) {
+        const std::string name = function.name;
+        if (function.built != builder_answer::REFUSES) {
+            names.erase(name);
+        }
+        names.insert({name + "S", name + " ", name.substr(0, name.size() - 1)});
+    }
+    return names;
+}
 
 TEST(BuilderRules, UnservedFunctionIsRefusedSilentlyBeforeTheListIsLookedAt) {
-    for (const unserved_row &row : UNSERVED) {
-        SCOPED_TRACE(row.name);
-        for (const char *function : {row.function, static_cast<const char *>(nullptr)}) {
-            for (int count = 0; count <= 12; count++) {
-                const outcome got = build(row.build, function, list_of(count).c_str());
-                EXPECT_EQ(got.output, "");
-                EXPECT_EQ(got.status, 503);
-                EXPECT_EQ(got.connects, 0);
+    for (const gateway_row *gateway : GATEWAYS) {
+        SCOPED_TRACE(title(*gateway));
+        const deserted_point point;
+        watched_client client;
+        const auto refuse = [&](const char *function) {
+            SCOPED_TRACE(function == nullptr ? "(no function)" : function);
+            for (std::size_t count = 0; count <= 12; count++) {
+                EXPECT_EQ(build(*gateway, point, function, list_of(count).c_str()), 503);
             }
-            const outcome without_list = build(row.build, function, nullptr);
-            EXPECT_EQ(without_list.output, "");
-            EXPECT_EQ(without_list.status, 503);
-        }
+            EXPECT_EQ(build(*gateway, point, function, nullptr), 503);
+        };
+        EXPECT_EQ(captured_output([&] {
+                      refuse(nullptr);
+                      for (const std::string &function : unserved_by(*gateway)) {
+                          refuse(function.c_str());
+                      }
+                  }),
+                  "");
+        EXPECT_EQ(client.connects, 0);
     }
 }
 
@@ -158,42 +178,44 @@ const lintronic_row LINTRONIC_ROWS[] = {
     {"CountBeforeCommand", "s|07|12|on|more", 505, LINTRONIC_COUNT},
 };
 
-class Lintronic : public testing::TestWithParam<lintronic_row> {};
+class LintronicFormat : public testing::TestWithParam<lintronic_row> {};
 
-TEST_P(Lintronic, IsRefusedBeforeAnyConnection) {
+TEST_P(LintronicFormat, IsRefusedBeforeAnyConnection) {
     const lintronic_row &row = GetParam();
-    const outcome got = build(BUILD_LINTRONIC, "SENDLINTRONICDATAGRAM", row.parameters);
+    const outcome got = build_in_vain(LINTRONIC, "SENDLINTRONICDATAGRAM", row.parameters);
     EXPECT_EQ(got.output, red(row.message));
     EXPECT_EQ(got.status, row.status);
     EXPECT_EQ(got.connects, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Lintronic, testing::ValuesIn(LINTRONIC_ROWS),
+INSTANTIATE_TEST_SUITE_P(Table, LintronicFormat, testing::ValuesIn(LINTRONIC_ROWS),
                          [](const auto &row) { return row.param.name; });
 
 TEST(LintronicRules, OnlyLengthsCount) {
-    const meeting_point point(SOCKET, {expect("Request: SENDLINTRONICDATAGRAM\nSectionName: s\n"
-                                              "Device: ab\nCommand: x y\nPayload: on\n\n"),
-                                       reply("Response Status: LINT-0000\n")});
+    const meeting_point point(family::UNIX_SOCKET,
+                              {expect("Request: SENDLINTRONICDATAGRAM\nSectionName: s\n"
+                                      "Device: ab\nCommand: x y\nPayload: on\n\n"),
+                               reply("Response Status: LINT-0000\n")});
     EXPECT_EQ(
         make_lintroniclocal_request(point.path.c_str(), "SENDLINTRONICDATAGRAM", "s|ab|x y|on"), 0);
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
 TEST(BuilderRules, SmstoolCountsByFunction) {
-    EXPECT_EQ(build(BUILD_SMSTOOL, "RECVSMSTOOLDATAGRAM", "a|b|c").output,
+    EXPECT_EQ(build_in_vain(SMSTOOL, "RECVSMSTOOLDATAGRAM", "a|b|c").output,
               red("localclientutil->make_smstoollocal_request error too few or too much "
                   "parameters, PhoneNumber, Msg are needed"));
-    EXPECT_EQ(build(BUILD_SMSTOOL, "SENDSMSTOOLDATAGRAM", "a|b").output,
+    EXPECT_EQ(build_in_vain(SMSTOOL, "SENDSMSTOOLDATAGRAM", "a|b").output,
               red("localclientutil->make_smstoollocal_request error too few or too much "
                   "parameters, SectionName, PhoneNumber, Msg are needed"));
 }
 
 TEST(BuilderRules, ExchangeCodesPassUnchanged) {
-    const outcome refused = build(BUILD_EIB, "SENDEIBUSSETDATAGRAM", "a|b|c|d");
+    const outcome refused = build_in_vain(EIB, "SENDEIBUSSETDATAGRAM", "a|b|c|d");
     EXPECT_EQ(refused.status, 105);
     EXPECT_EQ(refused.connects, 1);
-    const meeting_point point(SOCKET, {collect_until("\n\n"), reply("Response Status: EIBG--3\n")});
+    const meeting_point point(family::UNIX_SOCKET,
+                              {collect_until("\n\n"), reply("Response Status: EIBG--3\n")});
     EXPECT_EQ(make_eibuslocal_request(point.path.c_str(), "SENDEIBUSSETDATAGRAM", "a|b|c|d"), -3);
     EXPECT_EQ(point.daemon->finish(), "");
 }

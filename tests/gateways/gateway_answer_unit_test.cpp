@@ -12,6 +12,7 @@
 namespace {
 
 using namespace harness;
+using namespace protocol;
 
 /// An answer with "%" where the gateway's prefix goes and "@" for a zero byte, and what comes of
 /// it: a message, or the returned number when there is none.
@@ -84,24 +85,24 @@ const answer_row ANSWERS[] = {
 };
 
 /// Sends the answer, closes, and checks what the exchange makes of it.
-void expect_outcome(const exchange_row &x, const std::string &answer, const answer_row &row) {
-    SCOPED_TRACE(x.name);
+void expect_outcome(const gateway_row &x, const std::string &answer, const answer_row &row) {
+    SCOPED_TRACE(title(x));
     const meeting_point point(x.where, {collect_until("\n\n"), reply(answer), close_connection()});
     watched_client client;
     int status = 0;
     const std::string output =
-        captured_output([&] { status = call(x, point, x.function, NUMBERED_VALUES); });
+        captured_output([&] { status = call(x, point, usual_function(x), NUMBERED_VALUES); });
     const bool accepted = row.message == ACCEPTED;
     EXPECT_EQ(status, accepted ? row.number : x.base + 7);
-    EXPECT_EQ(output,
-              accepted ? ""
-                       : red(exchange_message(x, row.message, x.function, strerror(row.number))));
+    EXPECT_EQ(output, accepted ? ""
+                               : red(exchange_message(x, row.message, usual_function(x),
+                                                      strerror(row.number))));
     EXPECT_EQ(client.close_left_open(), row.left_open);
     EXPECT_EQ(client.receives, 1);
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
-std::string filled_in(const exchange_row &x, const std::string &text) {
+std::string filled_in(const gateway_row &x, const std::string &text) {
     std::string filled;
     for (const char c : text) {
         if (c == '%') {
@@ -116,7 +117,7 @@ std::string filled_in(const exchange_row &x, const std::string &text) {
 class GatewayAnswer : public testing::TestWithParam<answer_row> {};
 
 TEST_P(GatewayAnswer, IsReadAlikeFromEveryDaemon) {
-    for (const exchange_row *x : EXCHANGES) {
+    for (const gateway_row *x : GATEWAYS) {
         expect_outcome(*x, filled_in(*x, GetParam().answer), GetParam());
     }
 }
@@ -150,7 +151,7 @@ class LongGatewayAnswer : public testing::TestWithParam<long_answer_row> {};
 
 TEST_P(LongGatewayAnswer, IsReadUpToItsLimit) {
     const stretched &text = GetParam().text;
-    for (const exchange_row *x : EXCHANGES) {
+    for (const gateway_row *x : GATEWAYS) {
         std::string answer = filled_in(*x, text.before);
         answer.append(text.size - answer.size() - strlen(text.after), text.filler);
         answer += text.after;
@@ -163,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(Table, LongGatewayAnswer, testing::ValuesIn(LONG_ANSWER
                          [](const auto &row) { return row.param.wanted.name; });
 
 TEST(GatewayAnswerRules, PrefixIsComparedInItsOwnCaseAndWhole) {
-    for (const exchange_row *x : EXCHANGES) {
+    for (const gateway_row *x : GATEWAYS) {
         const std::string prefix = x->prefix;
         const answer_row refused = {"", "", 6, 0};
         expect_outcome(*x, "Response Status: " + lower(prefix) + "0000\n", refused);
@@ -176,30 +177,32 @@ TEST(GatewayAnswerRules, PrefixIsComparedInItsOwnCaseAndWhole) {
 }
 
 TEST(GatewayAnswerRules, ConnectionMayStayOpenBehindTheAnswer) {
-    const meeting_point point(
-        UNIX_SOCKET, {collect_until("\n\n"), reply("Response Status: BENG-0002\n"), hang()});
-    EXPECT_EQ(call(BENTEL, point, BENTEL.function, NUMBERED_VALUES), 2);
+    const meeting_point point(family::UNIX_SOCKET, {collect_until("\n\n"),
+                                                    reply("Response Status: BENG-0002\n"), hang()});
+    EXPECT_EQ(call(BENTEL, point, usual_function(BENTEL), NUMBERED_VALUES), 2);
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
 TEST(GatewayAnswerRules, AnswerMayEndWithAHalfClose) {
-    const meeting_point point(UNIX_SOCKET, {collect_until("\n\n"), half_close()});
+    const meeting_point point(family::UNIX_SOCKET, {collect_until("\n\n"), half_close()});
     watched_client client;
     int status = 0;
-    EXPECT_EQ(captured_output([&] { status = call(EIB, point, EIB.function, NUMBERED_VALUES); }),
-              red(exchange_message(EIB, 5, EIB.function)));
+    EXPECT_EQ(
+        captured_output([&] { status = call(EIB, point, usual_function(EIB), NUMBERED_VALUES); }),
+        red(exchange_message(EIB, 5, usual_function(EIB))));
     EXPECT_EQ(status, 107);
     EXPECT_FALSE(client.close_left_open());
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
 TEST(GatewayAnswerRules, EndlessAnswerIsReadOnce) {
-    const meeting_point point(UNIX_SOCKET,
+    const meeting_point point(family::UNIX_SOCKET,
                               {collect_until("\n\n"), endless(std::string(4096, 'a'))});
     watched_client client;
     int status = 0;
-    EXPECT_EQ(captured_output([&] { status = call(EIB, point, EIB.function, NUMBERED_VALUES); }),
-              red(exchange_message(EIB, 5, EIB.function)));
+    EXPECT_EQ(
+        captured_output([&] { status = call(EIB, point, usual_function(EIB), NUMBERED_VALUES); }),
+        red(exchange_message(EIB, 5, usual_function(EIB))));
     EXPECT_EQ(status, 107);
     EXPECT_EQ(client.receives, 1);
     EXPECT_EQ(point.daemon->finish(), "");

@@ -12,6 +12,7 @@
 namespace {
 
 using namespace harness;
+using namespace protocol;
 
 /// What one call wrote, returned and left behind.
 struct outcome {
@@ -21,7 +22,7 @@ struct outcome {
 };
 
 template <typename Point>
-outcome run_exchange(const exchange_row &x, const Point &point, watched_client *client,
+outcome run_exchange(const gateway_row &x, const Point &point, watched_client *client,
                      const char *function) {
     outcome result = {};
     result.output =
@@ -35,27 +36,28 @@ std::string reason(int number) {
 }
 
 TEST(GatewayFailure, ConnectionRefused) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         const deserted_point point;
         watched_client client;
-        const outcome got = run_exchange(x, point, &client, x.function);
+        const outcome got = run_exchange(x, point, &client, usual_function(x));
         const std::string connector =
-            x.where == UNIX_SOCKET
+            x.where == family::UNIX_SOCKET
                 ? "utility->make_localtcpclient_socket connect failed with error '" + reason(ENOENT)
                 : "utility->make_internettcpclient_socket connect failed with error '" +
                       reason(ECONNREFUSED);
-        EXPECT_EQ(got.output, red(connector + "'") + red(exchange_message(x, 1, x.function)));
+        EXPECT_EQ(got.output,
+                  red(connector + "'") + red(exchange_message(x, 1, usual_function(x))));
         EXPECT_EQ(got.status, x.base + 5);
     }
 }
 
 TEST(GatewayFailure, UnknownFunction) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
-        const std::string longer = std::string(x.function) + "S";
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
+        const std::string longer = std::string(usual_function(x)) + "S";
         for (const char *function : {"SENDNOTHINGDATAGRAM", "", longer.c_str()}) {
             SCOPED_TRACE(function);
             const meeting_point point(x.where, {});
@@ -71,15 +73,15 @@ TEST(GatewayFailure, UnknownFunction) {
 }
 
 TEST(GatewayFailure, SendFails) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         for (const int number : {EIO, ENOBUFS}) {
             const meeting_point point(x.where, {});
             watched_client client;
             client.send_error = number;
-            const outcome got = run_exchange(x, point, &client, x.function);
-            EXPECT_EQ(got.output, red(exchange_message(x, 3, x.function, reason(number))));
+            const outcome got = run_exchange(x, point, &client, usual_function(x));
+            EXPECT_EQ(got.output, red(exchange_message(x, 3, usual_function(x), reason(number))));
             EXPECT_EQ(got.status, x.base + 6);
             EXPECT_FALSE(got.left_open);
             EXPECT_EQ(client.receives, 0);
@@ -89,29 +91,29 @@ TEST(GatewayFailure, SendFails) {
 }
 
 TEST(GatewayFailure, DaemonClosesBeforeTheRequest) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         const meeting_point point(x.where, {reset()});
         watched_client client;
         client.before_send = [&] { EXPECT_EQ(point.daemon->finish(), ""); };
-        const outcome got = run_exchange(x, point, &client, x.function);
-        const int number = x.where == UNIX_SOCKET ? EPIPE : ECONNRESET;
-        EXPECT_EQ(got.output, red(exchange_message(x, 3, x.function, reason(number))));
+        const outcome got = run_exchange(x, point, &client, usual_function(x));
+        const int number = x.where == family::UNIX_SOCKET ? EPIPE : ECONNRESET;
+        EXPECT_EQ(got.output, red(exchange_message(x, 3, usual_function(x), reason(number))));
         EXPECT_EQ(got.status, x.base + 6);
         EXPECT_FALSE(got.left_open);
     }
 }
 
 TEST(GatewayFailure, ReceiveFails) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         const meeting_point point(x.where, {collect_until("\n\n")});
         watched_client client;
         client.recv_error = EIO;
-        const outcome got = run_exchange(x, point, &client, x.function);
-        EXPECT_EQ(got.output, red(exchange_message(x, 4, x.function, reason(EIO))));
+        const outcome got = run_exchange(x, point, &client, usual_function(x));
+        EXPECT_EQ(got.output, red(exchange_message(x, 4, usual_function(x), reason(EIO))));
         EXPECT_EQ(got.status, x.base + 7);
         EXPECT_FALSE(got.left_open);
         EXPECT_EQ(client.receives, 1);
@@ -120,13 +122,13 @@ TEST(GatewayFailure, ReceiveFails) {
 }
 
 TEST(GatewayFailure, DaemonClosesOnTheUnreadRequest) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         const meeting_point point(x.where, {await_bytes(), reset()});
         watched_client client;
-        const outcome got = run_exchange(x, point, &client, x.function);
-        EXPECT_EQ(got.output, red(exchange_message(x, 4, x.function, reason(ECONNRESET))));
+        const outcome got = run_exchange(x, point, &client, usual_function(x));
+        EXPECT_EQ(got.output, red(exchange_message(x, 4, usual_function(x), reason(ECONNRESET))));
         EXPECT_EQ(got.status, x.base + 7);
         EXPECT_FALSE(got.left_open);
         EXPECT_EQ(point.daemon->finish(), "");
@@ -151,14 +153,15 @@ const bad_answer BAD_ANSWERS[] = {
 };
 
 TEST(GatewayFailure, UnreadableAnswer) {
-    for (const exchange_row *each : EXCHANGES) {
-        const exchange_row &x = *each;
-        SCOPED_TRACE(x.name);
+    for (const gateway_row *each : GATEWAYS) {
+        const gateway_row &x = *each;
+        SCOPED_TRACE(title(x));
         for (const bad_answer &bad : BAD_ANSWERS) {
             const std::string answer =
                 std::string(bad.before) + (bad.prefix ? x.prefix : "") + bad.after;
             SCOPED_TRACE(answer);
-            for (const std::string &function : {std::string(x.function), lower(x.function)}) {
+            for (const std::string &function :
+                 {std::string(usual_function(x)), lower(usual_function(x))}) {
                 const meeting_point point(x.where, {collect_until("\n\n"), reply(answer)});
                 watched_client client;
                 const outcome got = run_exchange(x, point, &client, function.c_str());
@@ -175,7 +178,7 @@ TEST(GatewayFailure, UnreadableAnswer) {
 /// Whole messages, spelt out: all of one gateway and the slips of the others.
 struct spelt_message {
     const char *name;
-    const exchange_row *exchange;
+    const gateway_row *exchange;
     int message;
     const char *text;
 };
@@ -223,7 +226,7 @@ const spelt_message SPELT_MESSAGES[] = {
 TEST(GatewayFailureRules, MessagesInFull) {
     for (const spelt_message &row : SPELT_MESSAGES) {
         SCOPED_TRACE(row.name);
-        const exchange_row &x = *row.exchange;
+        const gateway_row &x = *row.exchange;
         std::string answer;
         for (const bad_answer &bad : BAD_ANSWERS) {
             if (bad.message == row.message && bad.error_number == 0) {
@@ -235,19 +238,19 @@ TEST(GatewayFailureRules, MessagesInFull) {
         client.recv_error = row.message == 4 ? EIO : 0;
         outcome got = {};
         if (row.message == 1) {
-            got = run_exchange(x, deserted_point(), &client, x.function);
+            got = run_exchange(x, deserted_point(), &client, usual_function(x));
             got.output.erase(0, got.output.find('\n') + 1); // the connector's own line
         } else {
             const meeting_point point(
                 x.where, answer.empty() ? script{} : script{collect_until("\n\n"), reply(answer)});
-            got = run_exchange(x, point, &client, row.message == 2 ? "NOSUCH" : x.function);
+            got = run_exchange(x, point, &client, row.message == 2 ? "NOSUCH" : usual_function(x));
         }
         EXPECT_EQ(got.output, red(row.text));
     }
 }
 
 TEST(GatewayFailureRules, AMissingFunctionNameIsUnknown) {
-    const meeting_point point(UNIX_SOCKET, {});
+    const meeting_point point(family::UNIX_SOCKET, {});
     watched_client client;
     const outcome got = run_exchange(BENTEL, point, &client, nullptr);
     EXPECT_EQ(got.output, red(exchange_message(BENTEL, 2, "(null)")));

@@ -1,318 +1,156 @@
 // The gateways end to end: the real program against a scripted daemon.
 
+#include "tests/gateways/exchange_messages.h"
 #include "tests/harness/console.h"
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
 
+#include <cerrno>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace {
 
 using namespace harness;
+using namespace protocol;
 
-/// A gateway as a user of the command line meets it.
-struct gateway_row {
-    const char *keyword;
-    const char *selected; ///< progress line of the keyword
-    const char *socket;   ///< usual name of the daemon's socket
-    const char *function;
-    const char *lower_case_function;
-    const char *parameters;
-    const char *lines; ///< what is sent behind the first line
-    const char *prefix;
-    const char *own_number; ///< a number that the daemon answers, and how it is shown
-    const char *own_text;
-    int own_status;
-    const char *refused_message; ///< without the function name
-    const char *refused_text;
-    int refused_status;
-    const char *number_message; ///< of an answer with a bad number
-    const char *tag_message;    ///< of an answer without a status line
-    const char *answer_text;
-    int answer_status;
-    const char *receive_message; ///< of a reset connection, up to the function name
-    const char *mark;            ///< around the function name in the messages
-};
-
-// Exit statuses are what is left of the code in eight bits: 105 stays, 805 becomes 37.
-const gateway_row GATEWAYS[] = {
-    {"EIBLOCAL",
-     "EIB Local request selected",
-     "lumo_eibgateway.socket",
-     "SENDEIBUSSETDATAGRAM",
-     "sendeibussetdatagram",
-     "hall|1/2/3|1|on",
-     "SectionName: hall\nDestination: 1/2/3\nEISType: 1\nPayload: on\n\n",
-     "EIBG-",
-     "102",
-     "EIBG-102\n",
-     102,
-     "EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside for "
-     "function ",
-     "EIBG-105\n",
-     105,
-     "EIBGatewayutil->eibgateway_local_request error strtol with error 'Success' for function ",
-     "EIBGatewayutil->eibgateway_local_request strtok parsing 'Response Status: ' response tag "
-     "failed for function ",
-     "EIBG-107\n",
-     107,
-     "EIBGatewayutil->eibgateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     ""},
-    {"SMSTOOLLOCAL",
-     "SMSTOOL Local request selected",
-     "lumo_smstoolgateway.socket",
-     "RECVSMSTOOLDATAGRAM",
-     "recvsmstooldatagram",
-     "+39055|good day",
-     "From: +39055\nMsg: good day\n\n",
-     "SMST-",
-     "0802",
-     "SMST-802\n",
-     34,
-     "SMSTOOLGatewayutil->smstoolgateway_local_request error opening socket SMSTOOLGateway "
-     "clientside for function ",
-     "SMST-805\n",
-     37,
-     "SMSTGatewayutil->smstoolgateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "SMSTOOLGatewayutil->smstoolgateway_local_request strtok parsing 'Response Status: ' response "
-     "tag failed for function ",
-     "SMST-807\n",
-     39,
-     "SMSTOOLGatewayutil->smstoolgateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     "'"},
-    {"LINTRONICLOCAL",
-     "LINTRONIC Local request selected",
-     "lumo_lintronicgateway.socket",
-     "SENDLINTRONICDATAGRAM",
-     "sendlintronicdatagram",
-     "cellar|07|012|on",
-     "SectionName: cellar\nDevice: 07\nCommand: 012\nPayload: on\n\n",
-     "LINT-",
-     "1002",
-     "LINT-1002\n",
-     234,
-     "LINTRONICGatewayutil->lintronicgateway_local_request error opening socket LINTRONICGateway "
-     "clientside for function ",
-     "LINT-1005\n",
-     237,
-     "LINTGatewayutil->lintronicgateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "LINTRONICGatewayutil->lintronicgateway_local_request strtok parsing 'Response Status: ' "
-     "response tag failed for function ",
-     "LINT-1007\n",
-     239,
-     "LINTRONICGatewayutil->lintronicgateway_local_request recv reading response failed with "
-     "error 'Connection reset by peer' for function ",
-     "'"},
-    {"TECNOUTLOCAL",
-     "TECNOUT Local request selected",
-     "lumo_tecnoutgateway.socket",
-     "SENDTECNOUTCOMMANDDATAGRAM",
-     "sendtecnoutcommanddatagram",
-     "alarm|1234|arm|all",
-     "SectionName: alarm\nUserCode: 1234\nCommand: arm\nPayload: all\n\n",
-     "TECG-",
-     "1207",
-     "TECN-1207\n",
-     183,
-     "TECNOUTGatewayutil->tecnoutgateway_local_request error opening socket TECNOUTGateway "
-     "clientside for function ",
-     "TECN-1205\n",
-     181,
-     "TECNOUTGatewayutil->tecnoutgateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "TECNOUTGatewayutil->tecnoutgateway_local_request strtok parsing 'Response Status: ' response "
-     "tag failed for function ",
-     "TECN-1207\n",
-     183,
-     "TECNOUTGatewayutil->tecnoutgateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     "'"},
-    {"VIVALDILOCAL",
-     "VIVALDI Local request selected",
-     "lumo_vivaldigateway.socket",
-     "SENDVIVALDISETDATAGRAM",
-     "sendvivaldisetdatagram",
-     "music|1|2|3|4|5|6|7|8|9|10",
-     "SectionName: music\nCentralNumber: 1\nCommand: 1\nRC20_Number: 2\nRC20_OnOff: 3\n"
-     "RC20_Volume: 4\nRC20_High: 5\nRC20_Low: 6\nRC20_Channel: 7\nRC20_Cd: 8\nRC20_Track: 9\n"
-     "RC20_Tuner: 10\n\n",
-     "VIVG-",
-     "902",
-     "VIVG-0902\n",
-     134,
-     "VIVALDIGatewayutil->vivaldigateway_local_request error opening socket VIVALDIGateway "
-     "clientside for function ",
-     "VIVG-0905\n",
-     137,
-     "VIVALDIGatewayutil->vivaldigateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "VIVALDIGatewayutil->vivaldigateway_local_request strtok parsing 'Response Status: ' response "
-     "tag failed for function ",
-     "VIVG-0907\n",
-     139,
-     "VIVALDIGatewayutil->vivaldigateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     "'"},
-    {"BENTELLOCAL",
-     "BENTEL Local request selected",
-     "lumo_bentelgateway.socket",
-     "SENDBENTELCOMMANDDATAGRAM",
-     "sendbentelcommanddatagram",
-     "alarm|1234|arm|all",
-     "SectionName: alarm\nUserCode: 1234\nCommand: arm\nPayload: all\n\n",
-     "BENG-",
-     "0003",
-     "FSMC-003\n",
-     3,
-     "BENTELGatewayutil->bentelgateway_local_request error opening socket BENTELGateway clientside "
-     "for function ",
-     "BENT-1305\n",
-     25,
-     "BENTELGatewayutil->bentelgateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "BENTELGatewayutil->bentelgateway_local_request strtok parsing 'Response Status: ' response "
-     "tag failed for function ",
-     "BENT-1307\n",
-     27,
-     "BENTELGatewayutil->bentelgateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     "'"},
-    {"TUTONDOLOCAL",
-     "TUTONDO Local request selected",
-     "lumo_tutondogateway.socket",
-     "SENDTUTONDOSETDATAGRAM",
-     "sendtutondosetdatagram",
-     "music|3|volume|20",
-     "SectionName: music\nCommand: volume\nZone_Number: 3\nPayload: 20\n\n",
-     "TUTG-",
-     "1502",
-     "TUTG-1502\n",
-     222,
-     "TUTONDOGatewayutil->tutondogateway_local_request error opening socket TUTONDOGateway "
-     "clientside for function ",
-     "TUTG-1505\n",
-     225,
-     "TUTONDOGatewayutil->tutondogateway_local_request error strtol with error 'Success' for "
-     "function ",
-     "TUTONDOGatewayutil->tutondogateway_local_request strtok parsing 'Response Status: ' response "
-     "tag failed for function ",
-     "TUTG-1507\n",
-     227,
-     "TUTONDOGatewayutil->tutondogateway_local_request recv reading response failed with error "
-     "'Connection reset by peer' for function ",
-     "'"},
-};
-
-class GatewayProgram : public testing::TestWithParam<gateway_row> {
+class GatewayProgram : public testing::TestWithParam<function_case> {
   protected:
-    const gateway_row &row = GetParam();
+    const gateway_row &gateway = *GetParam().gateway;
+    const function_row &function = *GetParam().function;
+    const std::string keyword = std::string(gateway.name) + "LOCAL";
     temporary_directory directory;
-    std::string path = directory.path + "/" + row.socket;
+    std::string path = directory.path + "/" + gateway.socket;
 
     words command(const words &options = {}) const {
         words all = options;
-        const words rest = {"-t", row.keyword,  "-s", path,
-                            "-f", row.function, "-p", row.parameters};
+        const words rest = {"-t", keyword, "-s", path, "-f", function.name, "-p", function.sample};
         all.insert(all.end(), rest.begin(), rest.end());
         return all;
     }
 
-    std::string request(const char *function) const {
-        return std::string("Request: ") + function + "\n" + row.lines;
-    }
-
-    std::string answer(const char *number) const {
-        return std::string("Response Status: ") + row.prefix + number + "\n";
+    std::string answer(const std::string &number) const {
+        return std::string("Response Status: ") + gateway.prefix + number + "\n";
     }
 
     /// The progress lines of command({"-v", "ON"}).
     std::string progress(pid_t pid) const {
-        return green(pid, std::string("[lumocmd] ") + row.selected) +
+        return green(pid, std::string("[lumocmd] ") + gateway.name + " Local request selected") +
                green(pid, "[lumocmd] Socket selected: " + path) +
-               green(pid, std::string("[lumocmd] Function selected: ") + row.function) +
-               green(pid, std::string("[lumocmd] Parameters selected: ") + row.parameters);
+               green(pid, std::string("[lumocmd] Function selected: ") + function.name) +
+               green(pid, std::string("[lumocmd] Parameters selected: ") + function.sample);
     }
 
-    std::string named(const char *message) const {
-        return std::string(message) + row.mark + row.function + row.mark;
+    std::string message(int number, int error_number = 0) const {
+        return exchange_message(gateway, number, function.name, strerror(error_number));
     }
 
-    static void expect_run(const run_result &run, const std::string &output, int status) {
+    std::string last_line(int code) const {
+        return shown_code(gateway, code) + "\n";
+    }
+
+    // What is left of a code in eight bits is the exit status: 105 stays, 805 becomes 37.
+    static void expect_run(const run_result &run, const std::string &output, int code) {
         EXPECT_EQ(run.output, output);
         EXPECT_EQ(run.errors, "");
-        EXPECT_EQ(run.status, status);
+        EXPECT_EQ(run.status, code & 0xff);
     }
 };
 
+/// A number in the four digits that the daemons write.
+std::string four_digits(int number) {
+    const std::string digits = std::to_string(number);
+    return std::string("0000").substr(0, 4 - digits.size()) + digits;
+}
+
 TEST_P(GatewayProgram, AnsweredRequest) {
+    const int own = gateway.base + 2;
+    const int malformed = gateway.base + 7;
     struct {
         words options;
-        const char *number;
-        const char *text;
-        int status;
+        std::string number;
+        std::string text;
+        int code;
     } const runs[] = {{{}, "0000", "LMCM-0000\n", 0},
-                      {{"-v", "OFF"}, row.own_number, row.own_text, row.own_status},
-                      {{"-v", "ON"}, row.own_number, row.own_text, row.own_status}};
+                      {{"-v", "OFF"}, "0003", "FSMC-003\n", 3},
+                      {{"-v", "ON"}, "0003", "FSMC-003\n", 3},
+                      {{"-v", "OFF"}, four_digits(own), last_line(own), own},
+                      {{"-v", "ON"}, four_digits(own), last_line(own), own},
+                      {{"-v", "OFF"}, std::to_string(own), last_line(own), own},
+                      {{"-v", "ON"}, std::to_string(own), last_line(own), own},
+                      {{"-v", "OFF"}, four_digits(malformed), last_line(malformed), malformed},
+                      {{"-v", "ON"}, four_digits(malformed), last_line(malformed), malformed}};
     for (const auto &wanted : runs) {
+        SCOPED_TRACE(wanted.number);
         unlink(path.c_str());
-        peer daemon(path, {expect(request(row.function)), reply(answer(wanted.number))});
+        peer daemon(
+            path, {expect(sample_request(function, function.name)), reply(answer(wanted.number))});
         const run_result run = lumocmd(command(wanted.options));
         const bool shown = wanted.options == words{"-v", "ON"};
-        expect_run(run, (shown ? progress(run.pid) : "") + wanted.text, wanted.status);
+        expect_run(run, (shown ? progress(run.pid) : "") + wanted.text, wanted.code);
         EXPECT_EQ(daemon.finish(), "");
     }
 }
 
 TEST_P(GatewayProgram, LowerCaseAndARelativeSocket) {
-    peer daemon(path, {expect(request(row.lower_case_function)), reply(answer("0"))});
-    expect_run(lumocmd({"-t", row.keyword, "-s", row.socket, "-f", row.lower_case_function, "-p",
-                        row.parameters},
-                       {.directory = directory.path}),
-               "LMCM-0000\n", 0);
+    const std::string lower_case = lower(function.name);
+    peer daemon(path, {expect(sample_request(function, lower_case)), reply(answer("0"))});
+    expect_run(
+        lumocmd({"-t", keyword, "-s", gateway.socket, "-f", lower_case, "-p", function.sample},
+                {.directory = directory.path}),
+        "LMCM-0000\n", 0);
     EXPECT_EQ(daemon.finish(), "");
 }
 
 TEST_P(GatewayProgram, ConnectionRefused) {
     const char connector[] = "utility->make_localtcpclient_socket connect failed with error 'No "
                              "such file or directory'";
-    expect_run(lumocmd(command()),
-               red(connector) + red(named(row.refused_message)) + row.refused_text,
-               row.refused_status);
+    const int code = gateway.base + 5;
+    expect_run(lumocmd(command()), red(connector) + red(message(1)) + last_line(code), code);
     const run_result run = lumocmd(command({"-v", "ON"}));
     expect_run(run,
                progress(run.pid) + tagged_red(run.pid, connector) +
-                   tagged_red(run.pid, named(row.refused_message)) + row.refused_text,
-               row.refused_status);
+                   tagged_red(run.pid, message(1)) + last_line(code),
+               code);
 }
 
 TEST_P(GatewayProgram, UnreadableAnswer) {
+    const int code = gateway.base + 7;
     struct {
         script steps;
-        const char *message;
-    } const runs[] = {{{collect_until("\n\n"), reply(answer("0003\r"))}, row.number_message},
-                      {{collect_until("\n\n"), close_connection()}, row.tag_message},
-                      {{await_bytes(), close_connection()}, row.receive_message}};
+        std::string message;
+    } const runs[] = {{{collect_until("\n\n"), reply(answer("0003\r"))}, message(7)},
+                      {{collect_until("\n\n"), close_connection()}, message(5)},
+                      {{await_bytes(), close_connection()}, message(4, ECONNRESET)}};
     for (const auto &wanted : runs) {
         SCOPED_TRACE(wanted.message);
         unlink(path.c_str());
         peer daemon(path, wanted.steps);
         const run_result run = lumocmd(command({"-v", "ON"}));
-        expect_run(run,
-                   progress(run.pid) + tagged_red(run.pid, named(wanted.message)) + row.answer_text,
-                   row.answer_status);
+        expect_run(run, progress(run.pid) + tagged_red(run.pid, wanted.message) + last_line(code),
+                   code);
         EXPECT_EQ(daemon.finish(), "");
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, GatewayProgram, testing::ValuesIn(GATEWAYS),
-                         [](const auto &row) { return row.param.keyword; });
+bool is_carried(const gateway_row &gateway, const function_row &function) {
+    return is_reachable(gateway) && function.built == builder_answer::SENDS;
+}
 
-const char BENTEL[] = "SENDBENTELCOMMANDDATAGRAM";
+INSTANTIATE_TEST_SUITE_P(Rows, GatewayProgram, testing::ValuesIn(functions_that(is_carried)),
+                         [](const auto &row) { return name_of(row.param); });
+
+/// Last lines spelt out, where the digits or the prefix differ from the daemon's.
+TEST(GatewayProgramRules, ShownCodesInFull) {
+    EXPECT_EQ(shown_code(EIB, 105), "EIBG-105");
+    EXPECT_EQ(shown_code(SMSTOOL, 805), "SMST-805");
+    EXPECT_EQ(shown_code(VIVALDI, 902), "VIVG-0902");
+    EXPECT_EQ(shown_code(TECNOUT, 1207), "TECN-1207");
+    EXPECT_EQ(shown_code(BENTEL, 1305), "BENT-1305");
+}
+
+const char BENTEL_FUNCTION[] = "SENDBENTELCOMMANDDATAGRAM";
 
 TEST(GatewayProgramRules, LineFeedInAValueSplitsItsLine) {
     const temporary_directory directory;
@@ -320,8 +158,8 @@ TEST(GatewayProgramRules, LineFeedInAValueSplitsItsLine) {
     peer daemon(path, {expect("Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: b\n"
                               "Injected: c\nCommand: d\nPayload: e\n\n"),
                        reply("Response Status: BENG-0000\n")});
-    const run_result run =
-        lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL, "-p", "a|b\nInjected: c|d|e"});
+    const run_result run = lumocmd(
+        {"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL_FUNCTION, "-p", "a|b\nInjected: c|d|e"});
     EXPECT_EQ(daemon.finish(), "");
     EXPECT_EQ(run.output, "LMCM-0000\n");
     EXPECT_EQ(run.status, 0);
@@ -335,7 +173,7 @@ TEST(GatewayProgramRules, DaemonThatClosesAtOnceDoesNotEndTheProcess) {
         const std::string path = directory.path + "/s";
         peer daemon(path, {close_connection()});
         const run_result run =
-            lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL, "-p", "a|b|c|d"});
+            lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL_FUNCTION, "-p", "a|b|c|d"});
         EXPECT_EQ(daemon.finish(), "");
         if (run.status == (1306 & 0xff)) {
             EXPECT_EQ(run.output,
@@ -397,8 +235,8 @@ TEST(GatewayProgramRules, AbsentStrings) {
         lumocmd({"-t", "EIBLOCAL", "-s", "/nowhere", "-p", "a|b|c|d", "-v", "maybe"});
     EXPECT_EQ(no_function.output, "LMCM-503\n");
     EXPECT_EQ(no_function.status, 503 & 0xff);
-    const run_result no_socket = lumocmd(
-        {"-t", "BENTELLOCAL", "-f", BENTEL, "-p", "a|b|c|d", "-v", "maybe", "-s", "/nowhere"});
+    const run_result no_socket = lumocmd({"-t", "BENTELLOCAL", "-f", BENTEL_FUNCTION, "-p",
+                                          "a|b|c|d", "-v", "maybe", "-s", "/nowhere"});
     EXPECT_EQ(no_socket.output,
               red("utility->make_localtcpclient_socket connect failed with error 'Invalid "
                   "argument'") +
@@ -413,7 +251,7 @@ TEST(GatewayProgramRules, NegativeNumberOfTheDaemon) {
     const std::string path = directory.path + "/s";
     peer daemon(path, {collect_until("\n\n"), reply("Response Status: BENG--4\n")});
     const run_result run =
-        lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL, "-p", "a|b|c|d"});
+        lumocmd({"-t", "BENTELLOCAL", "-s", path, "-f", BENTEL_FUNCTION, "-p", "a|b|c|d"});
     EXPECT_EQ(daemon.finish(), "");
     EXPECT_EQ(run.output, "LMCM--004\n");
     EXPECT_EQ(run.status, 252);
