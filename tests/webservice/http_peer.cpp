@@ -100,6 +100,15 @@ std::string url_of(const peer &service) {
     return "http://127.0.0.1:" + std::to_string(service.port()) + "/cgi-bin/lumows";
 }
 
+std::string sent_envelope(const std::string &request) {
+    const std::string body = split_request(request).body;
+    return body.substr(body.find('\n') + 1);
+}
+
+std::string sent_envelope(const peer &service) {
+    return sent_envelope(service.received());
+}
+
 run_result call_service(const peer &service, const words &further) {
     words arguments = {"-t", "SOAP", "-u", url_of(service)};
     arguments.insert(arguments.end(), further.begin(), further.end());

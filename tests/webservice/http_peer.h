@@ -63,6 +63,10 @@ script answering(std::string answer);
 /// The web service's URL at a peer.
 std::string url_of(const peer &service);
 
+/// The envelope that a service has received, without the XML declaration's line before it.
+std::string sent_envelope(const std::string &request);
+std::string sent_envelope(const peer &service);
+
 /// Runs the program with a SOAP request: `-t SOAP -u <peer's url>` and the further arguments.
 run_result call_service(const peer &service, const words &further);
 

@@ -159,7 +159,7 @@ TEST(Call, OwnActionReplacesTheDefault) {
     const http_request request = split_request(service.received());
     EXPECT_EQ(request.header("SOAPAction"), "\"urn:own\"");
     // A null field is left out.
-    EXPECT_EQ(request.body.substr(request.body.find('\n') + 1), request_text("test", ""));
+    EXPECT_EQ(sent_envelope(service), request_text("test", ""));
 }
 
 TEST(Call, ThirdFieldOfElementStatusIsSentWhenGiven) {
@@ -175,8 +175,7 @@ TEST(Call, ThirdFieldOfElementStatusIsSentWhenGiven) {
                                                      &response),
               0);
     EXPECT_EQ(service.finish(), "");
-    const std::string body = split_request(service.received()).body;
-    EXPECT_EQ(body.substr(body.find('\n') + 1),
+    EXPECT_EQ(sent_envelope(service),
               request_text("getelementstatus",
                            "<sessionid>s</sessionid><idobject>o</idobject>"
                            "<retrivefromdevice>1</retrivefromdevice><waittime>0</waittime>"));
@@ -194,8 +193,7 @@ TEST(Call, SecondFieldOfElementStatusArrayIsSentWhenGiven) {
                                                           &response),
               0);
     EXPECT_EQ(service.finish(), "");
-    const std::string body = split_request(service.received()).body;
-    EXPECT_EQ(body.substr(body.find('\n') + 1),
+    EXPECT_EQ(sent_envelope(service),
               request_text("getelementstatusarray",
                            "<sessionid>s</sessionid><idobjects>1,2</idobjects>"
                            "<waittime>0</waittime>"));
@@ -225,7 +223,7 @@ TEST(WebserviceRequest, OneMegabyteArrivesWhole) {
     EXPECT_EQ(output, "");
     const http_request request = split_request(service.received());
     EXPECT_EQ(request.header("Content-Length"), std::to_string(request.body.size()));
-    EXPECT_TRUE(request.body.substr(request.body.find('\n') + 1) ==
+    EXPECT_TRUE(sent_envelope(service) ==
                 request_text("uploadlumolfile", "<sessionid>s</sessionid>" +
                                                     element("lumolfile", escaped) +
                                                     "<waittime>5</waittime>"));
