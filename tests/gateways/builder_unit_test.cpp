@@ -3,7 +3,7 @@
 
 #include "tests/harness/console.h"
 #include "tests/harness/watched_client.h"
-#include "tests/protocol/gateways.h"
+#include "tests/protocol/gateway_calls.h"
 
 #include <gtest/gtest.h>
 #include <set>

@@ -3,6 +3,7 @@
 #include "tests/gateways/exchange_messages.h"
 #include "tests/harness/console.h"
 #include "tests/harness/watched_client.h"
+#include "tests/protocol/gateway_calls.h"
 
 #include <cerrno>
 #include <climits>

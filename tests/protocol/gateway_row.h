@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace protocol {
@@ -127,58 +126,5 @@ struct function_case {
 inline std::string name_of(const function_case &row) {
     return title(*row.gateway) + "_" + row.function->name;
 }
-
-// --- Calling the product
-
-/// Header values that name their own position, for every exchange enough.
-inline const char *const NUMBERED_VALUES[] = {"v1", "v2", "v3", "v4",  "v5", "v6",
-                                              "v7", "v8", "v9", "v10", "v11"};
-
-/// The header values of a call, in argument order; what a function does not use may be null.
-using header_values = const char *const *;
-using exchange_call = int (*)(const char *path, int port, const char *function, header_values v);
-using builder_call = int (*)(const char *path, int port, const char *function,
-                             const char *parameters);
-
-namespace calls {
-
-template <typename... Texts, std::size_t... Index>
-int spread(int (*exchange)(const char *, const char *, Texts...), const char *path, int /*port*/,
-           const char *function, header_values v, std::index_sequence<Index...> /*all*/) {
-    return exchange(path, function, v[Index]...);
-}
-template <typename... Texts, std::size_t... Index>
-int spread(int (*exchange)(const char *, int, const char *, Texts...), const char * /*path*/,
-           int port, const char *function, header_values v, std::index_sequence<Index...> /*all*/) {
-    return exchange("127.0.0.1", port, function, v[Index]...);
-}
-
-template <typename... Texts> auto indices(int (*)(const char *, const char *, Texts...)) {
-    return std::index_sequence_for<Texts...>{};
-}
-template <typename... Texts> auto indices(int (*)(const char *, int, const char *, Texts...)) {
-    return std::index_sequence_for<Texts...>{};
-}
-
-template <auto Exchange>
-int exchange(const char *path, int port, const char *function, header_values v) {
-    return spread(Exchange, path, port, function, v, indices(Exchange));
-}
-
-template <int (*Builder)(const char *, const char *, const char *)>
-int builder(const char *path, int /*port*/, const char *function, const char *parameters) {
-    return Builder(path, function, parameters);
-}
-template <int (*Builder)(const char *, int, const char *, const char *)>
-int builder(const char * /*path*/, int port, const char *function, const char *parameters) {
-    return Builder("127.0.0.1", port, function, parameters);
-}
-
-} // namespace calls
-
-struct gateway_calls {
-    exchange_call exchange;
-    builder_call build;
-};
 
 } // namespace protocol

@@ -4,22 +4,8 @@
 
 #pragma once
 
-#include "gateways/BENTELGatewayutil.h"
-#include "gateways/ByMEGatewayutil.h"
-#include "gateways/ECHOBUSGatewayutil.h"
-#include "gateways/EIBGatewayutil.h"
-#include "gateways/IBSGatewayutil.h"
-#include "gateways/LINTRONICGatewayutil.h"
-#include "gateways/MARTINGatewayutil.h"
-#include "gateways/SMSTOOLGatewayutil.h"
-#include "gateways/TECNOUTGatewayutil.h"
-#include "gateways/TUTONDOGatewayutil.h"
-#include "gateways/VIVALDIGatewayutil.h"
-#include "gateways/internetclientutil.h"
-#include "gateways/localclientutil.h"
 #include "tests/protocol/gateway_row.h"
 
-#include <stdexcept>
 #include <vector>
 
 namespace protocol {
@@ -311,49 +297,6 @@ template <typename Wanted> std::vector<function_case> functions_that(Wanted want
         }
     }
     return cases;
-}
-
-/// For tests that link the product; the others only read the rows.
-inline gateway_calls calls_of(const gateway_row &row) {
-    using namespace calls;
-    const struct {
-        const gateway_row *row;
-        gateway_calls calls;
-    } all[] = {
-        {&EIB, {exchange<eibgateway_local_request>, builder<make_eibuslocal_request>}},
-        {&SMSTOOL, {exchange<smstoolgateway_local_request>, builder<make_smstoollocal_request>}},
-        {&LINTRONIC,
-         {exchange<lintronicgateway_local_request>, builder<make_lintroniclocal_request>}},
-        {&TECNOUT, {exchange<tecnoutgateway_local_request>, builder<make_tecnoutlocal_request>}},
-        {&VIVALDI, {exchange<vivaldigateway_local_request>, builder<make_vivaldilocal_request>}},
-        {&BENTEL, {exchange<bentelgateway_local_request>, builder<make_bentellocal_request>}},
-        {&TUTONDO, {exchange<tutondogateway_local_request>, builder<make_tutondolocal_request>}},
-        {&ECHOBUS, {exchange<echobusgateway_local_request>, builder<make_echobuslocal_request>}},
-        {&MARTIN, {exchange<martingateway_local_request>, builder<make_martinlocal_request>}},
-        {&IBS, {exchange<ibsgateway_request>, builder<make_ibslocal_request>}},
-        {&BYME, {exchange<bymegateway_request>, builder<make_bymelocal_request>}},
-        {&EIB_TCP, {exchange<eibgateway_internet_request>, builder<make_eibusinternet_request>}},
-        {&ECHOBUS_TCP,
-         {exchange<echobusgateway_internet_request>, builder<make_echobusinternet_request>}},
-    };
-    for (const auto &each : all) {
-        if (each.row == &row) {
-            return each.calls;
-        }
-    }
-    throw std::logic_error("no calls for " + title(row));
-}
-
-/// Calls an exchange over a meeting or a deserted point.
-template <typename Point>
-int call(const gateway_row &row, const Point &point, const char *function, header_values v) {
-    return calls_of(row).exchange(point.path.c_str(), point.port, function, v);
-}
-
-/// Calls a builder over such a point.
-template <typename Point>
-int build(const gateway_row &row, const Point &point, const char *function, const char *list) {
-    return calls_of(row).build(point.path.c_str(), point.port, function, list);
 }
 
 } // namespace protocol

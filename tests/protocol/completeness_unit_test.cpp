@@ -1,0 +1,89 @@
+// What the program knows and what the tests' rows say are the same sets of names: whatever is added
+// to the one and forgotten in the other fails here by its name.
+
+#include "front/request_types.h"
+#include "gateways/exchange_call.h"
+#include "tests/protocol/gateway_calls.h"
+#include "tests/protocol/request_types.h"
+#include "tests/protocol/service_functions.h"
+#include "webservice/operation_row.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <set>
+#include <string>
+
+namespace {
+
+using names = std::set<std::string>;
+
+std::string missing(const names &wanted, const names &present) {
+    std::vector<std::string> absent;
+    std::set_difference(wanted.begin(), wanted.end(), present.begin(), present.end(),
+                        std::back_inserter(absent));
+    return protocol::joined(absent, ", ");
+}
+
+void expect_the_same(const names &program, const names &rows) {
+    EXPECT_FALSE(rows.empty());
+    EXPECT_EQ(missing(program, rows), "") << "are in the program but have no row in tests/protocol";
+    EXPECT_EQ(missing(rows, program), "") << "have a row in tests/protocol but are not in the "
+                                             "program";
+}
+
+TEST(Completeness, EveryRequestTypeHasARow) {
+    names program;
+    for (const request_type_row &row : REQUEST_TYPES) {
+        program.insert(row.keyword);
+    }
+    names rows;
+    for (const protocol::request_type_row &row : protocol::request_types()) {
+        rows.insert(row.keyword);
+    }
+    expect_the_same(program, rows);
+}
+
+TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
+    names program;
+    for (const builder_row &row : protocol::builder_rows()) {
+        for (const gateway_function &function : row.gateway->functions) {
+            program.insert(std::string(row.gateway->source_tag) + " " + function.name);
+        }
+    }
+    names rows;
+    for (const auto &[gateway, function] :
+         protocol::functions_that([](auto &&...) { return true; })) {
+        rows.insert(std::string(gateway->tag) + " " + function->name);
+    }
+    expect_the_same(program, rows);
+}
+
+TEST(Completeness, EveryFunctionOfABuilderHasARow) {
+    names program;
+    for (const builder_row &row : protocol::builder_rows()) {
+        program.insert(std::string(row.builder) + " " + row.function);
+    }
+    names rows;
+    for (const auto &[gateway, function] : protocol::functions_that(
+             [](const protocol::gateway_row &, const protocol::function_row &function) {
+                 return function.built != protocol::builder_answer::REFUSES;
+             })) {
+        rows.insert(protocol::function_of(gateway->builder) + " " + function->name);
+    }
+    expect_the_same(program, rows);
+}
+
+TEST(Completeness, EveryFunctionOfTheServiceHasARow) {
+    names program;
+    for (const operation_row &row : webservice_operations()) {
+        program.insert(row.name);
+    }
+    names rows;
+    for (const protocol::service_row &row : protocol::SERVICE_FUNCTIONS) {
+        rows.insert(protocol::function_name(row));
+    }
+    expect_the_same(program, rows);
+}
+
+} // namespace
