@@ -19,8 +19,8 @@ template <typename Picks> std::string keywords(const char *separator, Picks pick
     return list;
 }
 
-std::string kind_keywords(const request_kind &kind, const char *separator) {
-    return keywords(separator, [&kind](const request_type_row &row) { return row.kind == &kind; });
+std::string kind_keywords(request_kind kind, const char *separator) {
+    return keywords(separator, [kind](const request_type_row &row) { return row.kind == kind; });
 }
 
 std::string gateway_keywords(const std::vector<type_entry> &types, const char *separator) {
@@ -106,7 +106,7 @@ std::string manual_gateways(const std::vector<type_entry> &types) {
 
 std::string manual_service(const std::vector<type_entry> &types) {
     const auto service = std::find_if(types.begin(), types.end(), [](const type_entry &type) {
-        return type.row->kind == &WEB_SERVICE_KIND;
+        return type.row->kind == WEB_SERVICE_KIND;
     });
     return manual_type(*service);
 }

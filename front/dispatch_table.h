@@ -39,7 +39,7 @@ inline constexpr dispatch_row DISPATCH[] = {
 };
 
 /// The row of a type; null for one that no client carries.
-constexpr const dispatch_row *find_dispatch(int type) {
+inline const dispatch_row *find_dispatch(int type) {
     for (const dispatch_row &row : DISPATCH) {
         if (row.type == type) {
             return &row;
@@ -48,8 +48,21 @@ constexpr const dispatch_row *find_dispatch(int type) {
     return nullptr;
 }
 
+constexpr bool is_dispatched(request_type type) {
+    for (const dispatch_row &row : DISPATCH) {
+        if (row.type == type) {
+            return true;
+        }
+    }
+    return false;
+}
+
+constexpr bool needs_client(const request_type_row &row) {
+    return row.kind == LOCAL_KIND || row.kind == WEB_SERVICE_KIND;
+}
+
 template <request_type Type, bool NeedsClient> constexpr bool check_dispatch() {
-    static_assert((find_dispatch(Type) != nullptr) == NeedsClient,
+    static_assert(is_dispatched(Type) == NeedsClient,
                   "a local or web-service type of REQUEST_TYPES needs a row in DISPATCH, and no "
                   "other may have one: add or remove the row of the type that is named above");
     return true;
@@ -57,8 +70,6 @@ template <request_type Type, bool NeedsClient> constexpr bool check_dispatch() {
 
 template <std::size_t... Index>
 constexpr bool check_every_dispatch(std::index_sequence<Index...> /*all*/) {
-    return (check_dispatch < REQUEST_TYPES[Index].type,
-            REQUEST_TYPES[Index].kind == &LOCAL_KIND ||
-                REQUEST_TYPES[Index].kind == &WEB_SERVICE_KIND > () && ...);
+    return (check_dispatch<REQUEST_TYPES[Index].type, needs_client(REQUEST_TYPES[Index])>() && ...);
 }
 static_assert(check_every_dispatch(std::make_index_sequence<std::size(REQUEST_TYPES)>{}));

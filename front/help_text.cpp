@@ -21,7 +21,7 @@ constexpr char SOAP_LINES[] =
 
 /// Types without a client are not mentioned.
 bool is_mentioned(const request_type_row &row) {
-    return row.kind == &WEB_SERVICE_KIND || row.kind == &LOCAL_KIND;
+    return row.kind == WEB_SERVICE_KIND || row.kind == LOCAL_KIND;
 }
 
 void print_keywords(FILE *stream) {
@@ -63,7 +63,7 @@ void print_help_text(FILE *stream) {
     fputs("]\n\n", stream);
     fputs(SOAP_LINES, stream);
     for (const request_type_row &row : REQUEST_TYPES) {
-        if (row.kind == &LOCAL_KIND) {
+        if (row.kind == LOCAL_KIND) {
             print_local_type(stream, row);
         }
     }

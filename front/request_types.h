@@ -38,23 +38,29 @@ enum required_field : unsigned {
     NEEDS_PARAMETERS = 1U << 5U,
 };
 
+/// Kinds of request types, as positions in REQUEST_KINDS.
+enum request_kind {
+    WEB_SERVICE_KIND,
+    LOCAL_KIND,
+    INTERNET_KIND, ///< checked in full, but no client is called
+    UNSUPPORTED_KIND,
+};
+
 /// What the types of one kind have in common.
-struct request_kind {
-    unsigned fields;      ///< required_field bits; none: the type is refused
+struct request_kind_row {
+    unsigned fields;      ///< required_field bits
     const char *selected; ///< end of the selection line, behind the name
     const char *required; ///< the fields, as the message about a missing one lists them
 };
 
-inline constexpr request_kind WEB_SERVICE_KIND = {NEEDS_URL | NEEDS_FUNCTION, " request selected",
-                                                  "url and function"};
-inline constexpr request_kind LOCAL_KIND = {NEEDS_SOCKET | NEEDS_FUNCTION | NEEDS_PARAMETERS,
-                                            " Local request selected",
-                                            "socket, function and request"};
-/// Checked in full, but no client is called.
-inline constexpr request_kind INTERNET_KIND = {
-    NEEDS_ADDRESS | NEEDS_PORT | NEEDS_FUNCTION | NEEDS_PARAMETERS, " Internet request selected",
-    "address, port, function and request"};
-inline constexpr request_kind UNSUPPORTED_KIND = {0, " requests unsupported!", ""};
+inline constexpr request_kind_row REQUEST_KINDS[] = {
+    {NEEDS_URL | NEEDS_FUNCTION, " request selected", "url and function"},
+    {NEEDS_SOCKET | NEEDS_FUNCTION | NEEDS_PARAMETERS, " Local request selected",
+     "socket, function and request"},
+    {NEEDS_ADDRESS | NEEDS_PORT | NEEDS_FUNCTION | NEEDS_PARAMETERS, " Internet request selected",
+     "address, port, function and request"},
+    {0, " requests unsupported!", ""},
+};
 
 /// The help's lines about a local type. Slips in them are part of the interface.
 struct help_lines {
@@ -69,7 +75,7 @@ struct help_lines {
 struct request_type_row {
     const char *keyword;
     request_type type;
-    const request_kind *kind;
+    request_kind kind;
     const char *name;
     help_lines help = {};
     const char *selected = nullptr; ///< end of the selection line where the kind's does not fit
@@ -77,10 +83,10 @@ struct request_type_row {
 
 /// In comparison order, which is the order of the help as well.
 inline constexpr request_type_row REQUEST_TYPES[] = {
-    {"SOAP", REQUEST_SOAP, &WEB_SERVICE_KIND, "Soap"},
+    {"SOAP", REQUEST_SOAP, WEB_SERVICE_KIND, "Soap"},
     {"FSMCORE",
      REQUEST_FSMCORE,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "FSMCore",
      {.socket = "lumo_fsmcore.socket",
       .functions = "...",
@@ -90,76 +96,76 @@ inline constexpr request_type_row REQUEST_TYPES[] = {
      " local request selected"},
     {"EIBLOCAL",
      REQUEST_EIBLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "EIB",
      {.socket = "lumo_eibgateway.socket",
       .functions = "SENDEIBUSSETDATAGRAM, SENDEIBUSGETDATAGRAM",
       .parameters = "SectionName|Destination|EISType|Payload"}},
-    {"EIBINTERNET", REQUEST_EIBINTERNET, &INTERNET_KIND, "EIB"},
-    {"ECHOBUSLOCAL", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "ECHOBUS"},
-    {"ECHOBUSINTERNET", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "ECHOBUS"},
-    {"MARTINLOCAL", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "MARTIN"},
-    {"MARTININTERNET", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "MARTIN"},
+    {"EIBINTERNET", REQUEST_EIBINTERNET, INTERNET_KIND, "EIB"},
+    {"ECHOBUSLOCAL", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "ECHOBUS"},
+    {"ECHOBUSINTERNET", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "ECHOBUS"},
+    {"MARTINLOCAL", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "MARTIN"},
+    {"MARTININTERNET", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "MARTIN"},
     {"SMSTOOLLOCAL",
      REQUEST_SMSTOOLLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "SMSTOOL",
      {.socket = "lumo_smstoolgateway.socket",
       .functions = "SENDSMSTOOLDATAGRAM",
       .parameters = "SectionName|To|Message"}},
-    {"SMSTOOLINTERNET", REQUEST_SMSTOOLINTERNET, &INTERNET_KIND, "SMSTOOL"},
+    {"SMSTOOLINTERNET", REQUEST_SMSTOOLINTERNET, INTERNET_KIND, "SMSTOOL"},
     {"LINTRONICLOCAL",
      REQUEST_LINTRONICLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "LINTRONIC",
      {.socket = "lumo_lintronicgateway.socket",
       .functions = "SENDLINTRONICRAWDATAGRAM", // refused
       .parameters = "SectionName|Device|Command|Payload"}},
-    {"LINTRONICINTERNET", REQUEST_LINTRONICINTERNET, &INTERNET_KIND, "LINTRONIC"},
+    {"LINTRONICINTERNET", REQUEST_LINTRONICINTERNET, INTERNET_KIND, "LINTRONIC"},
     {"TECNOUTLOCAL",
      REQUEST_TECNOUTLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "TECNOUT",
      {.socket = "lumo_tecnoutgateway.socket",
       .functions = "SENDTECNOUTCOMMANDDATAGRAM",
       .parameters = "SectionName|UserCode|Command|Payload"}},
-    {"TECNOUTINTERNET", REQUEST_TECNOUTINTERNET, &INTERNET_KIND, "TECNOUT"},
+    {"TECNOUTINTERNET", REQUEST_TECNOUTINTERNET, INTERNET_KIND, "TECNOUT"},
     {"VIVALDILOCAL",
      REQUEST_VIVALDILOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "VIVALDI",
      {.socket = "lumo_vivaldigateway.socket",
       .functions = "SENDVIVALDISETDATAGRAM, SENDVIVALDIGETDATAGRAM", // the second is refused
       .parameters = "SectionName|CentralNumber|RC20Number|RC20OnOff|RC20Volume..."}},
-    {"VIVALDIINTERNET", REQUEST_VIVALDIINTERNET, &INTERNET_KIND, "VIVALDI"},
+    {"VIVALDIINTERNET", REQUEST_VIVALDIINTERNET, INTERNET_KIND, "VIVALDI"},
     {"BENTELLOCAL",
      REQUEST_BENTELLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "BENTEL",
      {.socket = "lumo_bentelgateway.socket",
       .functions = "SENDBENTELCOMMANDDATAGRAM",
       .parameters = "SectionName|UserCode|Command|Payload"}},
-    {"BENTELINTERNET", REQUEST_BENTELINTERNET, &INTERNET_KIND, "BENTEL"},
-    {"IBSLOCAL", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "IBS"},
-    {"IBSINTERNET", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "IBS"},
+    {"BENTELINTERNET", REQUEST_BENTELINTERNET, INTERNET_KIND, "BENTEL"},
+    {"IBSLOCAL", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "IBS"},
+    {"IBSINTERNET", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "IBS"},
     {"TUTONDOLOCAL",
      REQUEST_TUTONDOLOCAL,
-     &LOCAL_KIND,
+     LOCAL_KIND,
      "TUTONDO",
      {.socket = "lumo_tutondogateway.socket",
       .functions = "SENDTUTONDOSETDATAGRAM, SENDTUTONDOGETDATAGRAM",
       .parameters = "SectionName|ZoneNumber|Command|Payload",
       .width = 19}}, // a slip
-    {"TUTONDOINTERNET", REQUEST_TUTONDOINTERNET, &INTERNET_KIND, "TUTONDO"},
-    {"BYMELOCAL", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "BYME"},
-    {"BYMEINTERNET", REQUEST_UNSUPPORTED, &UNSUPPORTED_KIND, "BYME"},
+    {"TUTONDOINTERNET", REQUEST_TUTONDOINTERNET, INTERNET_KIND, "TUTONDO"},
+    {"BYMELOCAL", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "BYME"},
+    {"BYMEINTERNET", REQUEST_UNSUPPORTED, UNSUPPORTED_KIND, "BYME"},
 };
 
 /// The row of a type's code; null for a code that no type has, and for REQUEST_UNSUPPORTED, which
 /// several share.
-constexpr const request_type_row *find_request_type(int type) {
+inline const request_type_row *find_request_type(int type) {
     for (const request_type_row &row : REQUEST_TYPES) {
-        if (row.type == type && row.kind != &UNSUPPORTED_KIND) {
+        if (row.type == type && row.kind != UNSUPPORTED_KIND) {
             return &row;
         }
     }

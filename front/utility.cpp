@@ -72,11 +72,11 @@ scan_step take_type(const option_row & /*row*/, const char *argument, request_ty
             continue;
         }
         *type = row.type;
-        if (row.kind == &UNSUPPORTED_KIND) {
-            error("%s%s", row.name, row.kind->selected);
+        if (row.kind == UNSUPPORTED_KIND) {
+            error("%s%s", row.name, REQUEST_KINDS[row.kind].selected);
         } else {
             verbose_info("[lumocmd] %s%s", row.name,
-                         row.selected != nullptr ? row.selected : row.kind->selected);
+                         row.selected != nullptr ? row.selected : REQUEST_KINDS[row.kind].selected);
         }
         return SCAN_ON;
     }
@@ -152,10 +152,11 @@ void check_required_fields(request_type type, const char *program_name) {
     if (row == nullptr) {
         show_help(program_name);
     }
-    if ((row->kind->fields & ~given_fields()) != 0) {
+    const request_kind_row &kind = REQUEST_KINDS[row->kind];
+    if ((kind.fields & ~given_fields()) != 0) {
         // "paremeters" is part of the interface, slip included.
         error("utility->parse_cmd_line malformed request: %s paremeters required for %s",
-              row->kind->required, row->keyword);
+              kind.required, row->keyword);
         exit(STATUS_MALFORMED_REQUEST);
     }
 }
