@@ -74,8 +74,22 @@ const answer_case CHILDREN_CASES[] = {
     {"UnknownEmpty", with_children("<more/>" + USUAL + "<more/>"), "on", "7"},
     {"OtherCaseIsUnknown",
      with_children(RESULT + "<Status>on</Status><currentvalue>7</currentvalue>"), ABSENT, "7"},
-    {"PrefixedIsSkipped", with_children(USUAL + "<ns:status>off</ns:status>"), "on", "7"},
-    {"PrefixedAloneIsSkipped", with_children(RESULT + "<ns:status>on</ns:status>"), ABSENT, ABSENT},
+    {"FirstOfTwoCountsWhateverThePrefix", with_children(USUAL + "<ns:status>off</ns:status>"), "on",
+     "7"},
+    {"Prefixed",
+     with_children(RESULT + "<ns:status>on</ns:status>"
+                            "<o:currentvalue xmlns:o=\"urn:other\">7</o:currentvalue>"),
+     "on", "7"},
+    {"PrefixedAndNil", with_children(RESULT + "<ns:status xsi:nil=\"true\"/><ns:currentvalue/>"),
+     ABSENT, ""},
+    {"PrefixedByAReference",
+     with_body(status_response(RESULT + "<ns:status href=\"#a\"/>") +
+               "<multiRef id=\"a\" xsi:type=\"xsd:string\">on</multiRef>"),
+     "on", ABSENT},
+    {"LongerNameIsUnknown",
+     with_children(RESULT + "<ns:xstatus>a</ns:xstatus>"
+                            "<ns:status-x>b</ns:status-x>"),
+     ABSENT, ABSENT},
     {"OtherDefaultNamespace",
      with_children(RESULT + "<status xmlns=\"urn:other\">on</status>"
                             "<currentvalue xmlns=\"\">7</currentvalue>"),

@@ -204,6 +204,38 @@ TEST_P(Operation, AnswerWithNothingButTheResult) {
     EXPECT_EQ(run.status, code_of(row) & 0xff);
 }
 
+/// The answer with every child under a prefix that is chosen by its position.
+std::string prefixed_children(const service_row &row, const words &prefixes) {
+    std::string children;
+    std::size_t position = 0;
+    for (const std::string &child : row.response) {
+        children +=
+            element(prefixes[position++ % prefixes.size()] + child, usual_value(row, child));
+    }
+    return children;
+}
+
+TEST_P(Operation, ReadsChildrenUnderAnyPrefix) {
+    const service_row &row = GetParam();
+    const std::string unknown = "<o:unknown>no</o:unknown><ns:unknown><deep/></ns:unknown>";
+    for (const words &prefixes :
+         {words{"ns:"}, words{"o:"}, words{"o:", "", "ns:"}, words{"", "ns:", "o:"}}) {
+        SCOPED_TRACE(prefixes.front());
+        const std::string children = unknown + prefixed_children(row, prefixes) + unknown;
+        const std::string response = "<ns:service-" + std::string(row.name) +
+                                     "Response xmlns:o=\"urn:other\">" + children +
+                                     "</ns:service-" + row.name + "Response>";
+        peer service(answering(http_answer(envelope(response))));
+        words arguments = arguments_of(row);
+        arguments.insert(arguments.end(), {"-v", "ON"});
+        const run_result run = call_service(service, arguments);
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, result_lines(row, run.pid) + status_text(row) + "\n");
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.status, code_of(row) & 0xff);
+    }
+}
+
 TEST_P(Operation, TakesNoOtherResponse) {
     const service_row &row = GetParam();
     std::string children;

@@ -81,13 +81,15 @@ TEST(NilResult, IsAnAbsentOne) {
     EXPECT_EQ(run.errors, "");
 }
 
-TEST(PrefixedResult, IsSkippedAndSoAbsent) {
-    peer service(answering(http_answer(
-        envelope(response_element("getelementstatus", "<ns:result>LMWS-000</ns:result>")))));
-    const run_result run = call_service(service, CALL);
-    EXPECT_EQ(service.finish(), "");
-    EXPECT_EQ(run.output, "LMCM-508\n");
-    EXPECT_EQ(run.errors, "");
+TEST(PrefixedResult, IsTheResult) {
+    for (const char *result : {"<ns:result>LMWS-403</ns:result>",
+                               "<o:result xmlns:o=\"urn:other\">LMWS-403</o:result>"}) {
+        peer service(answering(http_answer(envelope(response_element("test", result)))));
+        const run_result run = call_service(service, {"-f", "SERVICE_TEST"});
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, "LMWS-403\n");
+        EXPECT_EQ(run.errors, "");
+    }
 }
 
 TEST(AbsentVersion, LeavesTheVersionConstantAlone) {
