@@ -24,8 +24,6 @@ std::string with_body(const std::string &content) {
     return http_answer(envelope(content));
 }
 
-const std::string USUAL =
-    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
 const std::string RESULT = "<result>LMWS-000</result>";
 
 std::string in_chunks(const std::string &body, std::size_t size) {
@@ -50,7 +48,7 @@ struct answer_case {
 const std::string ABSENT = "(null)";
 
 const answer_case CHILDREN_CASES[] = {
-    {"InOrder", with_children(USUAL), "on", "7"},
+    {"InOrder", with_children(USUAL_RECORD), "on", "7"},
     {"Reversed",
      with_children("<currentvalue>7</currentvalue><status>on</status><result>LMWS-000</result>"),
      "on", "7"},
@@ -68,14 +66,14 @@ const answer_case CHILDREN_CASES[] = {
      ABSENT, ABSENT},
     {"NotNil", with_children(RESULT + "<status xsi:nil=\"false\">on</status>"), "on", ABSENT},
     {"Unknown",
-     with_children("<more>1<deep>2</deep></more>" + USUAL +
+     with_children("<more>1<deep>2</deep></more>" + USUAL_RECORD +
                    "<q:other xmlns:q=\"urn:q\" a=\"b\">3</q:other>"),
      "on", "7"},
-    {"UnknownEmpty", with_children("<more/>" + USUAL + "<more/>"), "on", "7"},
+    {"UnknownEmpty", with_children("<more/>" + USUAL_RECORD + "<more/>"), "on", "7"},
     {"OtherCaseIsUnknown",
      with_children(RESULT + "<Status>on</Status><currentvalue>7</currentvalue>"), ABSENT, "7"},
-    {"FirstOfTwoCountsWhateverThePrefix", with_children(USUAL + "<ns:status>off</ns:status>"), "on",
-     "7"},
+    {"FirstOfTwoCountsWhateverThePrefix",
+     with_children(USUAL_RECORD + "<ns:status>off</ns:status>"), "on", "7"},
     {"Prefixed",
      with_children(RESULT + "<ns:status>on</ns:status>"
                             "<o:currentvalue xmlns:o=\"urn:other\">7</o:currentvalue>"),
@@ -127,53 +125,56 @@ const answer_case REFERENCE_CASES[] = {
     {"WholeResponse",
      with_body("<ns:service-getelementstatusResponse href=\"#r\"/>"
                "<ns:service-getelementstatusResponse id=\"r\">" +
-               USUAL + "</ns:service-getelementstatusResponse>"),
+               USUAL_RECORD + "</ns:service-getelementstatusResponse>"),
      "on", "7"},
     {"WholeResponseAsMultiRef",
      with_body("<ns:service-getelementstatusResponse href=\"#r\"/>"
                "<multiRef id=\"r\" xsi:type=\"ns:service-getelementstatusResponse\">" +
-               USUAL + "</multiRef>"),
+               USUAL_RECORD + "</multiRef>"),
      "on", "7"},
 };
 
 const answer_case WRAPPING_CASES[] = {
     {"ResponseInDefaultNamespace",
-     with_body("<service-getelementstatusResponse xmlns=\"urn:xmethods-lumows\">" + USUAL +
+     with_body("<service-getelementstatusResponse xmlns=\"urn:xmethods-lumows\">" + USUAL_RECORD +
                "</service-getelementstatusResponse>"),
      "on", "7"},
     {"ResponseWithOtherPrefix",
-     with_body("<m:service-getelementstatusResponse xmlns:m=\"urn:xmethods-lumows\">" + USUAL +
-               "</m:service-getelementstatusResponse>"),
+     with_body("<m:service-getelementstatusResponse xmlns:m=\"urn:xmethods-lumows\">" +
+               USUAL_RECORD + "</m:service-getelementstatusResponse>"),
      "on", "7"},
     {"ResponseWithForeignType",
-     with_body("<ns:service-getelementstatusResponse xsi:type=\"ns:nosuch\">" + USUAL +
+     with_body("<ns:service-getelementstatusResponse xsi:type=\"ns:nosuch\">" + USUAL_RECORD +
                "</ns:service-getelementstatusResponse>"),
      "on", "7"},
     {"Soap12Envelope",
-     http_answer(ENVELOPE_TAG_12 + element("SOAP-ENV:Body", status_response(USUAL)) +
+     http_answer(ENVELOPE_TAG_12 + element("SOAP-ENV:Body", status_response(USUAL_RECORD)) +
                  "</SOAP-ENV:Envelope>"),
      "on", "7"},
     {"HeaderPlain",
-     http_answer(envelope(status_response(USUAL),
+     http_answer(envelope(status_response(USUAL_RECORD),
                           "<SOAP-ENV:Header><t:id xmlns:t=\"urn:t\">1</t:id></SOAP-ENV:Header>")),
      "on", "7"},
-    {"HeaderEmpty", http_answer(envelope(status_response(USUAL), "<SOAP-ENV:Header/>")), "on", "7"},
+    {"HeaderEmpty", http_answer(envelope(status_response(USUAL_RECORD), "<SOAP-ENV:Header/>")),
+     "on", "7"},
     {"HeaderNeedNotBeUnderstood",
-     http_answer(envelope(status_response(USUAL),
+     http_answer(envelope(status_response(USUAL_RECORD),
                           "<SOAP-ENV:Header><t:id xmlns:t=\"urn:t\" SOAP-ENV:mustUnderstand=\"0\">"
                           "1</t:id></SOAP-ENV:Header>")),
      "on", "7"},
     {"XmlDeclaration",
-     http_answer("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + envelope(status_response(USUAL))),
+     http_answer("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" +
+                 envelope(status_response(USUAL_RECORD))),
      "on", "7"},
-    {"ByteOrderMark", http_answer("\xef\xbb\xbf" + envelope(status_response(USUAL))), "on", "7"},
+    {"ByteOrderMark", http_answer("\xef\xbb\xbf" + envelope(status_response(USUAL_RECORD))), "on",
+     "7"},
     {"Comments",
      http_answer("<!-- 1 -->" +
                  envelope("<!-- 2 -->" + status_response("<!-- 3 -->" + RESULT +
                                                          "<status>o<!-- <a> -->n</status>")) +
                  "<!-- 4 -->"),
      "on", ABSENT},
-    {"ProcessingInstruction", with_children("<?page break?>" + USUAL), "on", "7"},
+    {"ProcessingInstruction", with_children("<?page break?>" + USUAL_RECORD), "on", "7"},
     {"CData",
      with_children("<result><![CDATA[LMWS-000]]></result>"
                    "<status><![CDATA[<a> & &amp; ]] b]]></status>"
@@ -182,13 +183,13 @@ const answer_case WRAPPING_CASES[] = {
     {"BlanksBetweenElements",
      with_body("\r\n  " + status_response("\n\t" + RESULT + "\n\t<status>on</status>\n") + "\n"),
      "on", ABSENT},
-    {"Chunked", in_chunks(envelope(status_response(USUAL)), 50), "on", "7"},
-    {"ChunksOfOneByte", in_chunks(envelope(status_response(USUAL)), 1), "on", "7"},
-    {"OneChunk", in_chunks(envelope(status_response(USUAL)), 100000), "on", "7"},
+    {"Chunked", in_chunks(envelope(status_response(USUAL_RECORD)), 50), "on", "7"},
+    {"ChunksOfOneByte", in_chunks(envelope(status_response(USUAL_RECORD)), 1), "on", "7"},
+    {"OneChunk", in_chunks(envelope(status_response(USUAL_RECORD)), 100000), "on", "7"},
     {"NoLengthUntilTheEnd",
-     "HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n" + envelope(status_response(USUAL)), "on",
-     "7"},
-    {"ContinueFirst", "HTTP/1.1 100 Continue\r\n\r\n" + with_children(USUAL), "on", "7"},
+     "HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n" + envelope(status_response(USUAL_RECORD)),
+     "on", "7"},
+    {"ContinueFirst", "HTTP/1.1 100 Continue\r\n\r\n" + with_children(USUAL_RECORD), "on", "7"},
 };
 
 const answer_case TEXT_CASES[] = {
@@ -215,24 +216,20 @@ class Answer : public testing::TestWithParam<answer_case> {};
 TEST_P(Answer, IsRead) {
     const answer_case &row = GetParam();
     peer service(answering(row.answer));
-    const run_result run =
-        call_service(service, {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"});
+    const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
-    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Status: " + row.status) +
-                              green(run.pid, "[lumocmd] Current Value: " + row.value) +
-                              "LMCM-0000\n");
+    EXPECT_EQ(run.output, record_lines(run.pid, row.status, row.value) + "LMCM-0000\n");
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 0);
 }
 
-constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
 INSTANTIATE_TEST_SUITE_P(Children, Answer, testing::ValuesIn(CHILDREN_CASES), NAME_OF_ROW);
 INSTANTIATE_TEST_SUITE_P(Reference, Answer, testing::ValuesIn(REFERENCE_CASES), NAME_OF_ROW);
 INSTANTIATE_TEST_SUITE_P(Wrapping, Answer, testing::ValuesIn(WRAPPING_CASES), NAME_OF_ROW);
 INSTANTIATE_TEST_SUITE_P(Text, Answer, testing::ValuesIn(TEXT_CASES), NAME_OF_ROW);
 
 TEST(AnswerInDrops, IsRead) {
-    peer service(after_request({drip(with_children(USUAL)), close_connection()}));
+    peer service(after_request({drip(with_children(USUAL_RECORD)), close_connection()}));
     const run_result run = call_service(service, {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i"});
     EXPECT_EQ(service.finish(), "");
     EXPECT_EQ(run.output, "LMCM-0000\n");
@@ -266,8 +263,7 @@ class InvalidUtf8 : public testing::TestWithParam<invalid_case> {};
 TEST_P(InvalidUtf8, NeitherCrashesNorHangs) {
     peer service(answering(with_children(RESULT + "<currentvalue>before</currentvalue>" +
                                          element("status", GetParam().bytes))));
-    const run_result run =
-        call_service(service, {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"});
+    const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
     EXPECT_NE(run.output.find("[lumocmd] Status: "), std::string::npos);
     EXPECT_NE(run.output.find(green(run.pid, "[lumocmd] Current Value: before")),

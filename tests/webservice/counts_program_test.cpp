@@ -13,8 +13,6 @@ using namespace protocol;
 
 constexpr int MALFORMED = 505 & 0xff;
 
-constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
-
 bool is_counted(const service_row &row) {
     return row.needed != nullptr;
 }

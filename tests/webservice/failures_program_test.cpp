@@ -18,22 +18,14 @@ using namespace harness;
 constexpr int NO_RESULT = 508 & 0xff;
 constexpr int BAD_PARAMETER = 502 & 0xff;
 
-const words CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
-const words TEXT_CALL = {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"};
-
-const std::string USUAL =
-    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
-
 std::string usual_envelope() {
-    return envelope(response_element("getelementstatus", USUAL));
+    return envelope(response_element("getelementstatus", USUAL_RECORD));
 }
 
 /// The envelope up to the last occurrence of a piece of it.
 std::string cut_before(const std::string &piece) {
     return usual_envelope().substr(0, usual_envelope().rfind(piece));
 }
-
-constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
 
 // ---------------------------------------------------------------------------------------------
 // Faults: the report shows the service's own words
@@ -67,7 +59,7 @@ class Fault : public testing::TestWithParam<fault_case> {
         const fault_case &row = GetParam();
         peer service(answering(http_answer(
             envelope(fault_element(row.code, "Out of &lt;order&gt;", row.more)), http_status)));
-        const run_result run = call_service(service, CALL);
+        const run_result run = call_service(service, RECORD_CALL);
         EXPECT_EQ(service.finish(), "");
         EXPECT_EQ(run.output, "LMCM-508\n");
         EXPECT_EQ(run.errors, fault_report(row.code, "Out of <order>", row.detail));
@@ -114,7 +106,7 @@ TEST_P(Fault12, IsReported) {
         http_answer(ENVELOPE_TAG_12 + element("SOAP-ENV:Body", element("SOAP-ENV:Fault", fault)) +
                         "</SOAP-ENV:Envelope>",
                     "500 Internal Server Error", "application/soap+xml; charset=utf-8")));
-    const run_result run = call_service(service, CALL);
+    const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
     EXPECT_EQ(run.output, "LMCM-508\n");
     EXPECT_EQ(run.errors, row.report);
@@ -154,36 +146,36 @@ const failure_case FAILURE_CASES[] = {
     {"EmptySoapBody", sends(http_answer(envelope(""))), {"SOAP-ENV:Client"}},
     {"TextInSoapBody", sends(http_answer(envelope("on"))), {"SOAP-ENV:Client"}},
     {"ResponseOfAnotherOperation",
-     sends(http_answer(envelope(response_element("test", USUAL)))),
+     sends(http_answer(envelope(response_element("test", USUAL_RECORD)))),
      {"SOAP-ENV:Client"}},
     {"RequestEchoed",
-     sends(http_answer(envelope(element("ns:service-getelementstatus", USUAL)))),
+     sends(http_answer(envelope(element("ns:service-getelementstatus", USUAL_RECORD)))),
      {"SOAP-ENV:Client"}},
     {"OtherNamespace",
      sends(http_answer(envelope("<m:service-getelementstatusResponse xmlns:m=\"urn:other\">" +
-                                USUAL + "</m:service-getelementstatusResponse>"))),
+                                USUAL_RECORD + "</m:service-getelementstatusResponse>"))),
      {"SOAP-ENV:Client"}},
     {"NoNamespace",
-     sends(http_answer(envelope(element("service-getelementstatusResponse", USUAL)))),
+     sends(http_answer(envelope(element("service-getelementstatusResponse", USUAL_RECORD)))),
      {"SOAP-ENV:Client"}},
     {"ForeignElementFirst",
-     sends(http_answer(envelope("<more/>" + response_element("getelementstatus", USUAL)))),
+     sends(http_answer(envelope("<more/>" + response_element("getelementstatus", USUAL_RECORD)))),
      {"SOAP-ENV:Client"}},
     {"ForeignEnvelope",
      sends(http_answer("<e:Envelope xmlns:e=\"urn:other\"><e:Body/></e:Envelope>")),
      {"fault"}},
     {"HeaderMustBeUnderstood",
-     sends(http_answer(envelope(response_element("getelementstatus", USUAL),
+     sends(http_answer(envelope(response_element("getelementstatus", USUAL_RECORD),
                                 "<SOAP-ENV:Header><t:id xmlns:t=\"urn:t\" "
                                 "SOAP-ENV:mustUnderstand=\"1\">1</t:id></SOAP-ENV:Header>"))),
      {"SOAP-ENV:MustUnderstand", "t:id"}},
     {"UnknownChildMustBeUnderstood",
      sends(http_answer(envelope(response_element(
-         "getelementstatus", "<more SOAP-ENV:mustUnderstand=\"1\">1</more>" + USUAL)))),
+         "getelementstatus", "<more SOAP-ENV:mustUnderstand=\"1\">1</more>" + USUAL_RECORD)))),
      {"SOAP-ENV:MustUnderstand", "more"}},
     {"UnknownChildOfTheEnvelope",
      sends(http_answer(envelope(
-         response_element("getelementstatus", "<SOAP-ENV:more>1</SOAP-ENV:more>" + USUAL)))),
+         response_element("getelementstatus", "<SOAP-ENV:more>1</SOAP-ENV:more>" + USUAL_RECORD)))),
      {"SOAP-ENV:Client", "SOAP-ENV:more"}},
     {"TruncatedInTheEnvelope", sends(http_answer(cut_before("<SOAP-ENV:Body"))), {"End of file"}},
     {"TruncatedInTheResponse", sends(http_answer(cut_before("<result>"))), {"End of file"}},
@@ -220,7 +212,7 @@ class Failure : public testing::TestWithParam<failure_case> {};
 
 TEST_P(Failure, OfARecordIsNoResult) {
     peer service(after_request(GetParam().further));
-    const run_result run = call_service(service, CALL);
+    const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
     EXPECT_EQ(run.output, "LMCM-508\n");
     expect_report(run.errors, GetParam().report);
@@ -255,11 +247,9 @@ class PartialAnswer : public testing::TestWithParam<partial_case> {};
 TEST_P(PartialAnswer, ShowsWhatWasRead) {
     const partial_case &row = GetParam();
     peer service(answering(http_answer(row.body)));
-    const run_result run = call_service(service, CALL);
+    const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
-    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Status: " + row.status) +
-                              green(run.pid, "[lumocmd] Current Value: " + row.value) +
-                              "LMCM-0000\n");
+    EXPECT_EQ(run.output, record_lines(run.pid, row.status, row.value) + "LMCM-0000\n");
     expect_report(run.errors, {row.report});
     EXPECT_EQ(run.status, 0);
 }
@@ -283,7 +273,7 @@ TEST(Connection, RefusedLeavesATextGroupsLine) {
     arguments.insert(arguments.end(), TEXT_CALL.begin(), TEXT_CALL.end());
     const run_result run = lumocmd(arguments);
     close(refusing);
-    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Url: (null)") + "LMCM-502\n");
+    EXPECT_EQ(run.output, text_line(run.pid, "(null)") + "LMCM-502\n");
     expect_report(run.errors, {"Connection refused"});
     EXPECT_EQ(run.status, BAD_PARAMETER);
 }
@@ -292,7 +282,7 @@ TEST(Connection, ResetBeforeTheRequestIsReported) {
     peer service({reset()});
     const run_result run = call_service(service, TEXT_CALL);
     EXPECT_EQ(service.finish(), "");
-    EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Url: (null)") + "LMCM-502\n");
+    EXPECT_EQ(run.output, text_line(run.pid, "(null)") + "LMCM-502\n");
     expect_report(run.errors, {"fault"});
     EXPECT_EQ(run.status, BAD_PARAMETER);
 }

@@ -1,5 +1,7 @@
 #include "tests/webservice/http_peer.h"
 
+#include "tests/harness/console.h"
+
 #include <sstream>
 
 namespace harness {
@@ -113,6 +115,15 @@ run_result call_service(const peer &service, const words &further) {
     words arguments = {"-t", "SOAP", "-u", url_of(service)};
     arguments.insert(arguments.end(), further.begin(), further.end());
     return lumocmd(arguments);
+}
+
+std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {
+    return green(pid, "[lumocmd] Status: " + status) +
+           green(pid, "[lumocmd] Current Value: " + value);
+}
+
+std::string text_line(pid_t pid, const std::string &url) {
+    return green(pid, "[lumocmd] Url: " + url);
 }
 
 std::string fault_report(const std::string &code, const std::string &reason,

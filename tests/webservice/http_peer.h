@@ -70,6 +70,21 @@ std::string sent_envelope(const peer &service);
 /// Runs the program with a SOAP request: `-t SOAP -u <peer's url>` and the further arguments.
 run_result call_service(const peer &service, const words &further);
 
+/// Names a test's row.
+constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
+
+/// A call whose lines are shown only with a result, and what is usually answered.
+inline const words RECORD_CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
+inline const std::string USUAL_RECORD =
+    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
+
+/// The lines of that call.
+std::string record_lines(pid_t pid, const std::string &status, const std::string &value);
+
+/// A call whose line is shown in any case, and that line.
+inline const words TEXT_CALL = {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"};
+std::string text_line(pid_t pid, const std::string &url);
+
 /// The client's report of a fault on standard error.
 std::string fault_report(const std::string &code, const std::string &reason,
                          const std::string &detail = "[no detail]");

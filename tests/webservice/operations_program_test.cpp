@@ -254,7 +254,6 @@ TEST_P(Operation, TakesNoOtherResponse) {
     EXPECT_EQ(run.status, without_result_exit(row));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Operation, testing::ValuesIn(SERVICE_FUNCTIONS),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, Operation, testing::ValuesIn(SERVICE_FUNCTIONS), NAME_OF_ROW);
 
 } // namespace

@@ -72,8 +72,7 @@ TEST_P(RemoteElement, SendsTheFirstSix) {
     EXPECT_EQ(run.status, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, RemoteElement, testing::ValuesIn(REMOTE_CASES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, RemoteElement, testing::ValuesIn(REMOTE_CASES), NAME_OF_ROW);
 
 // ---------------------------------------------------------------------------------------------
 // The local endpoint
@@ -162,8 +161,7 @@ TEST_P(LocalElement, TakesFiveOrSix) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, LocalElement, testing::ValuesIn(LOCAL_CASES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, LocalElement, testing::ValuesIn(LOCAL_CASES), NAME_OF_ROW);
 
 // ---------------------------------------------------------------------------------------------
 // No endpoint at all: the parser stops early at an unknown -v word and leaves it out

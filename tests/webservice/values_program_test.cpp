@@ -115,16 +115,14 @@ TEST_P(Value, ComesBackAsTheSameBytes) {
     }
     peer service(answering(http_answer(envelope(response_element(
         "retrieveconfiguration", "<result>LMWS-000</result>" + element("url", escaped))))));
-    const run_result run =
-        call_service(service, {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"});
+    const run_result run = call_service(service, TEXT_CALL);
     EXPECT_EQ(service.finish(), "");
-    EXPECT_TRUE(run.output == green(run.pid, "[lumocmd] Url: " + row.given) + "LMCM-0000\n")
+    EXPECT_TRUE(run.output == text_line(run.pid, row.given) + "LMCM-0000\n")
         << run.output.substr(0, 300);
     EXPECT_EQ(run.errors, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Value, testing::ValuesIn(VALUE_CASES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, Value, testing::ValuesIn(VALUE_CASES), NAME_OF_ROW);
 
 struct waittime_case {
     const char *name;
@@ -154,7 +152,6 @@ TEST_P(WaitTime, TravelsAsDecimalText) {
     EXPECT_EQ(run.output, "LMCM-0000\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, WaitTime, testing::ValuesIn(WAITTIME_CASES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, WaitTime, testing::ValuesIn(WAITTIME_CASES), NAME_OF_ROW);
 
 } // namespace

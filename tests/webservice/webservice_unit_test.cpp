@@ -114,8 +114,7 @@ TEST_P(CallReturns, TheRuntimesCode) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, CallReturns, testing::ValuesIn(RETURN_CASES),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, CallReturns, testing::ValuesIn(RETURN_CASES), NAME_OF_ROW);
 
 /// A body that is neither response nor fault. Which code stands for it is the runtime's choice
 /// (this release takes the HTTP status), but it is a failure, not a fault of the service, and reads
