@@ -84,24 +84,24 @@ bool send_all(int connection, const char *bytes, std::size_t length) {
     return true;
 }
 
+/// One repetition of a piece.
+std::string repetition(const piece &part, std::size_t number) {
+    return part.numbered.empty() ? part.bytes : part.bytes + std::to_string(number) + part.numbered;
+}
+
 /// Sends an answer; false when the client went away before its end.
 bool send_pieces(int connection, const pieces &answer, std::size_t at_once) {
     std::string waiting;
-    waiting.reserve(2 * MOST_AT_ONCE);
     for (const piece &part : answer) {
         for (std::size_t i = 0; i < part.times; i++) {
-            for (std::size_t from = 0; from < part.bytes.size();) {
-                const std::size_t count =
-                    std::min(part.bytes.size() - from, at_once - waiting.size());
-                waiting.append(part.bytes, from, count);
-                from += count;
-                if (waiting.size() == at_once) {
-                    if (!send_all(connection, waiting.data(), waiting.size())) {
-                        return false;
-                    }
-                    waiting.clear();
+            waiting += repetition(part, i);
+            std::size_t sent = 0;
+            for (; waiting.size() - sent >= at_once; sent += at_once) {
+                if (!send_all(connection, waiting.data() + sent, at_once)) {
+                    return false;
                 }
             }
+            waiting.erase(0, sent);
         }
     }
     return send_all(connection, waiting.data(), waiting.size());
@@ -124,7 +124,13 @@ void hold(int connection, int stop, bool reading) {
 std::size_t size_of(const pieces &answer) {
     std::size_t size = 0;
     for (const piece &part : answer) {
-        size += part.bytes.size() * part.times;
+        if (part.numbered.empty()) {
+            size += part.bytes.size() * part.times;
+            continue;
+        }
+        for (std::size_t i = 0; i < part.times; i++) {
+            size += repetition(part, i).size();
+        }
     }
     return size;
 }

@@ -12,10 +12,12 @@
 
 namespace harness {
 
-/// Bytes that are sent a number of times without ever standing in memory as a whole.
+/// Bytes that are sent a number of times without ever standing in memory as a whole: a process
+/// hands its size on to its children's measure.
 struct piece {
     std::string bytes;
     std::size_t times = 1;
+    std::string numbered = {}; ///< what follows each time behind its number, if anything does
 };
 using pieces = std::vector<piece>;
 
