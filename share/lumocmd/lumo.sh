@@ -1,0 +1,165 @@
+# What scripts around lumocmd have in common, for any POSIX shell; lumo.sh(7) describes it.
+# It owns the names that begin with lumo_ or LUMO_ and changes nothing else.
+# shellcheck shell=sh
+
+lumo_newline='
+'
+lumo_escape=$(printf '\033')
+lumo_red="${lumo_escape}[0;31m[lumocmd] "
+
+# Runs lumocmd with these arguments and sets LUMO_EXIT, LUMO_CODE, LUMO_PREFIX and LUMO_OUTPUT.
+# Succeeds only with code 0: codes such as 256 look like success in 8 bits.
+lumo_call() {
+    LUMO_EXIT=126
+    lumo_raw=
+    # Some shells remark on a command that a time limit ended; what lumocmd says is all kept.
+    {
+        LUMO_EXIT=0
+        lumo_raw=$(
+            set -- lumocmd "$@"
+            [ -z "${LUMO_LIMIT:-}" ] || set -- timeout "$LUMO_LIMIT" "$@"
+            "$@" 2>&1
+        ) || LUMO_EXIT=$?
+    } 2>/dev/null
+    lumo_read_status "${lumo_raw##*"$lumo_newline"}"
+    lumo_above=$lumo_raw
+    if [ -n "$LUMO_CODE" ]; then
+        case $lumo_raw in
+        *"$lumo_newline"*) lumo_above=${lumo_raw%"$lumo_newline"*} ;;
+        *) lumo_above= ;;
+        esac
+    fi
+    LUMO_OUTPUT=$lumo_above
+    case $LUMO_OUTPUT in
+    *"$lumo_escape"*) LUMO_OUTPUT=$(printf '%s\n' "$LUMO_OUTPUT" | lumo_plain) ;;
+    esac
+    [ "$LUMO_CODE" = 0 ] || [ "$LUMO_EXIT" -ne 0 ] || return 1
+    return "$LUMO_EXIT"
+}
+
+# Takes the last line apart. It is a status only if its low 8 bits are the exit status: a run that
+# was cut short leaves any line as the last one.
+lumo_read_status() {
+    LUMO_CODE=
+    LUMO_PREFIX=
+    case $1 in
+    *[!A-Z0-9-]* | -*) return 0 ;;
+    *-*) ;;
+    *) return 0 ;;
+    esac
+    lumo_number=${1#*-}
+    lumo_digits=${lumo_number#-}
+    case $lumo_digits in
+    '' | *[!0-9]*) return 0 ;;
+    esac
+    lumo_digits=${lumo_digits#"${lumo_digits%%[!0]*}"}
+    lumo_digits=${lumo_digits:-0}
+    case $lumo_number in
+    -*) lumo_digits=-$lumo_digits ;;
+    esac
+    [ $((lumo_digits & 255)) -eq "$LUMO_EXIT" ] || return 0
+    LUMO_CODE=$lumo_digits
+    # shellcheck disable=SC2034 # it is the caller's to read
+    LUMO_PREFIX=${1%%-*}
+}
+
+# Prints the status text of the last call, or its exit status when there was none.
+lumo_status() {
+    if [ -n "$LUMO_CODE" ]; then
+        printf '%s\n' "${lumo_raw##*"$lumo_newline"}"
+    else
+        printf 'exit %s\n' "$LUMO_EXIT"
+    fi
+}
+
+# Prints what became of the last call: done, refused, unreachable, invalid or unknown.
+lumo_outcome() {
+    case $LUMO_CODE in
+    0) echo 'done' ;;
+    503 | 505 | 507) echo invalid ;;
+    502 | 508) lumo_outcome_of_service ;;
+    '') lumo_outcome_without_status ;;
+    *) lumo_outcome_of_daemon ;;
+    esac
+}
+
+lumo_outcome_without_status() {
+    case $LUMO_EXIT in
+    125 | 126 | 127 | 246 | 249 | 250) echo invalid ;;
+    *) echo unknown ;;
+    esac
+}
+
+# The report of a failed call comes before everything else.
+lumo_outcome_of_service() {
+    case $lumo_above in
+    *"$lumo_red"*" error url "*" cannot be used"*) echo invalid ;;
+    "SOAP 1.1 fault "*"${lumo_newline}Detail: connect failed in tcp_connect()"* | \
+        "SOAP 1.1 fault "*"${lumo_newline}Detail: getaddrinfo failed in tcp_connect()"*)
+        echo unreachable
+        ;;
+    *) echo unknown ;;
+    esac
+}
+
+# A daemon may answer the numbers that lumocmd itself uses. What lumocmd found out, it says in red.
+lumo_outcome_of_daemon() {
+    case ${lumo_above##*"$lumo_newline"} in
+    *"$lumo_red"*" error opening socket "*" clientside for function "*) echo unreachable ;;
+    *"$lumo_red"*" not supported"* | *"$lumo_red"*" longer than "*) echo invalid ;;
+    *)
+        case $lumo_above in
+        *"$lumo_red"*) echo unknown ;;
+        *) echo refused ;;
+        esac
+        ;;
+    esac
+}
+
+# Prints the value of a result line of the last call, such as "Current Value". Fails when there is
+# none: the call needs -v ON as its first option.
+lumo_value() {
+    lumo_start="${lumo_escape}[0;32m[lumocmd] $1: "
+    case $lumo_raw in
+    *"$lumo_start"*) ;;
+    *) return 1 ;;
+    esac
+    lumo_rest=${lumo_raw#*"$lumo_start"}
+    printf '%s\n' "${lumo_rest%%"${lumo_escape}[0;39m"*}"
+}
+
+# lumo_call, again and again while nothing could be sent: LUMO_TRIES calls (5) with pauses that
+# begin at LUMO_DELAY seconds (1) and double.
+lumo_retry() {
+    lumo_tries=${LUMO_TRIES:-5}
+    lumo_delay=${LUMO_DELAY:-1}
+    while ! lumo_call "$@"; do
+        lumo_tries=$((lumo_tries - 1))
+        if [ "$lumo_tries" -le 0 ] || [ "$(lumo_outcome)" != unreachable ]; then
+            [ "$LUMO_EXIT" -ne 0 ] || return 1
+            return "$LUMO_EXIT"
+        fi
+        [ "$lumo_delay" -eq 0 ] || sleep "$lumo_delay"
+        lumo_delay=$((lumo_delay * 2))
+    done
+}
+
+# Prints the values as one list for -p. Refuses what the list cannot carry.
+lumo_list() {
+    lumo_joined=
+    for lumo_item in "$@"; do
+        case $lumo_item in
+        '' | *'|'* | *"$lumo_newline"*)
+            echo 'lumo_list: a value is empty or holds a bar or a line feed' >&2
+            return 1
+            ;;
+        esac
+        lumo_joined="${lumo_joined}${lumo_joined:+|}$lumo_item"
+    done
+    printf '%s\n' "$lumo_joined"
+}
+
+# Copies its input without the colours.
+lumo_plain() {
+    LC_ALL=C sed "s/${lumo_escape}\\[[0-9;]*m//g"
+}
