@@ -161,5 +161,5 @@ lumo_list() {
 
 # Copies its input without the colours.
 lumo_plain() {
-    LC_ALL=C sed "s/${lumo_escape}\\[[0-9;]*m//g"
+    sed "s/${lumo_escape}\\[[0-9;]*m//g"
 }
