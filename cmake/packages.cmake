@@ -29,6 +29,18 @@ endfunction()
 
 install_documents(lumocmd lumocmd.1)
 add_dependencies(lumocmd_documents lumocmd_manual)
+
+# What scripts read, and its page.
+install(FILES ${PROJECT_SOURCE_DIR}/share/lumocmd/lumo.sh
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd COMPONENT lumocmd)
+add_custom_command(
+    OUTPUT lumo.sh.7.gz
+    COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/man/lumo.sh.7 > lumo.sh.7.gz
+    DEPENDS ${PROJECT_SOURCE_DIR}/man/lumo.sh.7
+    VERBATIM)
+add_custom_target(lumo_sh_manual ALL DEPENDS lumo.sh.7.gz)
+install(FILES ${PROJECT_BINARY_DIR}/lumo.sh.7.gz
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT lumocmd)
 set(CPACK_COMPONENTS_ALL lumocmd)
 if(TARGET lumosim)
     install(TARGETS lumosim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumosim)

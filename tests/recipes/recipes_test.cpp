@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
+#include <regex>
 #include <sstream>
 
 namespace {
@@ -133,6 +134,49 @@ TEST(Recipes, HaveAMarkEach) {
         }
     }
     EXPECT_GT(scripts, 0U);
+}
+
+/// The example of the library's own manual.
+TEST(LibraryManual, ShowsWhatHappens) {
+    const std::string page = file_text(PROJECT_DIRECTORY "/man/lumo.sh.7");
+    const std::string begin = ".Bd -literal -offset indent\n";
+    const std::size_t start = page.find(begin) + begin.size();
+    std::string script = page.substr(start, page.find(".Ed\n") - start);
+    script = replaced(replaced(script, "\\&", ""), "\\e", "\\");
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    const std::string url =
+        "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
+    for (const shell_row &shell : SHELLS) {
+        const run_result seen =
+            shell_room(shell).run(replaced(script, SHOWN_URL, url), simulator.home.path);
+        EXPECT_EQ(seen.errors, "") << shell.name;
+        ASSERT_NE(seen.output, "") << shell.name;
+        const std::string quoted = ".Ql " + seen.output.substr(0, seen.output.size() - 1) + " .\n";
+        EXPECT_NE(page.find(quoted), std::string::npos) << shell.name << " prints " << seen.output;
+    }
+}
+
+TEST(LibraryManual, PleasesMandoc) {
+    const run_result lint = run({"mandoc", "-T", "lint", PROJECT_DIRECTORY "/man/lumo.sh.7"});
+    std::istringstream lines(lint.output);
+    for (std::string line; std::getline(lines, line);) {
+        // The pages that it refers to need not be installed.
+        EXPECT_NE(line.find("referenced manual not found"), std::string::npos) << line;
+    }
+    EXPECT_LE(lint.status, 1) << lint.errors;
+}
+
+/// Every function and variable that the library keeps for scripts stands in its manual.
+TEST(LibraryManual, NamesWhatScriptsUse) {
+    const std::string page = file_text(PROJECT_DIRECTORY "/man/lumo.sh.7");
+    const std::string recipes = file_text(PAGE);
+    const std::regex name("\\b(lumo_[a-z]+|LUMO_[A-Z]+)\\b(?!\\.socket)");
+    for (std::sregex_iterator found(recipes.begin(), recipes.end(), name), end; found != end;
+         ++found) {
+        EXPECT_NE(page.find(found->str()), std::string::npos) << found->str();
+    }
+    EXPECT_TRUE(std::regex_search(recipes, name));
 }
 
 TEST(Recipes, PleaseShellcheck) {
