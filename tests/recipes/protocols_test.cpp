@@ -1,0 +1,262 @@
+// The bytes that docs/protocols.md shows, sent and expected; and the example daemon that is written
+// after it.
+
+#include "tests/harness/meeting_point.h"
+#include "tests/harness/terminal.h"
+#include "tests/recipes/shell_room.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/webservice/http_peer.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+
+namespace {
+
+using namespace harness;
+
+/// The lines below a mark of the page, up to the next empty line outside a block.
+std::vector<std::string> lines_below(const std::string &mark) {
+    std::istringstream page(file_text(PROJECT_DIRECTORY "/docs/protocols.md"));
+    std::vector<std::string> lines;
+    std::string line;
+    while (std::getline(page, line) && line != "<!-- " + mark + " -->") {
+    }
+    bool fenced = false;
+    while (std::getline(page, line) && (fenced || !line.empty())) {
+        if (line.rfind("```", 0) == 0) {
+            fenced = !fenced;
+        } else {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+std::string bytes(const char *name) {
+    std::string text;
+    for (const std::string &line : lines_below(std::string("bytes ") + name)) {
+        text += line + "\n";
+    }
+    return text;
+}
+
+/// An HTTP message as it travels: its head's lines with carriage returns, its XML unbroken. What
+/// ends the XML is left to the caller.
+std::string http_bytes(const char *name) {
+    const std::string text = bytes(name);
+    const std::size_t body = text.find("\n\n") + 2;
+    std::string xml = text.substr(body);
+    const std::size_t declaration = xml.find("?>\n") + 3;
+    const std::string envelope =
+        std::regex_replace(std::regex_replace(xml.substr(declaration), std::regex(">\n *"), ">"),
+                           std::regex("\n *"), " ");
+    return replaced(text.substr(0, body), "\n", "\r\n") + xml.substr(0, declaration) + envelope;
+}
+
+/// A row of an answer table: what the daemon sends, nothing when it closes at once, and the last
+/// line of the tool.
+struct answer_row {
+    bool closes;
+    std::string answer;
+    std::string last_line;
+};
+
+std::vector<answer_row> answers(const char *name) {
+    std::vector<answer_row> rows;
+    const std::regex row(R"(\| (?:`(.*)`|nothing, .*) \| `(.*)` \|)");
+    const auto lines = lines_below(std::string("answers ") + name);
+    for (std::size_t i = 2; i < lines.size(); i++) { // below the heading and its rule
+        std::smatch found;
+        EXPECT_TRUE(std::regex_match(lines[i], found, row)) << lines[i];
+        const std::string answer = replaced(replaced(found[1], "\\n", "\n"), "\\r", "\r");
+        rows.push_back({!found[1].matched, answer, found[2]});
+    }
+    EXPECT_FALSE(rows.empty()) << name;
+    return rows;
+}
+
+std::string last_line(const std::string &output) {
+    const std::string text = output.substr(0, output.rfind('\n'));
+    return text.substr(text.rfind('\n') + 1);
+}
+
+const words BENTEL = {"-t", "BENTELLOCAL",     "-f", "SENDBENTELCOMMANDDATAGRAM",
+                      "-p", "hall|1234|ARM|1", "-s"};
+const words FSMCORE = {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on", "-s"};
+const words GETELEMENTSTATUS = {
+    "-f", "SERVICE_GETELEMENTSTATUS", "-p", "DEMO-SESSION|LIVING-LAMP", "-v", "ON"};
+
+run_result call(const words &request, const std::string &path) {
+    words arguments = request;
+    arguments.push_back(path);
+    return lumocmd(arguments);
+}
+
+struct exchange_row {
+    const char *request;
+    const char *answer;
+    words arguments;
+};
+
+TEST(Protocols, ShowExchangesOfDaemons) {
+    const exchange_row rows[] = {{"gateway_request", "gateway_answer", BENTEL},
+                                 {"fsmcore_request", "fsmcore_answer", FSMCORE}};
+    for (const exchange_row &row : rows) {
+        ASSERT_NE(bytes(row.answer), "");
+        meeting_point daemon(family::UNIX_SOCKET, {expect(bytes(row.request)),
+                                                   reply(bytes(row.answer)), close_connection()});
+        EXPECT_EQ(call(row.arguments, daemon.path).output, "LMCM-0000\n");
+        EXPECT_EQ(daemon.daemon->finish(), "");
+    }
+}
+
+/// The simulated daemon takes the request that the page shows.
+TEST(Protocols, ShowRequestsThatDaemonsTake) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    EXPECT_EQ(ask_daemon(simulator.home.path, "bentelgateway", bytes("gateway_request")),
+              bytes("gateway_answer"));
+    const std::string answer = ask_daemon(simulator.home.path, "fsmcore", bytes("fsmcore_request"));
+    EXPECT_EQ(answer.rfind("Response Status: FSMC-000\nParameter Count: 2\n", 0), 0U) << answer;
+    const int connection = connect_port(simulator.port);
+    ASSERT_GE(connection, 0);
+    ASSERT_TRUE(send_bytes(connection, http_bytes("service_request") + "\r\n"));
+    const std::string service = read_all(connection);
+    EXPECT_NE(service.find("<result>LMWS-000</result>"), std::string::npos) << service;
+}
+
+TEST(Protocols, ShowWhatBecomesOfDaemonsAnswers) {
+    const std::pair<const char *, words> daemons[] = {{"gateway", BENTEL}, {"fsmcore", FSMCORE}};
+    for (const auto &[name, arguments] : daemons) {
+        for (const answer_row &row : answers(name)) {
+            SCOPED_TRACE(row.answer);
+            script steps = {collect_until("\n\n")};
+            if (!row.closes) {
+                steps.push_back(reply(row.answer));
+            }
+            steps.push_back(close_connection());
+            const meeting_point daemon(family::UNIX_SOCKET, steps);
+            EXPECT_EQ(last_line(call(arguments, daemon.path).output), row.last_line);
+            EXPECT_EQ(daemon.daemon->finish(), "");
+        }
+    }
+}
+
+TEST(Protocols, ShowTheServicesExchange) {
+    peer service(answering(http_bytes("service_answer")));
+    const std::string host = "Host: 127.0.0.1:" + std::to_string(service.port());
+    const run_result seen = call_service(service, GETELEMENTSTATUS);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(service.received(),
+              replaced(http_bytes("service_request"), "Host: localhost", host) + "\r\n");
+    const http_request request = split_request(service.received());
+    EXPECT_EQ(request.header("Content-Length"), std::to_string(request.body.size()));
+    EXPECT_NE(seen.output.find("[lumocmd] Status: OFF"), std::string::npos) << seen.output;
+    EXPECT_EQ(last_line(seen.output), "LMCM-0000");
+    EXPECT_EQ(seen.errors, "");
+}
+
+TEST(Protocols, ShowTheServicesFault) {
+    const std::pair<words, const char *> calls[] = {{GETELEMENTSTATUS, "LMCM-508"},
+                                                    {{"-f", "SERVICE_TEST"}, "LMCM-502"}};
+    for (const auto &[arguments, last] : calls) {
+        peer service(answering(http_bytes("service_fault")));
+        const run_result seen = call_service(service, arguments);
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(seen.errors, fault_report("SOAP-ENV:Client", "no such operation"));
+        EXPECT_EQ(last_line(seen.output), last);
+    }
+}
+
+TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
+    const std::string shown = "<result>LMWS-000</result>";
+    const std::string answer = http_bytes("service_answer");
+    ASSERT_NE(answer.find(shown), std::string::npos);
+    for (const answer_row &row : answers("service")) {
+        SCOPED_TRACE(row.answer);
+        const std::string result = row.closes ? "" : element("result", row.answer);
+        peer service(answering(replaced(answer, shown, result)));
+        EXPECT_EQ(last_line(call_service(service, GETELEMENTSTATUS).output), row.last_line);
+        EXPECT_EQ(service.finish(), "");
+    }
+}
+
+struct example_daemon {
+    example_daemon()
+        : path(directory.path + "/lumo_bentelgateway.socket"),
+          program({"/usr/bin/python3", PROJECT_DIRECTORY "/examples/gateway_daemon.py", path}) {
+        program.shown_until("ready");
+    }
+    temporary_directory directory;
+    std::string path;
+    terminal program;
+};
+
+TEST(ExampleDaemon, ServesTheProgram) {
+    example_daemon daemon;
+    EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
+    EXPECT_NO_THROW(daemon.program.shown_until("hall: ARM 1"));
+    EXPECT_EQ(
+        call({"-t", "BENTELLOCAL", "-f", "sendbentelcommanddatagram", "-p", "hall|9|ARM|1", "-s"},
+             daemon.path)
+            .output,
+        "BENT-1303\n");
+    // The program connects and sends nothing; the daemon goes on.
+    EXPECT_EQ(last_line(call({"-t", "BENTELLOCAL", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p",
+                              std::string(400, 'a') + "|" + std::string(400, 'b') + "|" +
+                                  std::string(400, 'c') + "|1",
+                              "-s"},
+                             daemon.path)
+                            .output),
+              "BENT-1306");
+    // A value with a line feed brings a line of its own.
+    EXPECT_EQ(call({"-t", "BENTELLOCAL", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p",
+                    "hall|1234|ARM\nPayload: 0|1", "-s"},
+                   daemon.path)
+                  .output,
+              "BENT-1302\n");
+    EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
+}
+
+struct daemon_row {
+    const char *sent;
+    bool drip;
+    const char *answer;
+};
+
+TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
+    const daemon_row rows[] = {
+        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n"
+         "Payload: c: d\n\n",
+         true, "Response Status: BENG-0000\n"},
+        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n\n",
+         false, "Response Status: BENG-1302\n"},
+        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nCommand: b\nUserCode: 1234\n"
+         "Payload: c\n\n",
+         false, "Response Status: BENG-1302\n"},
+        {"Request: OTHER\n\n", false, "Response Status: BENG-1301\n"},
+        {"Hello\n\n", false, "Response Status: BENG-1302\n"},
+        {"\n\n", false, "Response Status: BENG-1302\n"},
+        {"Request: \xff\n\n", false, "Response Status: BENG-1301\n"},
+    };
+    example_daemon daemon;
+    for (const daemon_row &row : rows) {
+        EXPECT_EQ(ask_daemon(daemon.directory.path, "bentelgateway", row.sent, row.drip),
+                  row.answer)
+            << row.sent;
+    }
+    const std::string endless(2000, 'x');
+    const std::string answer = ask_daemon(daemon.directory.path, "bentelgateway", endless);
+    EXPECT_EQ(answer.rfind("Response Status: BENG-1302\n", 0), 0U) << answer;
+}
+
+/// Short enough to be read in one sitting.
+TEST(ExampleDaemon, IsShort) {
+    const std::string text = file_text(PROJECT_DIRECTORY "/examples/gateway_daemon.py");
+    EXPECT_NE(text, "");
+    EXPECT_LE(std::count(text.begin(), text.end(), '\n'), 60);
+}
+
+} // namespace
