@@ -14,14 +14,19 @@ add_library(lumocmd_warnings INTERFACE)
 target_compile_options(lumocmd_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2
     -Wno-format-zero-length # an empty trace mark is part of the trail
-    -Wcast-align -Wcast-qual -Wundef -Wnull-dereference -Wdouble-promotion
-    -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wvla -Werror)
+    -Wcast-align -Wcast-qual -Wundef -Wnull-dereference -Wdouble-promotion -Wvla -Werror
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond> $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches>
+    $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>)
 
 # For the program and the library under it: no run-time library beyond libc, hardened.
 add_library(lumocmd_product INTERFACE)
 target_compile_options(lumocmd_product INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
-    "$<$<CONFIG:Release>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>"
+    "$<$<CONFIG:Release>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3>"
+    $<$<CXX_COMPILER_ID:GNU>:-ftrivial-auto-var-init=zero>
+    # Not on the controller: two pages of its flash for one large frame.
+    $<$<NOT:$<BOOL:${CMAKE_CROSSCOMPILING}>>:-fstack-clash-protection>
+    -fno-strict-overflow -fno-strict-aliasing
     -ffunction-sections -fdata-sections -fstack-protector-strong)
 target_link_options(lumocmd_product INTERFACE
     $<$<CONFIG:Release>:-s>
