@@ -1,0 +1,259 @@
+#include "fuzz/reference.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+
+namespace reference {
+
+namespace {
+
+bool is_one_of(char character, const std::string &characters) {
+    return characters.find(character) != std::string::npos;
+}
+
+char lower(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+/// "Response Status: " and "Parameter Count: " are compared ignoring case.
+bool has_tag(const std::string &line, const std::string &tag) {
+    return line.size() >= tag.size() && equal_ignoring_case(line.substr(0, tag.size()), tag);
+}
+
+} // namespace
+
+number read_number(const std::string &text) {
+    std::size_t at = 0;
+    while (at < text.size() && is_one_of(text[at], " \t\n\v\f\r")) {
+        at++;
+    }
+    const bool is_negative = at < text.size() && text[at] == '-';
+    if (at < text.size() && is_one_of(text[at], "+-")) {
+        at++;
+    }
+    const std::size_t first_digit = at;
+    const long long farthest = is_negative ? -static_cast<long long>(INT_MIN) : INT_MAX;
+    long long size = 0;
+    bool fits = true;
+    while (at < text.size() && is_one_of(text[at], "0123456789")) {
+        size = size * 10 + (text[at] - '0');
+        if (size > farthest) {
+            size = farthest;
+            fits = false;
+        }
+        at++;
+    }
+    if (at == first_digit) {
+        at = 0; // no number at all: nothing was read, blanks and sign included
+    }
+    number result;
+    result.is_valid = fits && at == text.size();
+    result.value = static_cast<int>(is_negative ? -size : size);
+    result.error = strerror(fits ? 0 : ERANGE);
+    return result;
+}
+
+std::vector<std::string> lines_of(const std::string &text) {
+    std::vector<std::string> lines(1);
+    for (const char character : text) {
+        if (character == '\n') {
+            lines.emplace_back();
+        } else {
+            lines.back() += character;
+        }
+    }
+    std::erase(lines, "");
+    return lines;
+}
+
+bool equal_ignoring_case(const std::string &one, const std::string &other) {
+    if (one.size() != other.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < one.size(); i++) {
+        if (lower(one[i]) != lower(other[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::vector<std::string> items_of(const std::string &list) {
+    std::vector<std::string> items(1);
+    for (const char character : list) {
+        if (character == '|') {
+            items.emplace_back();
+        } else {
+            items.back() += character;
+        }
+    }
+    std::vector<std::string> counted;
+    for (const std::string &item : items) {
+        if (item.empty()) {
+            break;
+        }
+        counted.push_back(item);
+    }
+    return counted;
+}
+
+std::string status_text(int code) {
+    struct row {
+        int last;
+        const char *prefix;
+        std::size_t digits;
+    };
+    const row rows[] = {
+        {0, "LMCM", 4},    {90, "FSMC", 3},    {100, "VRPT", 3},   {200, "EIBG", 3},
+        {300, "ECHG", 3},  {400, "DBMG", 3},   {500, "LMWS", 3},   {600, "LMCM", 3},
+        {700, "MARG", 3},  {800, "SQLS", 3},   {900, "SMST", 3},   {1000, "VIVG", 4},
+        {1100, "LINT", 4}, {1200, "ECHP", 4},  {1300, "TECN", 4},  {1400, "BENT", 4},
+        {1500, "IBSG", 4}, {1600, "TUTG", 4},  {1700, "VANG", 4},  {1800, "TLSG", 4},
+        {1900, "HNXG", 4}, {2000, "EIBDG", 4}, {2100, "BYMEG", 4}, {2200, "TLDG", 4},
+        {2300, "SAIG", 4}, {2400, "BMAG", 4},  {2500, "VTS10", 4}, {2700, "HEVOG", 4},
+        {2800, "DSMG", 4}, {2900, "EDPG", 4},  {3000, "SFG", 4},   {3100, "EBMG", 4},
+        {3200, "PESG", 4}, {INT_MAX, "LGMG", 4}};
+    const row *found = rows;
+    while (code > found->last) {
+        found++;
+    }
+    std::string digits = std::to_string(code);
+    const std::string sign = code < 0 ? "-" : "";
+    digits.erase(0, sign.size());
+    while (sign.size() + digits.size() < found->digits) {
+        digits.insert(0, "0");
+    }
+    return std::string(found->prefix) + "-" + sign + digits;
+}
+
+status read_status(const std::optional<std::string> &text) {
+    const int unreadable = 502;
+    if (!text || text->empty()) {
+        return {unreadable, ""};
+    }
+    const std::string complaint = " - Invalid argument for utility->extract_error_code " + *text + " ";
+    if (text->size() > 9) {
+        return {unreadable, "1" + complaint};
+    }
+    if (text->size() < 5 || !read_number(text->substr(5)).is_valid) {
+        return {unreadable, "2" + complaint};
+    }
+    return {read_number(text->substr(5)).value, ""};
+}
+
+cut cut_text(cutter kind, const std::string &text, std::size_t length) {
+    const char *const names[] = {"cut_message_to_preserve_newline", "cut_message_to_trim_newline",
+                                 "cutparamto", "cutqueryparamto"};
+    const std::string source = std::string("memory->") + names[static_cast<int>(kind)];
+    if (text.empty()) {
+        return {"", source + " recevied a null pointer"};
+    }
+    if (length > text.size()) {
+        const bool shows_text = kind == cutter::PRESERVE_NEWLINE || kind == cutter::TRIM_NEWLINE;
+        return {"", source + " len is greater than string length; returning a null string" +
+                        (shows_text
+                             ? ". str = " + text + ", len = " + std::to_string(text.size())
+                             : "")};
+    }
+    std::string left = text.substr(length);
+    if (kind == cutter::TRIM_NEWLINE && !left.empty()) {
+        left.pop_back();
+    }
+    if (kind == cutter::PARAMETER || kind == cutter::QUERY_PARAMETER) {
+        const bool is_query = kind == cutter::QUERY_PARAMETER;
+        while (!left.empty() && is_one_of(left[0], is_query ? " \t'|" : " \t=")) {
+            left.erase(0, 1);
+        }
+        std::size_t end = 0;
+        while (end < left.size() && !is_one_of(left[end], is_query ? " \t'" : " \t")) {
+            end++;
+        }
+        left.resize(end);
+    }
+    return {left, ""};
+}
+
+std::string received_text(const std::string &answer) {
+    const std::string received = answer.substr(0, 1024);
+    return received.substr(0, received.find('\0'));
+}
+
+gateway_answer read_gateway_answer(const std::string &received, const std::string &prefix) {
+    const std::string tag = "Response Status: ";
+    const std::vector<std::string> lines = lines_of(received);
+    if (lines.empty() || !has_tag(lines[0], tag)) {
+        return {5, "", 0};
+    }
+    const std::string text = lines[0].substr(tag.size());
+    if (text.substr(0, prefix.size()) != prefix) {
+        return {6, "", 0};
+    }
+    const number status = read_number(text.substr(prefix.size()));
+    if (!status.is_valid) {
+        return {7, status.error, 0};
+    }
+    return {lines.size() > 1 ? 8 : 0, "", status.value};
+}
+
+namespace {
+
+/// Reads the returned parameters behind the two first lines; the number of the failure, or 0.
+int read_parameters(std::vector<std::string> lines, fsmcore_answer *answer) {
+    lines.erase(lines.begin(), lines.begin() + 2);
+    for (int i = 0; i < answer->count; i++) {
+        if (lines.empty()) {
+            return 9;
+        }
+        const cut length_text = cut_text(cutter::PRESERVE_NEWLINE, lines[0], 17);
+        if (!length_text.message.empty()) {
+            answer->complaints.push_back(length_text.message);
+        }
+        const number length = read_number(length_text.text);
+        lines.erase(lines.begin());
+        if (!length.is_valid) {
+            return 10;
+        }
+        answer->values.emplace_back();
+        if (length.value <= 0) {
+            continue;
+        }
+        if (lines.size() < 2 || lines[1].size() != static_cast<std::size_t>(length.value)) {
+            return 11;
+        }
+        answer->values.back() = lines[1];
+        lines.erase(lines.begin(), lines.begin() + 2);
+    }
+    return lines.empty() ? 0 : 12;
+}
+
+} // namespace
+
+fsmcore_answer read_fsmcore_answer(const std::string &received) {
+    fsmcore_answer answer;
+    const gateway_answer first = read_gateway_answer(received, "FSMC-");
+    answer.status = first.status;
+    // The same first line as a gateway's; its failures are numbered one lower here.
+    if (first.failure >= 5 && first.failure <= 7) {
+        answer.failure = first.failure - 1;
+        answer.reason = first.reason;
+        return answer;
+    }
+    const std::vector<std::string> lines = lines_of(received);
+    const std::string tag = "Parameter Count: ";
+    if (lines.size() < 2 || !has_tag(lines[1], tag)) {
+        answer.failure = 7;
+        return answer;
+    }
+    const number count = read_number(lines[1].substr(tag.size()));
+    if (!count.is_valid) {
+        answer.failure = 8;
+        return answer;
+    }
+    answer.count = count.value;
+    answer.failure = read_parameters(lines, &answer);
+    return answer;
+}
+
+} // namespace reference
