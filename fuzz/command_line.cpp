@@ -4,6 +4,7 @@
 #include "front/utility.h"
 #include "fuzz/reference.h"
 #include "fuzz/target.h"
+#include "tests/protocol/request_types.h"
 
 #include <memory>
 #include <optional>
@@ -18,39 +19,7 @@ using fuzz::require;
 using fuzz::require_equal;
 using reference::equal_ignoring_case;
 
-struct keyword_row {
-    const char *keyword;
-    int type;
-    const char *line;
-};
-
-const keyword_row KEYWORDS[] = {
-    {"SOAP", 100, "[lumocmd] Soap request selected"},
-    {"FSMCORE", 120, "[lumocmd] FSMCore local request selected"},
-    {"EIBLOCAL", 101, "[lumocmd] EIB Local request selected"},
-    {"EIBINTERNET", 102, "[lumocmd] EIB Internet request selected"},
-    {"ECHOBUSLOCAL", 200, "ECHOBUS requests unsupported!"},
-    {"ECHOBUSINTERNET", 200, "ECHOBUS requests unsupported!"},
-    {"MARTINLOCAL", 200, "MARTIN requests unsupported!"},
-    {"MARTININTERNET", 200, "MARTIN requests unsupported!"},
-    {"SMSTOOLLOCAL", 107, "[lumocmd] SMSTOOL Local request selected"},
-    {"SMSTOOLINTERNET", 108, "[lumocmd] SMSTOOL Internet request selected"},
-    {"LINTRONICLOCAL", 109, "[lumocmd] LINTRONIC Local request selected"},
-    {"LINTRONICINTERNET", 110, "[lumocmd] LINTRONIC Internet request selected"},
-    {"TECNOUTLOCAL", 111, "[lumocmd] TECNOUT Local request selected"},
-    {"TECNOUTINTERNET", 112, "[lumocmd] TECNOUT Internet request selected"},
-    {"VIVALDILOCAL", 113, "[lumocmd] VIVALDI Local request selected"},
-    {"VIVALDIINTERNET", 114, "[lumocmd] VIVALDI Internet request selected"},
-    {"BENTELLOCAL", 115, "[lumocmd] BENTEL Local request selected"},
-    {"BENTELINTERNET", 116, "[lumocmd] BENTEL Internet request selected"},
-    {"IBSLOCAL", 200, "IBS requests unsupported!"},
-    {"IBSINTERNET", 200, "IBS requests unsupported!"},
-    {"TUTONDOLOCAL", 121, "[lumocmd] TUTONDO Local request selected"},
-    {"TUTONDOINTERNET", 122, "[lumocmd] TUTONDO Internet request selected"},
-    {"BYMELOCAL", 200, "BYME requests unsupported!"},
-    {"BYMEINTERNET", 200, "BYME requests unsupported!"},
-};
-constexpr int UNSUPPORTED = 200;
+const std::vector<protocol::request_type_row> TYPES = protocol::request_types();
 
 /// What the words come to.
 struct meaning {
@@ -77,12 +46,12 @@ step fail(meaning *m, int status, const std::string &message) {
 }
 
 step take_type(meaning *m, const std::string &keyword) {
-    for (const keyword_row &row : KEYWORDS) {
+    for (const protocol::request_type_row &row : TYPES) {
         if (!equal_ignoring_case(keyword, row.keyword)) {
             continue;
         }
-        m->type = row.type;
-        if (row.type == UNSUPPORTED) {
+        m->type = row.code;
+        if (row.need == nullptr) {
             m->output += red(m->verbose, row.line);
         } else {
             say(m, row.line);
@@ -141,30 +110,24 @@ step take_option(meaning *m, char letter, const std::string &value) {
 }
 
 void check_required(meaning *m) {
-    const std::string malformed = "utility->parse_cmd_line malformed request: ";
-    const keyword_row *row = nullptr;
-    for (const keyword_row &known : KEYWORDS) {
-        row = known.type == m->type && known.type != UNSUPPORTED ? &known : row;
+    const protocol::request_type_row *row = nullptr;
+    for (const protocol::request_type_row &known : TYPES) {
+        row = known.code == m->type && known.need != nullptr ? &known : row;
     }
     if (row == nullptr) {
         fail(m, 506, "");
         return;
     }
-    const std::string keyword = row->keyword;
     bool is_complete = m->function && m->parameters;
-    std::string needed;
-    if (keyword == "SOAP") {
+    if (row->need == &protocol::SOAP_NEED) {
         is_complete = m->url && m->function;
-        needed = "url and function";
-    } else if (keyword.ends_with("INTERNET")) {
+    } else if (row->need == &protocol::INTERNET_NEED) {
         is_complete = is_complete && m->address && m->port != 0;
-        needed = "address, port, function and request";
     } else {
         is_complete = is_complete && m->socket;
-        needed = "socket, function and request";
     }
     if (!is_complete) {
-        fail(m, 505, malformed + needed + " paremeters required for " + keyword);
+        fail(m, 505, protocol::need_message(*row));
     }
 }
 

@@ -49,8 +49,8 @@ bool is_local(const fsmcore_exchange &exchange) {
 }
 
 std::string request_of(const call_case &c) {
-    std::string text = "Request: " + c.function + "\nParameter Count: " +
-                       std::to_string(c.values.size()) + "\n";
+    std::string text =
+        "Request: " + c.function + "\nParameter Count: " + std::to_string(c.values.size()) + "\n";
     for (std::size_t i = 0; i < c.values.size(); i++) {
         std::string index = std::to_string(i);
         index.insert(0, 3 - std::min<std::size_t>(3, index.size()), '0');
@@ -81,11 +81,11 @@ std::string lines_of(const call_case &c, const expectation &wanted, const peer_s
         text += fuzz::red(c.verbose, complaint);
     }
     if (wanted.message == 1) {
-        text += fuzz::red(c.verbose,
-                          std::string("utility->make_") +
-                              (is_local(*c.exchange) ? "local" : "internet") + "tcpclient_socket " +
-                              (script.socket_error == 0 ? "connect" : "socket") +
-                              " failed with error '" + wanted.reason + "'");
+        text += fuzz::red(c.verbose, std::string("utility->make_") +
+                                         (is_local(*c.exchange) ? "local" : "internet") +
+                                         "tcpclient_socket " +
+                                         (script.socket_error == 0 ? "connect" : "socket") +
+                                         " failed with error '" + wanted.reason + "'");
     }
     if (wanted.message != 0) {
         text += fuzz::red(c.verbose,
@@ -175,8 +175,8 @@ void check_target(input in) {
         wanted = tag + "error hostip parameter '" + address.get() +
                  "' is not in a valid numbers-and-dots notation";
     } else if (!number.is_valid || number.value <= 1024) {
-        wanted = tag + "strtol error on converting '" + port.get() +
-                 "' into numeric remote port number";
+        wanted =
+            tag + "strtol error on converting '" + port.get() + "' into numeric remote port number";
     }
     peer_script script;
     script.answer = "Response Status: FSMC-003\nParameter Count: 0\n";
@@ -207,12 +207,13 @@ enum scene {
     SEND_FAILS,
     RECEIVE_FAILS,
     TARGET,
+    FULL_ANSWER,
     SCENES
 };
 
 call_case take_case(input *in) {
-    call_case c = {FSMCORE_EXCHANGES[in->below(2)], in->field(), {}, in->below(4),
-                   in->below(2) == 1};
+    call_case c = {
+        FSMCORE_EXCHANGES[in->below(2)], in->field(), {}, in->below(4), in->below(2) == 1};
     for (std::size_t left = in->below(8); left != 0; left--) {
         c.values.push_back(in->field().substr(0, 511));
     }
@@ -256,7 +257,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         script.most_sent = scene == SHORT_SEND ? 1U + in.byte() : SIZE_MAX;
         // What one receive delivers is all that is read.
         script.most_received = scene == ANSWER_IN_PIECES ? 1U + in.byte() : SIZE_MAX;
-        script.answer = in.rest();
+        script.answer = scene == FULL_ANSWER ? in.stretched_rest(1024) : in.rest();
         wanted = meaning_of(script);
     }
     if (request_of(c).size() > 1023) {

@@ -3,7 +3,7 @@
 #include "fuzz/reference.h"
 #include "fuzz/target.h"
 #include "tests/gateways/exchange_messages.h"
-#include "tests/gateways/exchanges.h"
+#include "tests/protocol/gateway_calls.h"
 
 #include <cerrno>
 #include <cstring>
@@ -13,6 +13,8 @@ namespace {
 using fuzz::input;
 using fuzz::outcome;
 using fuzz::peer_script;
+using protocol::function_row;
+using protocol::gateway_row;
 
 constexpr int ERRORS[] = {ECONNREFUSED, ECONNRESET, EPIPE, ENOENT, EACCES, ETIMEDOUT};
 
@@ -25,23 +27,28 @@ struct expectation {
 };
 
 /// The code of the exchange's own that goes with a message.
-int code_of(const exchange_row &exchange, int message) {
+int code_of(const gateway_row &exchange, int message) {
     const int offsets[] = {0, 5, 1, 6, 7, 7, 7, 7, 7};
     return exchange.base + offsets[message];
 }
 
-const request_row &request_of(const exchange_row &exchange, input *in) {
-    std::vector<const request_row *> rows;
-    for (const request_row &row : REQUESTS) {
-        if (row.exchange == &exchange) {
-            rows.push_back(&row);
+/// The exchanges by their place among the gateways.
+std::vector<exchange_call> find_exchanges() {
+    std::vector<exchange_call> exchanges;
+    for (const gateway_row *row : protocol::GATEWAYS) {
+        for (const builder_row &each : protocol::builder_rows()) {
+            if (each.gateway->source_tag == std::string(row->tag)) {
+                exchanges.push_back(each.gateway->exchange);
+                break;
+            }
         }
     }
-    return *rows[in->below(rows.size())];
+    fuzz::require(exchanges.size() == std::size(protocol::GATEWAYS), "every gateway is found");
+    return exchanges;
 }
 
 /// A well-formed answer: the tag in any case, a number in any notation, line feeds around it.
-std::string proper_answer(const exchange_row &exchange, input *in, int *status) {
+std::string proper_answer(const gateway_row &exchange, input *in, int *status) {
     std::string text(in->below(4), '\n');
     for (const char letter : std::string("Response Status: ")) {
         const bool is_letter = (letter | 0x20) >= 'a' && (letter | 0x20) <= 'z';
@@ -58,35 +65,39 @@ std::string proper_answer(const exchange_row &exchange, input *in, int *status) 
 }
 
 /// The exchange's console lines; a failed connection is reported by the connector first.
-std::string lines_of(const exchange_row &exchange, const expectation &wanted,
+std::string lines_of(const gateway_row &exchange, const expectation &wanted,
                      const peer_script &script, const std::string &function, bool verbose) {
     if (wanted.message == 0) {
         return "";
     }
     std::string text;
     if (wanted.message == 1) {
-        const bool is_local = exchange.where == UNIX_SOCKET;
+        const bool is_local = exchange.where == harness::family::UNIX_SOCKET;
         const bool has_socket = script.socket_error == 0;
-        text = fuzz::red(verbose,
-                         std::string("utility->make_") + (is_local ? "local" : "internet") +
-                             "tcpclient_socket " + (has_socket ? "connect" : "socket") +
-                             " failed with error '" + wanted.reason + "'");
+        text =
+            fuzz::red(verbose, std::string("utility->make_") + (is_local ? "local" : "internet") +
+                                   "tcpclient_socket " + (has_socket ? "connect" : "socket") +
+                                   " failed with error '" + wanted.reason + "'");
     }
-    return text + fuzz::red(verbose, exchange_message(exchange, wanted.message, function,
-                                                      wanted.reason));
+    return text +
+           fuzz::red(verbose, exchange_message(exchange, wanted.message, function, wanted.reason));
 }
 
-void check(const exchange_row &exchange, const request_row &request, const peer_script &script,
-           const std::string &function, const expectation &wanted, bool verbose) {
+void check(const gateway_row &exchange, exchange_call call, const function_row &request,
+           const peer_script &script, const std::string &function, const expectation &wanted,
+           bool verbose) {
     const outcome seen = fuzz::run_product(script, verbose, [&] {
-        return exchange.call("gateway.socket", 4711, function.c_str(), NUMBERED_VALUES);
+        return call({"gateway.socket", protocol::LOOPBACK_ADDRESS, 4711}, function.c_str(),
+                    protocol::NUMBERED_VALUES);
     });
     fuzz::require_equal("output", seen.output,
                         lines_of(exchange, wanted, script, function, verbose));
     fuzz::require_equal("report", seen.report, "");
     fuzz::require_equal("status", seen.value,
                         wanted.message == 0 ? wanted.status : code_of(exchange, wanted.message));
-    const std::string sent = "Request: " + function + "\n" + request.lines;
+    const std::string sent = protocol::request_text(
+        request, function,
+        {std::begin(protocol::NUMBERED_VALUES), std::end(protocol::NUMBERED_VALUES)});
     fuzz::require_equal("request", seen.peer.sent,
                         wanted.is_sent ? sent.substr(0, script.most_sent) : "");
     fuzz::require_equal("sends", seen.peer.sends, wanted.is_sent || wanted.message == 3 ? 1 : 0);
@@ -95,7 +106,7 @@ void check(const exchange_row &exchange, const request_row &request, const peer_
 }
 
 /// What an answer means for an exchange, by the second reading of it.
-expectation meaning_of(const exchange_row &exchange, const peer_script &script) {
+expectation meaning_of(const gateway_row &exchange, const peer_script &script) {
     const std::string delivered = script.answer.substr(0, script.most_received);
     const reference::gateway_answer answer =
         reference::read_gateway_answer(reference::received_text(delivered), exchange.prefix);
@@ -115,6 +126,7 @@ enum scene {
     SEND_FAILS,
     RECEIVE_FAILS,
     UNKNOWN_FUNCTION,
+    FULL_ANSWER,
     SCENES
 };
 
@@ -122,12 +134,14 @@ enum scene {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     input in(data, size);
-    const exchange_row &exchange = *EXCHANGES[in.below(std::size(EXCHANGES))];
+    static const std::vector<exchange_call> exchanges = find_exchanges();
+    const std::size_t place = in.below(exchanges.size());
+    const gateway_row &exchange = *protocol::GATEWAYS[place];
     const std::size_t scene = in.below(SCENES);
     const bool verbose = in.below(2) == 1;
-    const request_row &request = request_of(exchange, &in);
+    const function_row &request = exchange.functions[in.below(exchange.functions.size())];
     const int error = ERRORS[in.below(std::size(ERRORS))];
-    std::string function = in.below(2) == 1 ? lower(request.function) : request.function;
+    std::string function = in.below(2) == 1 ? protocol::lower(request.name) : request.name;
     peer_script script;
     expectation wanted;
     switch (scene) {
@@ -149,9 +163,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         break;
     case UNKNOWN_FUNCTION:
         function = in.field();
-        for (const request_row &row : REQUESTS) {
-            if (row.exchange == &exchange &&
-                reference::equal_ignoring_case(function, row.function)) {
+        for (const function_row &known : exchange.functions) {
+            if (reference::equal_ignoring_case(function, known.name)) {
                 return 0;
             }
         }
@@ -167,9 +180,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         script.most_received = 1 + in.byte();
         [[fallthrough]];
     default:
-        script.answer = in.rest();
+        script.answer = scene == FULL_ANSWER ? in.stretched_rest(1024) : in.rest();
         wanted = meaning_of(exchange, script);
     }
-    check(exchange, request, script, function, wanted, verbose);
+    check(exchange, exchanges[place], request, script, function, wanted, verbose);
     return 0;
 }

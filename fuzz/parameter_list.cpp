@@ -6,9 +6,8 @@
 #include "fsmcore/fsmcorelocal_request.h"
 #include "fuzz/reference.h"
 #include "fuzz/target.h"
-#include "tests/gateways/builders.h"
 #include "tests/gateways/exchange_messages.h"
-#include "tests/gateways/exchanges.h"
+#include "tests/protocol/gateway_calls.h"
 
 #include <cctype>
 #include <cstring>
@@ -23,6 +22,8 @@ using fuzz::peer_script;
 using fuzz::red;
 using fuzz::require;
 using fuzz::require_equal;
+using protocol::function_row;
+using protocol::gateway_row;
 
 constexpr int PORT = 70000; ///< only the low 16 bits are used
 constexpr std::size_t LONGEST_REQUEST = 1023;
@@ -72,8 +73,7 @@ std::string address_of(harness::family where, const std::string &path) {
         return {reinterpret_cast<const char *>(&to), sizeof to};
     }
     const sa_family_t local = AF_UNIX;
-    return std::string(reinterpret_cast<const char *>(&local), sizeof local) +
-           path.substr(0, 107);
+    return std::string(reinterpret_cast<const char *>(&local), sizeof local) + path.substr(0, 107);
 }
 
 void check(const request &asked, harness::family where, const peer_script &script,
@@ -91,114 +91,103 @@ void check(const request &asked, harness::family where, const peer_script &scrip
     }
 }
 
-const exchange_row &exchange_of(const builder_row_wanted &row) {
-    for (const exchange_row *exchange : EXCHANGES) {
-        if (exchange->where == row.where && std::string(exchange->prefix) == row.prefix) {
-            return *exchange;
-        }
-    }
-    require(false, "builder has an exchange");
-    return EIB;
-}
-
-/// The lines of a request with the items in the places of v1, v2, ...
-std::string lines_with(const exchange_row &exchange, const std::string &function,
-                       std::vector<std::string> items) {
+/// The lines of a request with the items in the places of {1}, {2}, ...
+std::string lines_with(const function_row &function, std::vector<std::string> items) {
+    items.insert(items.begin(), function.first_value - 1, "");
     std::string text;
-    for (const request_row &row : REQUESTS) {
-        if (row.exchange != &exchange || row.function != function) {
-            continue;
-        }
-        if (function == "RECVSMSTOOLDATAGRAM") {
-            items.insert(items.begin(), ""); // it has no section
-        }
-        for (const std::string &line : reference::lines_of(row.lines)) {
-            const std::size_t value = line.find(": ") + 2;
-            text += line.substr(0, value);
-            text += line[value] == 'v' ? items[std::stoul(line.substr(value + 1)) - 1]
-                                       : line.substr(value);
-            text += "\n";
-        }
+    for (const std::string &line : reference::lines_of(function.lines)) {
+        const std::size_t mark = line.find('{');
+        text += line.substr(0, mark);
+        text += mark == std::string::npos ? "" : items[std::stoul(line.substr(mark + 1)) - 1];
+        text += "\n";
     }
     return text + "\n";
 }
 
-expectation exchange_expected(const builder_row_wanted &row, const request &asked,
-                              const std::vector<std::string> &items, const std::string &answer) {
-    const exchange_row &exchange = exchange_of(row);
-    const std::string text = "Request: " + asked.function + "\n" +
-                             lines_with(exchange, row.function, items);
+expectation exchange_expected(const gateway_row &gateway, const function_row &function,
+                              const request &asked, const std::vector<std::string> &items,
+                              const std::string &answer) {
+    const std::string text = "Request: " + asked.function + "\n" + lines_with(function, items);
     expectation wanted = {.is_connected = true, .is_closed = true};
     if (text.size() > LONGEST_REQUEST) {
-        const std::string quote = exchange.quoting[2] == 'Q' ? "'" : "";
-        wanted.status = exchange.base + 6;
-        wanted.message = std::string(exchange.tag) +
+        const std::string quote = gateway.quoting[2] == 'Q' ? "'" : "";
+        wanted.status = gateway.base + 6;
+        wanted.message = std::string(gateway.tag) +
                          " error request text is longer than 1023 characters for function " +
                          quote + asked.function + quote;
         return wanted;
     }
     wanted.sent = text;
     const reference::gateway_answer meaning =
-        reference::read_gateway_answer(reference::received_text(answer), exchange.prefix);
+        reference::read_gateway_answer(reference::received_text(answer), gateway.prefix);
     wanted.status = meaning.status;
     if (meaning.failure != 0) {
-        wanted.status = exchange.base + 7;
-        wanted.message =
-            exchange_message(exchange, meaning.failure, asked.function, meaning.reason);
+        wanted.status = gateway.base + 7;
+        wanted.message = exchange_message(gateway, meaning.failure, asked.function, meaning.reason);
         wanted.is_closed = meaning.failure != 7;
     }
     return wanted;
 }
 
-expectation expected(builder_call build, const request &asked, const std::string &answer) {
-    const builder_row_wanted *row = nullptr;
-    for (const builder_row_wanted &served : BUILDERS) {
-        if (served.build == build &&
-            reference::equal_ignoring_case(asked.function, served.function)) {
-            row = &served;
+expectation expected(const gateway_row &gateway, const request &asked, const std::string &answer) {
+    const function_row *function = nullptr;
+    for (const function_row &known : gateway.functions) {
+        if (known.built != protocol::builder_answer::REFUSES &&
+            reference::equal_ignoring_case(asked.function, known.name)) {
+            function = &known;
         }
     }
-    if (row == nullptr) {
+    if (function == nullptr) {
         return {.status = 503};
     }
     const std::vector<std::string> items = reference::items_of(asked.parameters);
-    if (items.size() != static_cast<std::size_t>(row->count)) {
-        return {.status = 505, .message = row->count_message};
+    if (items.size() != protocol::count_of(*function)) {
+        return {.status = 505, .message = protocol::count_message(gateway, *function)};
     }
-    if (build == BUILD_LINTRONIC && items[1].size() != 2) {
+    const bool is_lintronic = &gateway == &protocol::LINTRONIC;
+    if (is_lintronic && items[1].size() != 2) {
         return {.status = 502,
                 .message = "localclientutil->make_lintroniclocal_request error Device is not in "
                            "2-digit-zero-filled format"};
     }
-    if (build == BUILD_LINTRONIC && items[2].size() != 3) {
+    if (is_lintronic && items[2].size() != 3) {
         return {.status = 502,
                 .message = "localclientutil->make_lintroniclocal_request error Command is not in "
                            "3-digit-zero-filled format"};
     }
-    if (row->lines == nullptr) {
+    if (function->built == protocol::builder_answer::COUNTS_AND_REFUSES) {
         return {.status = 503};
     }
-    return exchange_expected(*row, asked, items, answer);
+    return exchange_expected(gateway, *function, asked, items, answer);
 }
 
 request take_request(input *in) {
     return {std::string(in->byte(), 'p'), "", "", in->below(2) == 1};
 }
 
+/// Where a builder is told to go.
+struct point {
+    std::string path;
+    int port;
+};
+
 void check_builder(input in) {
-    const builder_row_wanted &row = BUILDERS[in.below(std::size(BUILDERS))];
+    const gateway_row &gateway = *protocol::GATEWAYS[in.below(std::size(protocol::GATEWAYS))];
+    const function_row &function = gateway.functions[in.below(gateway.functions.size())];
     request asked = take_request(&in);
-    const std::size_t naming = in.below(3);
-    asked.function = naming == 0 ? row.function : naming == 1 ? lower(row.function) : in.field();
+    const std::size_t naming = in.below(4);
+    asked.function = naming == 0   ? in.field()
+                     : naming == 1 ? protocol::lower(function.name)
+                                   : function.name;
     asked.parameters = in.field();
     peer_script script;
     script.answer = in.rest();
     if (script.answer.empty()) {
-        script.answer = std::string("Response Status: ") + row.prefix + "0042\n";
+        script.answer = std::string("Response Status: ") + gateway.prefix + "0042\n";
     }
-    check(asked, row.where, script, expected(row.build, asked, script.answer), [&] {
-        return row.build(asked.path.c_str(), PORT, asked.function.c_str(),
-                         asked.parameters.c_str());
+    check(asked, gateway.where, script, expected(gateway, asked, script.answer), [&] {
+        return protocol::build(gateway, point{asked.path, PORT}, asked.function.c_str(),
+                               asked.parameters.c_str());
     });
 }
 
@@ -208,14 +197,14 @@ void check_fsmcore_builder(input in) {
     asked.function = in.field();
     asked.parameters = in.field();
     const std::vector<std::string> items = reference::items_of(asked.parameters);
-    std::string text = "Request: " + asked.function +
-                       "\nParameter Count: " + std::to_string(items.size()) + "\n";
+    std::string text =
+        "Request: " + asked.function + "\nParameter Count: " + std::to_string(items.size()) + "\n";
     std::size_t too_long = 0;
     for (std::size_t i = 0; i < items.size(); i++) {
         std::string index = std::to_string(i);
         index.insert(0, 3 - std::min<std::size_t>(3, index.size()), '0');
-        text += "Param" + index + " Length: " + std::to_string(items[i].size()) + "\nParam" + index +
-                ":\n" + items[i] + "\n";
+        text += "Param" + index + " Length: " + std::to_string(items[i].size()) + "\nParam" +
+                index + ":\n" + items[i] + "\n";
         too_long = too_long == 0 && items[i].size() > 511 ? i + 1 : too_long;
     }
     text += "Waittime: 5\n\n";

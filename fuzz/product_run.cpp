@@ -310,7 +310,6 @@ int __wrap_getaddrinfo(const char * /*host*/, const char * /*service*/,
     return 0;
 }
 
-void __wrap_freeaddrinfo(struct addrinfo * /*found*/) {
-}
+void __wrap_freeaddrinfo(struct addrinfo * /*found*/) {}
 
 } // extern "C"

@@ -106,14 +106,14 @@ std::string status_text(int code) {
         std::size_t digits;
     };
     const row rows[] = {
-        {0, "LMCM", 4},    {90, "FSMC", 3},    {100, "VRPT", 3},   {200, "EIBG", 3},
-        {300, "ECHG", 3},  {400, "DBMG", 3},   {500, "LMWS", 3},   {600, "LMCM", 3},
-        {700, "MARG", 3},  {800, "SQLS", 3},   {900, "SMST", 3},   {1000, "VIVG", 4},
-        {1100, "LINT", 4}, {1200, "ECHP", 4},  {1300, "TECN", 4},  {1400, "BENT", 4},
-        {1500, "IBSG", 4}, {1600, "TUTG", 4},  {1700, "VANG", 4},  {1800, "TLSG", 4},
-        {1900, "HNXG", 4}, {2000, "EIBDG", 4}, {2100, "BYMEG", 4}, {2200, "TLDG", 4},
-        {2300, "SAIG", 4}, {2400, "BMAG", 4},  {2500, "VTS10", 4}, {2700, "HEVOG", 4},
-        {2800, "DSMG", 4}, {2900, "EDPG", 4},  {3000, "SFG", 4},   {3100, "EBMG", 4},
+        {0, "LMCM", 4},    {90, "FSMC", 3},     {100, "VRPT", 3},   {200, "EIBG", 3},
+        {300, "ECHG", 3},  {400, "DBMG", 3},    {500, "LMWS", 3},   {600, "LMCM", 3},
+        {700, "MARG", 3},  {800, "SQLS", 3},    {900, "SMST", 3},   {1000, "VIVG", 4},
+        {1100, "LINT", 4}, {1200, "ECHP", 4},   {1300, "TECN", 4},  {1400, "BENT", 4},
+        {1500, "IBSG", 4}, {1600, "TUTG", 4},   {1700, "VANG", 4},  {1800, "TLSG", 4},
+        {1900, "HNXG", 4}, {2000, "EIBDG", 4},  {2100, "BYMEG", 4}, {2200, "TLDG", 4},
+        {2300, "SAIG", 4}, {2400, "BMAG", 4},   {2500, "VTS10", 4}, {2700, "HEVOG", 4},
+        {2800, "DSMG", 4}, {2900, "EDPG", 4},   {3000, "SFG", 4},   {3100, "EBMG", 4},
         {3200, "PESG", 4}, {INT_MAX, "LGMG", 4}};
     const row *found = rows;
     while (code > found->last) {
@@ -133,7 +133,8 @@ status read_status(const std::optional<std::string> &text) {
     if (!text || text->empty()) {
         return {unreadable, ""};
     }
-    const std::string complaint = " - Invalid argument for utility->extract_error_code " + *text + " ";
+    const std::string complaint =
+        " - Invalid argument for utility->extract_error_code " + *text + " ";
     if (text->size() > 9) {
         return {unreadable, "1" + complaint};
     }
@@ -153,9 +154,8 @@ cut cut_text(cutter kind, const std::string &text, std::size_t length) {
     if (length > text.size()) {
         const bool shows_text = kind == cutter::PRESERVE_NEWLINE || kind == cutter::TRIM_NEWLINE;
         return {"", source + " len is greater than string length; returning a null string" +
-                        (shows_text
-                             ? ". str = " + text + ", len = " + std::to_string(text.size())
-                             : "")};
+                        (shows_text ? ". str = " + text + ", len = " + std::to_string(text.size())
+                                    : "")};
     }
     std::string left = text.substr(length);
     if (kind == cutter::TRIM_NEWLINE && !left.empty()) {

@@ -83,7 +83,7 @@ std::string escaped(const std::string &text) {
     return result;
 }
 
-proper_answer write_response(const operation &called, fuzz::input *in) {
+proper_answer write_response(const protocol::service_row &called, fuzz::input *in) {
     proper_answer answer;
     const std::string name = "ns:service-" + std::string(called.name) + "Response";
     std::string children;
@@ -95,13 +95,14 @@ proper_answer write_response(const operation &called, fuzz::input *in) {
             if (is_repeated && !answer.fields[field]) {
                 continue; // what follows a nil child of the same name is the service's own affair
             }
-            const child written = write_child(field, in);
+            const char *const prefixes[] = {"", "", "ns:", "xsd:"};
+            const child written = write_child(prefixes[in->below(std::size(prefixes))] + field, in);
             children += written.text;
             if (!is_repeated) {
                 answer.fields[field] = written.value;
             }
         } else if (place == called.response.size()) {
-            children += write_child("more", in).text;
+            children += write_child(in->below(2) == 1 ? "ns:more" : "more", in).text;
         } else if (place == called.response.size() + 1) {
             children += "<!-- " + std::string(in->below(30), 'c') + " -->";
         } else {
@@ -151,7 +152,7 @@ std::string http_answer(const std::string &body, fuzz::input *in) {
     }
 }
 
-std::string request_body(const operation &called,
+std::string request_body(const protocol::service_row &called,
                          const std::vector<std::pair<std::string, std::string>> &children) {
     std::string content;
     for (const auto &[name, value] : children) {

@@ -46,6 +46,17 @@ std::string input::rest() {
     return text;
 }
 
+std::string input::stretched_rest(std::size_t size) {
+    const std::size_t wanted = size + below(5) - 2;
+    const std::size_t place = byte();
+    std::string text = rest();
+    if (!text.empty() && text.size() < wanted) {
+        const std::size_t at = place % text.size();
+        text.insert(at, wanted - text.size(), text[at]);
+    }
+    return text;
+}
+
 exact_text::exact_text(const std::string &text) : block_(strdup(text.c_str())) {
     if (block_ == nullptr) {
         abort();
@@ -99,8 +110,8 @@ void require(bool holds, const char *what) {
 
 void require_equal(const char *what, const std::string &is, const std::string &wanted) {
     if (is != wanted) {
-        dprintf(STDERR_FILENO, "wrong: %s\n-- is:\n%s\n-- must be:\n%s\n--\n", what, shown(is).c_str(),
-                shown(wanted).c_str());
+        dprintf(STDERR_FILENO, "wrong: %s\n-- is:\n%s\n-- must be:\n%s\n--\n", what,
+                shown(is).c_str(), shown(wanted).c_str());
         abort();
     }
 }

@@ -19,8 +19,7 @@ namespace fuzz {
 /// An input that is taken apart from its start. Behind its end everything is zero or empty.
 class input {
   public:
-    input(const std::uint8_t *data, std::size_t size) : data_(data), size_(size) {
-    }
+    input(const std::uint8_t *data, std::size_t size) : data_(data), size_(size) {}
     bool is_empty() const {
         return size_ == 0;
     }
@@ -29,6 +28,8 @@ class input {
     std::int32_t number();                ///< any number, four bytes
     std::string field();                  ///< up to the next zero byte, which is taken as well
     std::string rest();
+    /// The rest, stretched to about this size by repeating one of its characters.
+    std::string stretched_rest(std::size_t size);
 
   private:
     const std::uint8_t *data_;

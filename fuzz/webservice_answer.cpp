@@ -5,7 +5,6 @@
 #include "fuzz/target.h"
 #include "webservice/soapcallsclientutil.h"
 
-#include <cctype>
 #include <cerrno>
 
 /// The status text that the dispatcher took from the answer passes by here.
@@ -41,7 +40,8 @@ using fuzz::outcome;
 using fuzz::peer_script;
 using fuzz::require;
 using fuzz::require_equal;
-using service::operation;
+using protocol::line_group;
+using protocol::service_row;
 
 constexpr const char *LOCAL_URLS[] = {nullptr, "http://localhost/cgi-bin/lumows",
                                       "http://127.0.0.1/cgi-bin/lumows",
@@ -50,7 +50,7 @@ constexpr const char *FAR_URL = "http://192.0.2.7:8080/cgi-bin/lumows";
 
 /// A request as the command line gives it.
 struct request {
-    const operation *called = nullptr;
+    const service_row *called = nullptr;
     std::optional<std::string> url = {};
     bool is_local = false;
     bool any_url = false; ///< any bytes: may be one that cannot be used
@@ -61,14 +61,6 @@ struct request {
     bool has_proper_count = false;
     bool is_sent = false; ///< when the url can be used
 };
-
-std::string function_of(const operation &called) {
-    std::string name = "SERVICE_";
-    for (const char letter : std::string(called.name)) {
-        name += static_cast<char>(toupper(letter));
-    }
-    return name;
-}
 
 void take_url(input *in, request *wanted) {
     const std::size_t kind = in->below(std::size(LOCAL_URLS) + 4);
@@ -82,32 +74,36 @@ void take_url(input *in, request *wanted) {
         wanted->url = LOCAL_URLS[kind];
     }
     for (const char *local : LOCAL_URLS) {
-        wanted->is_local = wanted->is_local ||
-                           (local != nullptr && reference::equal_ignoring_case(*wanted->url, local));
+        wanted->is_local =
+            wanted->is_local ||
+            (local != nullptr && reference::equal_ignoring_case(*wanted->url, local));
     }
+}
+
+/// The one operation whose list may have several lengths.
+bool is_run_on_element(const service_row &called) {
+    return called.name == std::string("runonelement");
 }
 
 /// The list from the input, or a proper one when the input has none.
 void take_parameters(input *in, request *wanted) {
-    const operation &called = *wanted->called;
+    const service_row &called = *wanted->called;
     wanted->parameters = in->field();
     if (wanted->parameters.empty()) {
-        for (std::size_t i = 1; i <= called.request.size(); i++) {
-            wanted->parameters += (i == 1 ? "p" : "|p") + std::to_string(i);
-        }
+        wanted->parameters = protocol::list_of(protocol::entries_of(called).size());
     }
     const std::size_t count = reference::items_of(wanted->parameters).size();
-    const bool is_free = service::is_run_on_element(called);
+    const bool is_free = is_run_on_element(called);
     wanted->has_proper_count =
-        is_free || called.request.empty() || count == called.request.size();
+        called.needed == nullptr || count == protocol::entries_of(called).size();
     wanted->is_sent = !is_free || !wanted->is_local || count == 5 || count == 6;
 }
 
 request take_request(input *in) {
     request wanted;
-    wanted.called = &service::OPERATIONS[in->below(service::OPERATIONS.size())];
+    wanted.called = &protocol::SERVICE_FUNCTIONS[in->below(std::size(protocol::SERVICE_FUNCTIONS))];
     wanted.verbose = in->below(2) == 1;
-    wanted.function = function_of(*wanted.called);
+    wanted.function = protocol::function_name(*wanted.called);
     wanted.waittime = in->number();
     take_url(in, &wanted);
     take_parameters(in, &wanted);
@@ -116,35 +112,35 @@ request take_request(input *in) {
 
 /// The children of the request, null values left out.
 std::vector<std::pair<std::string, std::string>> children_of(const request &wanted) {
-    const operation &called = *wanted.called;
+    const service_row &called = *wanted.called;
     std::vector<std::string> entries = reference::items_of(wanted.parameters);
-    const bool is_free = service::is_run_on_element(called);
-    if (is_free && wanted.is_local && entries.size() == 5) {
+    if (is_run_on_element(called) && wanted.is_local && entries.size() == 5) {
         entries.insert(entries.begin(), "NO-SESSIONID");
     }
     std::vector<std::pair<std::string, std::string>> children;
-    for (std::size_t i = 0; i < called.request.size() && i < entries.size(); i++) {
-        children.emplace_back(called.request[i], entries[i]);
-    }
-    if (is_free) {
-        children.emplace_back("callsource", "COMMANDLINETOOL");
-    }
-    if (service::has_waittime(called)) {
-        children.emplace_back("waittime", std::to_string(wanted.waittime));
+    std::size_t taken = 0;
+    for (const std::string &name : called.request) {
+        if (name == "waittime") {
+            children.emplace_back(name, std::to_string(wanted.waittime));
+        } else if (name == "callsource") {
+            children.emplace_back(name, "COMMANDLINETOOL");
+        } else if (taken < entries.size()) {
+            children.emplace_back(name, entries[taken++]);
+        }
     }
     return children;
 }
 
-/// Whether the message travels over HTTP is certain only with the scheme in full: the runtime sends
-/// it bare to an endpoint that does not begin like one.
-bool may_be_bare(const request &wanted) {
+/// Only the scheme in full makes it certain that the message travels over HTTP. Otherwise the
+/// runtime chooses: it sends the message bare, and to "udp:" none at all over its connection.
+bool names_http(const request &wanted) {
     const std::string scheme = "http://";
-    return wanted.url &&
-           !reference::equal_ignoring_case(wanted.url->substr(0, scheme.size()), scheme);
+    return !wanted.url ||
+           reference::equal_ignoring_case(wanted.url->substr(0, scheme.size()), scheme);
 }
 
 void check_sent(const request &wanted, const std::string &sent) {
-    if (may_be_bare(wanted) && sent.starts_with("<?xml ")) {
+    if (!names_http(wanted)) {
         return;
     }
     const std::size_t end = sent.find("\r\n\r\n");
@@ -157,14 +153,31 @@ void check_sent(const request &wanted, const std::string &sent) {
         require(head.starts_with("POST /cgi-bin/" + path + " HTTP/1.1\r\n"), "request line");
     }
     require(head.find("\r\nUser-Agent: gSOAP/2.7\r\n") != std::string::npos, "agent");
-    require(head.find("\r\nContent-Type: text/xml; charset=utf-8\r\n") != std::string::npos, "type");
-    require(head.find("\r\nSOAPAction: \"urn:xmethods-lumows\"\r\n") != std::string::npos, "action");
+    require(head.find("\r\nContent-Type: text/xml; charset=utf-8\r\n") != std::string::npos,
+            "type");
+    require(head.find("\r\nSOAPAction: \"urn:xmethods-lumows\"\r\n") != std::string::npos,
+            "action");
     require(head.find("\r\nContent-Length: " + std::to_string(body.size()) + "\r\n") !=
                 std::string::npos,
             "length of the request");
     if (service::plain_text(wanted.parameters) == wanted.parameters) {
         require_equal("request", body, service::request_body(*wanted.called, children_of(wanted)));
     }
+}
+
+/// The line about a url that cannot be used.
+std::string refusal_of(const request &wanted) {
+    return fuzz::red(wanted.verbose,
+                     "soapcallsclientutil->make_webservice_request error url '" +
+                         wanted.url.value_or("") +
+                         "' cannot be used, one like http://localhost/cgi-bin/lumows of at most "
+                         "1023 characters is needed");
+}
+
+/// The runtime reads beyond a url with a user name that ends within an escape or a quotation.
+bool is_overrun(const std::optional<std::string> &url) {
+    return url && url->find('@') != std::string::npos &&
+           url->find_first_of("%\"") != std::string::npos;
 }
 
 /// What holds of every run that was not refused for its list.
@@ -174,8 +187,7 @@ void check_run(const request &wanted, const peer_script &script, const outcome &
     require(seen.report.empty() || seen.report.starts_with("SOAP 1.") ||
                 seen.report.starts_with("Error "),
             "report is one of the runtime");
-    const bool is_refused = seen.output.find("make_webservice_request error url '") !=
-                            std::string::npos;
+    const bool is_refused = seen.output.starts_with(refusal_of(wanted));
     require(!is_refused || wanted.any_url, "url can be used");
     if (script.socket_error == 0) {
         require_equal("connections", seen.peer.opened, wanted.is_sent && !is_refused ? 1 : 0);
@@ -188,28 +200,27 @@ void check_run(const request &wanted, const peer_script &script, const outcome &
     // The status is what the result text says, or 508 where there must be one.
     if (passed.times == 0) {
         require_equal("status without a result", seen.value, 508);
-        require(wanted.called->group == service::RECORD, "operation must have a result");
+        require(wanted.called->group == line_group::WITH_A_RESULT, "operation must have a result");
         return;
     }
     require_equal("result texts", passed.times, 1);
-    require(passed.text.has_value() || wanted.called->group != service::RECORD,
+    require(passed.text.has_value() || wanted.called->group != line_group::WITH_A_RESULT,
             "a record without a result is not read");
     require_equal("status", seen.value, reference::read_status(passed.text).code);
 }
 
 /// The lines behind the refusal of a url, with fields that are known or may be anything.
 void check_lines(const request &wanted, std::string output, const service::proper_answer *answer) {
-    if (wanted.any_url && output.find(" error url '") != std::string::npos) {
-        const std::string end = " characters is needed\033[0;39m\n";
-        output.erase(0, output.rfind(end) + end.size());
+    if (output.starts_with(refusal_of(wanted))) {
+        output.erase(0, refusal_of(wanted).size());
     }
     const std::string message = reference::read_status(passed.text).message;
     const std::string tail = message.empty() ? "" : fuzz::red(wanted.verbose, message);
     std::string exact;
     std::size_t at = 0;
     if (wanted.verbose && passed.times == 1) {
-        for (const service::shown_line &line : wanted.called->lines) {
-            const std::string label = std::string("[lumocmd] ") + line.label;
+        for (const protocol::result_line &line : wanted.called->lines) {
+            const std::string label = std::string("[lumocmd] ") + line.text;
             const std::string ends = line.suffix;
             std::string value = ends.empty() ? "(null)" : "";
             if (answer != nullptr && answer->fields.contains(line.field) &&
@@ -228,7 +239,8 @@ void check_lines(const request &wanted, std::string output, const service::prope
         require_equal("output", output, exact + tail);
         return;
     }
-    require(output.size() >= at + tail.size() && output.ends_with(tail), "message about the result");
+    require(output.size() >= at + tail.size() && output.ends_with(tail),
+            "message about the result");
     require(at != 0 || output == tail, "nothing but the lines is shown");
 }
 
@@ -252,11 +264,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     input in(data, size);
     const std::size_t scene = in.below(SCENES);
     const request wanted = take_request(&in);
+    if (is_overrun(wanted.url)) {
+        return 0;
+    }
     peer_script script;
     // Odd: in as few pieces as possible.
     const std::size_t piece = in.byte();
     script.most_received = piece % 2 == 1 ? SIZE_MAX : 1 + piece;
-    const operation &called = *wanted.called;
+    const service_row &called = *wanted.called;
     service::proper_answer answer;
     const std::string reason = "the reason";
     bool is_known = scene >= PROPER_RESPONSE && !wanted.any_url;
@@ -300,27 +315,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         answer.fields.clear();
     }
     passed = {};
-    const char *url = wanted.url ? wanted.url->c_str() : nullptr;
+    const fuzz::exact_text url(wanted.url.value_or(""));
+    const fuzz::exact_text parameters(wanted.parameters);
     const outcome seen = fuzz::run_product(script, wanted.verbose, [&] {
-        return make_webservice_request(url, wanted.function.c_str(), wanted.parameters.c_str(),
-                                       wanted.waittime);
+        return make_webservice_request(wanted.url ? url.get() : nullptr, wanted.function.c_str(),
+                                       parameters.get(), wanted.waittime);
     });
     if (!wanted.has_proper_count) {
         require_equal("status", seen.value, 505);
         require_equal("connections", seen.peer.opened, 0);
-        require(seen.output.find("make_webservice_request error too few or too much parameters, ") !=
-                    std::string::npos,
-                "message about the list");
+        require_equal("output", seen.output,
+                      fuzz::red(wanted.verbose, protocol::count_message(called)));
         return 0;
     }
     check_run(wanted, script, seen);
     check_lines(wanted, seen.output, is_known ? &answer : nullptr);
     if (is_known && scene == PROPER_RESPONSE) {
         require_equal("report", seen.report, "");
-        const std::string field = called.response == std::vector<std::string>{"results"}
-                                      ? "results"
-                                      : "result";
-        const auto found = answer.fields.find(field);
+        const auto found = answer.fields.find(protocol::result_child(called));
         const bool has_result = found != answer.fields.end() && found->second.has_value();
         require_equal("result text", has_result ? *found->second : "(none)",
                       passed.text.value_or("(none)"));
