@@ -171,10 +171,10 @@ bool rude_peer::wait_for_silence() const {
 
 int rude_peer::finish() {
     if (thread_.joinable()) {
-        require(write(stop_[1], "", 1) == 1, "write");
+        told_ = write(stop_[1], "", 1) == 1;
         thread_.join();
     }
-    return clients_;
+    return told_ ? clients_ : -1;
 }
 
 void rude_peer::serve() {

@@ -71,7 +71,7 @@ class rude_peer {
     bool wait_for_silence() const;
 
     /// Ends the service; a client that is already gone is still served.
-    /// @return the number of clients that came.
+    /// @return the number of clients that came, or -1 when the service could not be told to end.
     int finish();
 
   private:
@@ -88,6 +88,7 @@ class rude_peer {
     pieces answer_;
     manners manner_;
     int clients_ = 0;
+    bool told_ = false;
     std::thread thread_;
 };
 
