@@ -26,7 +26,7 @@ target_compile_options(lumocmd_product INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-ftrivial-auto-var-init=zero>
     # Not on the controller: two pages of its flash for one large frame.
     $<$<NOT:$<BOOL:${CMAKE_CROSSCOMPILING}>>:-fstack-clash-protection>
-    -fno-strict-overflow -fno-strict-aliasing
+    -fno-strict-overflow -fno-strict-aliasing -fno-delete-null-pointer-checks
     -ffunction-sections -fdata-sections -fstack-protector-strong)
 target_link_options(lumocmd_product INTERFACE
     $<$<CONFIG:Release>:-s>
