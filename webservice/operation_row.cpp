@@ -4,6 +4,24 @@
 #include "front/status_codes.h"
 #include "front/utility.h"
 
+#include <cstring>
+
+namespace {
+
+/// True when the answer broke off inside its result. The runtime keeps what had come of the text,
+/// and the beginning of a status text is one of another number, down to success.
+bool is_result_cut_off(const struct soap *context) {
+    constexpr unsigned child_level = 4; // envelope, body, response, child
+    if (context->error != SOAP_EOF || context->level != child_level) {
+        return false;
+    }
+    const char *colon = strrchr(context->tag, ':');
+    const char *name = colon != nullptr ? colon + 1 : context->tag;
+    return strcmp(name, "result") == 0 || strcmp(name, "results") == 0;
+}
+
+} // namespace
+
 bool arrange_in_list_order(const webservice_call &call, std::size_t argument_count,
                            char **arguments) {
     if (argument_count != 0) {
@@ -15,8 +33,8 @@ bool arrange_in_list_order(const webservice_call &call, std::size_t argument_cou
     return true;
 }
 
-int conclude(const operation_row &row, const void *response) {
-    const char *result = row.result(response);
+int conclude(const webservice_call &call, const operation_row &row, const void *response) {
+    const char *result = is_result_cut_off(call.context) ? nullptr : row.result(response);
     if (row.group == RECORD_LINES && result == nullptr) {
         return STATUS_NO_RESULT;
     }

@@ -68,9 +68,9 @@ struct operation_row {
     exceptions exceptional;
 };
 
-/// Prints the lines of a response as its row says.
+/// Prints the lines of a response as its row says. A result that broke off is an absent one.
 /// @return the status of its result text.
-int conclude(const operation_row &row, const void *response);
+int conclude(const webservice_call &call, const operation_row &row, const void *response);
 
 namespace operation {
 
@@ -121,7 +121,7 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
     if (exceptional.complete != nullptr) {
         exceptional.complete(&response);
     }
-    return conclude(row, &response);
+    return conclude(call, row, &response);
 }
 
 /// A line that knows which record it reads.

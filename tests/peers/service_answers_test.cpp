@@ -240,9 +240,8 @@ INSTANTIATE_TEST_SUITE_P(Attachment, ServiceAnswer, testing::ValuesIn(ATTACHMENT
                          NAME_OF_ROW);
 
 // ---------------------------------------------------------------------------------------------
-// Every prefix: until the result begins there is none, once it has ended it stands; the report
-// tells of the cut in any case. A cut inside its text leaves the beginning of a status text, which
-// is one of another number: the report is all that tells it from a whole one.
+// Every prefix: until the result has ended there is none, and once it has it stands; the report
+// tells of the cut in any case.
 
 class ServicePrefix : public testing::TestWithParam<bool> {};
 
@@ -254,8 +253,8 @@ TEST_P(ServicePrefix, IsReported) {
     const std::string answer =
         http_head(GetParam() ? "Content-Length: " + std::to_string(body.size()) + "\r\n" : "") +
         body;
-    const std::size_t first_of_text = answer.find(begin) + begin.size();
-    const std::size_t behind_result = answer.find(end) + end.size();
+    const std::size_t end_tag = answer.find(end);
+    const std::size_t behind_result = end_tag + end.size();
     const std::size_t step = is_shipped_program() ? 1 : 97;
     measured_run dearest = {};
     for (std::size_t length = 0; length < answer.size(); length += step) {
@@ -265,9 +264,10 @@ TEST_P(ServicePrefix, IsReported) {
         const measured_run measured = program.finish();
         const run_result &run = measured.run;
         EXPECT_TRUE(run.errors.starts_with("SOAP 1.1 fault ")) << run.errors;
-        if (length < first_of_text) {
+        // Inside the end tag the text is whole already: the runtime may have seen that or not.
+        if (length <= end_tag + 1 || (length < behind_result && run.status != (402 & 0xff))) {
             expect_no_result(measured);
-        } else if (length >= behind_result) {
+        } else {
             EXPECT_EQ(run.output, green(run.pid, "[lumocmd] Status: on") +
                                       green(run.pid, "[lumocmd] Current Value: 7") + "LMWS-402\n");
             EXPECT_EQ(run.status, 402 & 0xff);
