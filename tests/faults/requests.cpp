@@ -8,28 +8,26 @@ namespace fault_tests {
 
 namespace {
 
-socket_request gateway(const exchange_row &exchange, const char *keyword, const char *selected,
-                       const char *parameters, const char *lines, const char *connect_text,
-                       const char *send_text, const char *answer_text) {
-    const std::string function = exchange.function;
-    return {.keyword = keyword,
-            .selected = selected,
-            .function = exchange.function,
-            .parameters = parameters,
-            .request = "Request: " + function + "\n" + lines + "\n",
-            .prefix = exchange.prefix,
+socket_request gateway(const protocol::gateway_row &row) {
+    const protocol::function_row &function = row.functions.front();
+    return {.keyword = std::string(row.name) + "LOCAL",
+            .selected = std::string(row.name) + " Local request selected",
+            .function = function.name,
+            .parameters = function.sample,
+            .request = protocol::sample_request(function, function.name),
+            .prefix = row.prefix,
             .more = "",
-            .open_failed = exchange_message(exchange, 1, function),
-            .send_failed = exchange_message(exchange, 3, function, "%s"),
-            .receive_failed = exchange_message(exchange, 4, function, "%s"),
-            .no_status_line = exchange_message(exchange, 5, function),
-            .wrong_prefix = exchange_message(exchange, 6, function),
-            .connect_status = exchange.base + 5,
-            .connect_text = connect_text,
-            .send_status = exchange.base + 6,
-            .send_text = send_text,
-            .answer_status = exchange.base + 7,
-            .answer_text = answer_text};
+            .open_failed = exchange_message(row, 1, function.name),
+            .send_failed = exchange_message(row, 3, function.name, "%s"),
+            .receive_failed = exchange_message(row, 4, function.name, "%s"),
+            .no_status_line = exchange_message(row, 5, function.name),
+            .wrong_prefix = exchange_message(row, 6, function.name),
+            .connect_status = row.base + 5,
+            .connect_text = protocol::shown_code(row, row.base + 5) + "\n",
+            .send_status = row.base + 6,
+            .send_text = protocol::shown_code(row, row.base + 6) + "\n",
+            .answer_status = row.base + 7,
+            .answer_text = protocol::shown_code(row, row.base + 7) + "\n"};
 }
 
 socket_request fsmcore() {
@@ -63,32 +61,15 @@ socket_request fsmcore() {
 } // namespace
 
 const std::vector<socket_request> &socket_requests() {
-    static const std::vector<socket_request> all = {
-        gateway(EIB, "EIBLOCAL", "EIB Local request selected", "hall|1/2/3|1|on",
-                "SectionName: hall\nDestination: 1/2/3\nEISType: 1\nPayload: on\n", "EIBG-105\n",
-                "EIBG-106\n", "EIBG-107\n"),
-        gateway(SMSTOOL, "SMSTOOLLOCAL", "SMSTOOL Local request selected", "gsm|+39055|good day",
-                "SectionName: gsm\nTo: +39055\nMsg: good day\n", "SMST-805\n", "SMST-806\n",
-                "SMST-807\n"),
-        gateway(LINTRONIC, "LINTRONICLOCAL", "LINTRONIC Local request selected", "cellar|07|012|on",
-                "SectionName: cellar\nDevice: 07\nCommand: 012\nPayload: on\n", "LINT-1005\n",
-                "LINT-1006\n", "LINT-1007\n"),
-        gateway(TECNOUT, "TECNOUTLOCAL", "TECNOUT Local request selected", "alarm|1234|arm|all",
-                "SectionName: alarm\nUserCode: 1234\nCommand: arm\nPayload: all\n", "TECN-1205\n",
-                "TECN-1206\n", "TECN-1207\n"),
-        gateway(VIVALDI, "VIVALDILOCAL", "VIVALDI Local request selected",
-                "music|1|2|3|4|5|6|7|8|9|10",
-                "SectionName: music\nCentralNumber: 1\nCommand: 1\nRC20_Number: 2\nRC20_OnOff: 3\n"
-                "RC20_Volume: 4\nRC20_High: 5\nRC20_Low: 6\nRC20_Channel: 7\nRC20_Cd: 8\n"
-                "RC20_Track: 9\nRC20_Tuner: 10\n",
-                "VIVG-0905\n", "VIVG-0906\n", "VIVG-0907\n"),
-        gateway(BENTEL, "BENTELLOCAL", "BENTEL Local request selected", "alarm|1234|arm|all",
-                "SectionName: alarm\nUserCode: 1234\nCommand: arm\nPayload: all\n", "BENT-1305\n",
-                "BENT-1306\n", "BENT-1307\n"),
-        gateway(TUTONDO, "TUTONDOLOCAL", "TUTONDO Local request selected", "music|3|volume|20",
-                "SectionName: music\nCommand: volume\nZone_Number: 3\nPayload: 20\n", "TUTG-1505\n",
-                "TUTG-1506\n", "TUTG-1507\n"),
-        fsmcore()};
+    static const std::vector<socket_request> all = [] {
+        std::vector<socket_request> requests = {fsmcore()};
+        for (const protocol::gateway_row *row : protocol::GATEWAYS) {
+            if (is_reachable(*row)) {
+                requests.push_back(gateway(*row));
+            }
+        }
+        return requests;
+    }();
     return all;
 }
 

@@ -12,12 +12,12 @@
 namespace fault_tests {
 
 struct socket_request {
-    const char *keyword;
-    const char *selected; ///< progress line of the keyword
-    const char *function;
-    const char *parameters;
+    std::string keyword;
+    std::string selected; ///< progress line of the keyword
+    std::string function;
+    std::string parameters;
     std::string request; ///< all that is sent
-    const char *prefix;  ///< of the status in the answer
+    std::string prefix;  ///< of the status in the answer
     std::string more;    ///< of the answer, behind the status line
     std::string open_failed;
     std::string send_failed;    ///< with %s for the system's reason
@@ -25,11 +25,11 @@ struct socket_request {
     std::string no_status_line;
     std::string wrong_prefix;
     int connect_status; ///< the codes of these failures, and their texts
-    const char *connect_text;
+    std::string connect_text;
     int send_status;
-    const char *send_text;
+    std::string send_text;
     int answer_status;
-    const char *answer_text;
+    std::string answer_text;
 };
 
 /// Every gateway and FSMCore.
