@@ -104,6 +104,10 @@ bool send_all(const Connection &connection, std::string_view bytes) {
     return true;
 }
 
+bool wait_until_writable(const Connection &connection) {
+    return wait_for(connection, connection.descriptor, POLLOUT, connection.deadline) == Wait::ready;
+}
+
 bool wait_milliseconds(const Connection &connection, int milliseconds) {
     const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
     return milliseconds <= 0 || wait_for(connection, -1, 0, deadline) == Wait::late;

@@ -28,6 +28,9 @@ void receive_pending(Connection &connection);
 /// not read, or the simulator shuts down.
 bool send_all(const Connection &connection, std::string_view bytes);
 
+/// Waits until the connection takes bytes; false at its deadline or the shutdown.
+bool wait_until_writable(const Connection &connection);
+
 /// Waits; false when the simulator shut down meanwhile.
 bool wait_milliseconds(const Connection &connection, int milliseconds);
 

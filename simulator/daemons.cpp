@@ -5,6 +5,7 @@
 
 #include "fsmcore.h"
 #include "gateway.h"
+#include "home.h"
 #include "http_front.h"
 
 #include <algorithm>
@@ -75,9 +76,18 @@ std::string format_status(const Daemon &daemon, int number) {
     return text += digits;
 }
 
+bool is_told_to_answer(const Behaviour &told) {
+    return !told.statuses.empty() || told.raw || told.close;
+}
+
 int choose_status(const Conversation &conversation, int error) {
-    return conversation.behaviour.status.value_or(error == 0 ? 0
-                                                             : conversation.daemon.base + error);
+    const std::vector<int> &told = conversation.behaviour.statuses;
+    if (told.empty()) {
+        return error == 0 ? 0 : conversation.daemon.base + error;
+    }
+    const std::scoped_lock held(conversation.home.lock);
+    std::size_t &given = conversation.home.statuses_given[conversation.daemon.key];
+    return told[given + 1 < told.size() ? given++ : told.size() - 1];
 }
 
 const Daemon *find_daemon(std::string_view key) {

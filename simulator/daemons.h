@@ -9,15 +9,26 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 struct Home;
 struct Conversation;
+
+/// A web request as it is passed on.
+struct WebRequest {
+    std::string method;
+    std::string path;
+    std::vector<std::pair<std::string, std::string>> headers; ///< those that a web service reads
+    std::string body;
+};
 
 /// What one request came to.
 struct Exchange {
     std::string request; ///< the request in words, for the request line; empty: nothing arrived
     std::string outcome; ///< what is answered, in words
-    std::string answer;  ///< the bytes of the answer
+    std::optional<std::string> answer; ///< its bytes; nothing: closed without one
+    WebRequest web = {};               ///< the request, where it is one of the web
 };
 
 /// One header line of a gateway's request: "Name: value". A gateway may fix the value, or its
@@ -63,12 +74,16 @@ enum class ErrorOffset {
 
 /// What a daemon was told to do instead of answering properly.
 struct Behaviour {
-    std::optional<int> status;      ///< answered in place of the proper status number
+    std::vector<int>
+        statuses; ///< answered in turn in place of the proper number, the last for ever
     std::optional<std::string> raw; ///< sent in place of the proper answer
     int delay = 0;                  ///< milliseconds between the request and the answer
     bool close = false;             ///< closes after the request, without an answer
     bool refuse = false;            ///< refuses connections
 };
+
+/// Whether the daemon was told what to answer, if anything.
+bool is_told_to_answer(const Behaviour &told);
 
 /// One connection to one daemon.
 struct Conversation {
@@ -82,7 +97,7 @@ struct Conversation {
 std::string format_status(const Daemon &daemon, int number);
 
 /// The number to answer: the proper one, which is 0 or the daemon's base and this error number,
-/// unless the daemon was told another.
+/// unless the daemon was told others: then the next of those.
 int choose_status(const Conversation &conversation, int error);
 
 /// The daemon with this option name, null when there is none.

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <array>
+#include <compare>
+#include <cstddef>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -44,6 +46,15 @@ inline constexpr std::string_view ALARM_PIN = "1234";
 /// Older messages are dropped.
 inline constexpr std::size_t KEPT_MESSAGES = 100;
 
+/// What a schedule belongs to.
+struct ScheduleKey {
+    std::string object;
+    std::string mode;
+    std::string type;
+
+    auto operator<=>(const ScheduleKey &) const = default;
+};
+
 struct Home {
     std::mutex lock;
     std::map<std::string, Element, std::less<>> elements{{"KITCHEN-THERMOSTAT", {"ON", "21.5"}},
@@ -51,8 +62,9 @@ struct Home {
     std::map<std::string, std::string, std::less<>> sessions{
         {std::string(FIRST_USER.session), std::string(FIRST_USER.name)}};
     std::map<std::string, Neighbour, std::less<>> neighbours; ///< by unique identifier
-    std::map<std::string, std::string, std::less<>> schedules;
+    std::map<ScheduleKey, std::string> schedules;
     std::deque<std::string> messages;
     std::string configuration; ///< the last uploaded configuration file
-    std::string origin;        ///< the address of the web service, such as http://127.0.0.1:8080
+    std::map<std::string_view, std::size_t> statuses_given; ///< by daemon, of those it was told
+    std::string origin; ///< the address of the web service, such as http://127.0.0.1:8080
 };

@@ -9,6 +9,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <httplib.h>
 
@@ -16,6 +17,10 @@ namespace {
 
 constexpr const char *ANSWER_TYPE = "text/xml; charset=utf-8";
 constexpr const char *ACTION = "\"urn:xmethods-lumows\"";
+
+/// What a web service reads of a request's head.
+constexpr std::array PASSED_HEADERS{"Content-Type", "SOAPAction", "User-Agent", "Authorization",
+                                    "Cookie"};
 
 /// Opens httplib's step for one request to the outside.
 class RequestEngine : public httplib::Server {
@@ -157,6 +162,14 @@ Exchange exchange_http(Conversation &conversation) {
     engine.Get("/configuration", [&](const httplib::Request &, httplib::Response &response) {
         const std::scoped_lock held(conversation.home.lock);
         response.set_content(conversation.home.configuration, "text/plain; charset=utf-8");
+    });
+    engine.set_logger([&](const httplib::Request &request, const httplib::Response &) {
+        exchange.web = {request.method, request.path, {}, request.body};
+        for (const char *name : PASSED_HEADERS) {
+            if (request.has_header(name)) {
+                exchange.web.headers.emplace_back(name, request.get_header_value(name));
+            }
+        }
     });
     bool closed = false;
     std::string request_line;

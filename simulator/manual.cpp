@@ -2,6 +2,7 @@
 // the tables. Run by the build, which stops when the page describes other options than there are.
 #include "home.h"
 #include "options.h"
+#include "text.h"
 
 #include <cctype>
 #include <cstdio>
@@ -112,6 +113,10 @@ std::string default_patience() {
     return std::to_string(Settings().patience);
 }
 
+std::string shown_bytes() {
+    return std::to_string(SHOWN_VALUE_BYTES);
+}
+
 struct Filling {
     const char *mark;
     std::string (*text)();
@@ -126,6 +131,7 @@ constexpr Filling FILLINGS[] = {
     {"@DEFAULT_DIRECTORY@", default_directory},
     {"@DEFAULT_PORT@", default_port},
     {"@DEFAULT_PATIENCE@", default_patience},
+    {"@SHOWN_BYTES@", shown_bytes},
 };
 
 /// What the options do is told at length by hand; that none is forgotten is seen to here.

@@ -26,13 +26,9 @@ void remember(Home &home, std::string message) {
     }
 }
 
-std::string schedule_key(const ServiceCall &call) {
-    std::string key;
-    for (const std::string_view child : {"idobject", "mode", "type"}) {
-        const std::string_view value = request_value(call, child);
-        key += std::to_string(value.size()) + ":" + std::string(value);
-    }
-    return key;
+ScheduleKey schedule_key(const ServiceCall &call) {
+    return {std::string(request_value(call, "idobject")), std::string(request_value(call, "mode")),
+            std::string(request_value(call, "type"))};
 }
 
 bool session_is_open(const Home &home, const ServiceCall &call) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "daemons.h"
+#include "report.h"
 
 #include <span>
 #include <string>
@@ -16,6 +17,15 @@ struct Settings {
     std::vector<std::string> sessions;
     int patience = 30000; ///< milliseconds that a client may take over its request
     bool raw = false;
+    std::string expect_file;
+    bool any_order = false; ///< of the expected requests
+    std::string record_file;
+    std::string replay_file;
+    std::string forward_directory; ///< where the sockets of a real controller are
+    std::string forward_url;       ///< of its web service
+    std::string state_file;
+    std::string state_out_file; ///< "-": standard output
+    LogFormat log_format = LogFormat::text;
     bool help = false;
     bool version = false;
     /// In the order of DAEMONS.

@@ -2,12 +2,56 @@
 // is let go.
 #include "report.h"
 
+#include <array>
+#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <mutex>
+#include <nlohmann/json.hpp>
 
-void print_line(const std::string &text) {
+namespace {
+
+LogFormat chosen_format = LogFormat::text;
+
+/// The moment in universal time, such as 2026-11-21T08:15:00.250Z.
+std::string moment() {
+    using namespace std::chrono;
+    const auto now = time_point_cast<milliseconds>(system_clock::now());
+    const std::time_t seconds = system_clock::to_time_t(now);
+    std::tm parts{};
+    gmtime_r(&seconds, &parts);
+    std::array<char, 32> day{};
+    std::strftime(day.data(), day.size(), "%FT%T", &parts);
+    std::array<char, 48> whole{};
+    std::snprintf(whole.data(), whole.size(), "%s.%03dZ", day.data(),
+                  static_cast<int>(now.time_since_epoch().count() % 1000));
+    return whole.data();
+}
+
+std::string json_line(const LogLine &line) {
+    nlohmann::ordered_json object{{"time", moment()}, {"event", line.event}};
+    if (!line.daemon.empty()) {
+        object["daemon"] = line.daemon;
+    }
+    for (const auto &[name, value] : line.fields) {
+        object[std::string(name)] = value;
+    }
+    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+} // namespace
+
+void choose_log_format(LogFormat format) {
+    chosen_format = format;
+}
+
+void print_log(const LogLine &line) {
+    print_text((chosen_format == LogFormat::json ? json_line(line) : line.text) + "\n");
+}
+
+void print_text(std::string_view text) {
     static std::mutex lock;
     const std::scoped_lock held(lock);
-    std::fputs((text + "\n").c_str(), stdout);
+    std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
 }

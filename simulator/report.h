@@ -1,8 +1,27 @@
 // Everything that the simulator prints on standard output: whole lines, flushed, never mixed up
-// by connections that end at the same time.
+// by connections that end at the same time, as text or as JSON objects.
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
-/// Prints the text and a line feed.
-void print_line(const std::string &text);
+enum class LogFormat { text, json };
+
+/// One line of the log.
+struct LogLine {
+    std::string_view event;
+    std::string_view daemon; ///< its name in options; empty: the line is about no single one
+    std::string text;        ///< the line, where the log is text
+    std::vector<std::pair<std::string_view, std::string>> fields = {}; ///< where it is JSON
+};
+
+/// Chosen once, before the first line.
+void choose_log_format(LogFormat format);
+
+/// Prints the line in the chosen format.
+void print_log(const LogLine &line);
+
+/// Prints the text as it is, whatever the format.
+void print_text(std::string_view text);

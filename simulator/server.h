@@ -2,10 +2,9 @@
 // own, and applies what the daemons were told to do instead of answering properly.
 #pragma once
 
-#include "home.h"
+#include "bench.h"
 #include "listeners.h"
-#include "options.h"
 
 /// Serves until one of the signals that `signal_descriptor` reports arrives, then waits for the
 /// connections to end.
-void serve(const Settings &settings, const Listeners &listeners, Home &home, int signal_descriptor);
+void serve(Bench &bench, const Listeners &listeners, int signal_descriptor);

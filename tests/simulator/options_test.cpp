@@ -11,11 +11,32 @@ TEST(Options, HelpNamesEveryOptionAndDaemon) {
     EXPECT_EQ(end_program(program, 0), 0);
     EXPECT_EQ(program.errors, "");
     const std::string daemons = "\n  " + joined_keys(" ") + "\n";
-    for (const std::string &word : std::vector<std::string>{
-             "Usage: lumosim", "--directory DIR", "--port N", "--ready-file FILE", "--session ID",
-             "--patience MS", "--raw", "--answer DAEMON=STATUS", "--answer-raw DAEMON=TEXT",
-             "--delay DAEMON=MS", "--close DAEMON", "--refuse DAEMON", "--help", "--version",
-             daemons, "DEMO-SESSION", "ADMIN-SESSION"}) {
+    for (const std::string &word : std::vector<std::string>{"Usage: lumosim",
+                                                            "--directory DIR",
+                                                            "--port N",
+                                                            "--ready-file FILE",
+                                                            "--session ID",
+                                                            "--patience MS",
+                                                            "--raw",
+                                                            "--answer DAEMON=STATUS",
+                                                            "--answer-raw DAEMON=TEXT",
+                                                            "--delay DAEMON=MS",
+                                                            "--close DAEMON",
+                                                            "--refuse DAEMON",
+                                                            "--expect FILE",
+                                                            "--any-order",
+                                                            "--record FILE",
+                                                            "--replay FILE",
+                                                            "--forward-sockets DIR",
+                                                            "--forward-url URL",
+                                                            "--state FILE",
+                                                            "--state-out FILE",
+                                                            "--log-format FORMAT",
+                                                            "--help",
+                                                            "--version",
+                                                            daemons,
+                                                            "DEMO-SESSION",
+                                                            "ADMIN-SESSION"}) {
         EXPECT_NE(program.out.find(word), std::string::npos) << word << "\n" << program.out;
     }
 }
@@ -48,6 +69,17 @@ const WrongCase WRONG[] = {
     {{"--answer-raw", "eib=@/nowhere/at/all"}, "names a file that cannot be read"},
     {{"--delay", "eib=-1"}, "--delay 'eib=-1' needs a number from 0 to 3600000"},
     {{"--close", "eib=1"}, "--close 'eib=1' takes a daemon's name alone"},
+    {{"--answer", "eib=1,"}, "--answer 'eib=1,' needs a number from -2147483647 to 2147483647"},
+    {{"--answer", "eib=1,x,2"}, "needs a number from -2147483647 to 2147483647"},
+    {{"--expect", ""}, "--expect '' needs the name of a file"},
+    {{"--forward-sockets", ""}, "--forward-sockets '' needs the name of a directory"},
+    {{"--forward-url", "https://house"}, "--forward-url 'https://house' needs an address such as"},
+    {{"--forward-url", "http://"}, "needs an address such as"},
+    {{"--forward-url", "http://house:x"}, "needs an address such as"},
+    {{"--log-format", "xml"}, "--log-format 'xml' needs text or json"},
+    {{"--any-order"}, "--any-order belongs to --expect"},
+    {{"--replay", "x", "--forward-url", "http://house"},
+     "only one of --replay and --forward-sockets or --forward-url can be given"},
     {{"--close", "eib", "--answer", "eib=3"},
      "only one of --answer, --answer-raw, --close and --refuse can be given for eib"},
 };

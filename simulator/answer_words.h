@@ -1,0 +1,10 @@
+// What the bytes of an answer say, in the words of the log: for answers that others made.
+#pragma once
+
+#include "daemons.h"
+
+#include <string>
+#include <string_view>
+
+/// The outcome that the log prints for this answer.
+std::string answer_words(const Daemon &daemon, std::string_view answer);

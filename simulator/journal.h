@@ -1,0 +1,63 @@
+// What was asked and answered: every request passes here once, on its way to the log, to the
+// recording, to the comparison at the end and to those who watch.
+#pragma once
+
+#include "daemons.h"
+
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// One request and what was answered.
+struct Entry {
+    const Daemon *daemon;
+    std::string request;               ///< in words
+    std::string outcome;               ///< in words
+    std::optional<std::string> answer; ///< its bytes; nothing when it was closed without one
+};
+
+/// The outcome of a request that got no answer.
+inline constexpr std::string_view CLOSED = "closed without an answer";
+
+/// Between a request and its outcome.
+inline constexpr std::string_view ARROW = " -> ";
+
+/// So many of each daemon's requests are kept for those who watch.
+inline constexpr std::size_t LATEST_ENTRIES = 5;
+
+/// What one daemon was asked of late.
+struct Latest {
+    std::size_t asked = 0;
+    std::deque<Entry> entries; ///< the newest first
+};
+
+struct Journal {
+    std::mutex lock;
+    bool keep = false;          ///< whether all entries are kept
+    std::vector<Entry> entries; ///< all of them, in order
+    std::vector<Latest> latest = std::vector<Latest>(DAEMONS.size());
+    int recording = -1; ///< descriptor, -1: none
+    bool recording_failed = false;
+    std::set<int> watchers; ///< event descriptors that each entry wakes
+};
+
+/// The request as the log prints it, without its outcome, such as "EIB: SENDEIB... a|b".
+std::string request_words(const Entry &entry);
+
+/// The line of the log.
+std::string entry_words(const Entry &entry);
+
+/// Bytes as the log prints them, such as EIB -> "Response Status: EIBG-000\n".
+std::string bytes_words(const Daemon &daemon, std::string_view direction, std::string_view bytes);
+
+/// Prints the entry, and does with it what else there is to do.
+void add_entry(Journal &journal, Entry entry);
+
+/// Starts recording into a new file that only its owner can read; false when it cannot be made.
+bool start_recording(Journal &journal, const std::string &path);
+
+/// Ends recording; false when something could not be written.
+bool end_recording(Journal &journal);

@@ -1,0 +1,100 @@
+// Lists of requests. A line is never taken apart into a request and its outcome, since either may
+// hold an arrow: it is compared with what the log would print.
+#include "request_list.h"
+
+#include "text.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+
+namespace {
+
+/// Lines of a log that tell of no request.
+constexpr std::array<std::string_view, 2> BARE_LINES{"ready", "stopped"};
+constexpr std::array<std::string_view, 3> PLACE_LINES{" listens on ", " refuses on ", " <- "};
+constexpr std::array<std::string_view, 4> NOTES{
+    ": no request, ", ": connection dropped: ", ": the client did not take its answer",
+    ": too many connections, "};
+
+bool tells_of_no_request(std::string_view after_label) {
+    const auto opens = [after_label](std::string_view text) {
+        return after_label.starts_with(text);
+    };
+    return std::any_of(PLACE_LINES.begin(), PLACE_LINES.end(), opens) ||
+           std::any_of(NOTES.begin(), NOTES.end(), opens);
+}
+
+/// Adds bytes to the last request of the daemon that has none yet.
+std::string add_answer(const Daemon &daemon, std::string_view quoted,
+                       std::vector<ListedRequest> &list) {
+    const auto row =
+        std::find_if(list.rbegin(), list.rend(), [&daemon](const ListedRequest &known) {
+            return known.daemon == &daemon && !known.answer;
+        });
+    if (row == list.rend()) {
+        return "an answer without a request before it";
+    }
+    if (quoted.size() < 2 || quoted.front() != '"' || quoted.back() != '"') {
+        return "the bytes of an answer stand between double quotes";
+    }
+    row->answer = read_escapes(quoted.substr(1, quoted.size() - 2));
+    return row->answer ? "" : "the bytes hold an unknown escape";
+}
+
+std::string add_line(const std::string &line, std::vector<ListedRequest> &list) {
+    if (line.empty() || line.front() == '#' ||
+        std::find(BARE_LINES.begin(), BARE_LINES.end(), line) != BARE_LINES.end()) {
+        return "";
+    }
+    for (const Daemon &daemon : DAEMONS) {
+        if (!line.starts_with(daemon.label)) {
+            continue;
+        }
+        const std::string_view rest = std::string_view(line).substr(daemon.label.size());
+        if (rest.starts_with(ARROW)) {
+            return add_answer(daemon, rest.substr(ARROW.size()), list);
+        }
+        if (tells_of_no_request(rest)) {
+            return "";
+        }
+        if (rest.starts_with(": ")) {
+            list.push_back({&daemon, line, {}});
+            return "";
+        }
+    }
+    return "'" + show_value(line) + "' is no line of the log";
+}
+
+} // namespace
+
+std::string read_list(const std::string &path, std::vector<ListedRequest> &list) {
+    std::ifstream file(path, std::ios::binary);
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        const std::string complaint = add_line(line, list);
+        number++;
+        if (!complaint.empty()) {
+            return path + " line " + std::to_string(number) + ": " + complaint;
+        }
+    }
+    return file.eof() ? "" : "cannot read " + path;
+}
+
+bool is_same_request(const ListedRequest &row, const Entry &entry) {
+    const std::string request = request_words(entry);
+    return row.line == request || row.line.starts_with(request + std::string(ARROW));
+}
+
+Fit fit(const ListedRequest &row, const Entry &entry) {
+    if (row.answer && row.answer != entry.answer) {
+        return Fit::none;
+    }
+    if (row.line == entry_words(entry)) {
+        return row.answer ? Fit::outcome_and_bytes : Fit::outcome;
+    }
+    if (row.line == request_words(entry)) {
+        return row.answer ? Fit::request_and_bytes : Fit::request;
+    }
+    return Fit::none;
+}

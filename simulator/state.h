@@ -1,0 +1,13 @@
+// The home as a file: what --state starts from and --state-out leaves.
+#pragma once
+
+#include "home.h"
+
+#include <string>
+
+/// Fills the home from the text of a state file. A part that the text names replaces the whole
+/// part; the others stay. Returns what is wrong with the text, empty when nothing is.
+std::string read_state(const std::string &text, Home &home);
+
+/// The text of a state file.
+std::string write_state(Home &home);
