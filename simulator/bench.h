@@ -11,4 +11,5 @@ struct Bench {
     Home home = {};
     Journal journal = {};
     Replay replay = {};
+    std::vector<std::string> places = {}; ///< where each listens, in the order of DAEMONS
 };

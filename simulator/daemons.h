@@ -23,12 +23,16 @@ struct WebRequest {
     std::string body;
 };
 
+/// Whom an answer is for: a client of the daemon, or somebody who watches in a browser.
+enum class Audience { client, page, events };
+
 /// What one request came to.
 struct Exchange {
     std::string request; ///< the request in words, for the request line; empty: nothing arrived
     std::string outcome; ///< what is answered, in words
     std::optional<std::string> answer; ///< its bytes; nothing: closed without one
-    WebRequest web = {};               ///< the request, where it is one of the web
+    Audience audience = Audience::client;
+    WebRequest web = {}; ///< the request, where it is one of the web
 };
 
 /// One header line of a gateway's request: "Name: value". A gateway may fix the value, or its

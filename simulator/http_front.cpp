@@ -6,6 +6,7 @@
 #include "envelope.h"
 #include "home.h"
 #include "operations.h"
+#include "page.h"
 #include "text.h"
 
 #include <algorithm>
@@ -144,6 +145,16 @@ void answer_post(const Conversation &conversation, const httplib::Request &reque
     answer_call(conversation, std::get<ServiceCall>(read), exchange, response);
 }
 
+/// Lets only those in who name this machine: a page from elsewhere whose name was made to lead
+/// here must not read the home.
+bool admit_watcher(const Home &home, const httplib::Request &request, httplib::Response &response) {
+    const std::string host = "http://" + request.get_header_value("Host");
+    const std::string port = home.origin.substr(home.origin.rfind(':'));
+    const bool admitted = host == home.origin || host == "http://localhost" + port;
+    response.status = admitted ? 200 : 403;
+    return admitted;
+}
+
 /// The number in the status line of an answer, for requests that reached no route.
 std::string http_status(std::string_view answer) {
     return "HTTP " + std::string(answer.substr(std::min<std::size_t>(answer.size(), 9), 3));
@@ -162,6 +173,19 @@ Exchange exchange_http(Conversation &conversation) {
     engine.Get("/configuration", [&](const httplib::Request &, httplib::Response &response) {
         const std::scoped_lock held(conversation.home.lock);
         response.set_content(conversation.home.configuration, "text/plain; charset=utf-8");
+    });
+    engine.Get(PAGE_PATH, [&](const httplib::Request &request, httplib::Response &response) {
+        if (admit_watcher(conversation.home, request, response)) {
+            exchange.audience = Audience::page;
+            response.set_header("Content-Security-Policy", PAGE_POLICY);
+            response.set_content(page_text().data(), page_text().size(),
+                                 "text/html; charset=utf-8");
+        }
+    });
+    engine.Get(EVENTS_PATH, [&](const httplib::Request &request, httplib::Response &response) {
+        if (admit_watcher(conversation.home, request, response)) {
+            exchange.audience = Audience::events;
+        }
     });
     engine.set_logger([&](const httplib::Request &request, const httplib::Response &) {
         exchange.web = {request.method, request.path, {}, request.body};

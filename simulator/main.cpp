@@ -38,10 +38,11 @@ int open_signals() {
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-void announce(const Settings &settings, const Listeners &listeners) {
+void announce(Bench &bench, const Listeners &listeners) {
     for (const Listener &row : listeners.rows) {
-        const bool refuses = settings.behaviours[row_of(*row.daemon)].refuse;
+        const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
         const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
+        bench.places.push_back(place);
         print_log(
             {refuses ? "refuses" : "listens",
              row.daemon->key,
@@ -135,7 +136,7 @@ int run(const Settings &settings) {
         return complain(complaint);
     }
     bench.home.origin = listeners.origin;
-    announce(settings, listeners);
+    announce(bench, listeners);
     if (!settings.ready_file.empty() &&
         !write_file(settings.ready_file, "directory=" + settings.directory +
                                              "\nurl=" + listeners.origin + SERVICE_PATH + "\n")) {

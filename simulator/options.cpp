@@ -88,5 +88,7 @@ std::string help_text() {
     return text.append(FIRST_USER.session) +
            " is open from the start.\n"
            "\nExit status: 0 stopped by a signal, 1 cannot start, 2 wrong options.\n"
-           "It is 3 when other requests came than --expect lists.\n";
+           "It is 3 when other requests came than --expect lists.\n"
+           "\nA browser shows the home and the last requests at http://127.0.0.1:PORT/\n"
+           "For systemd there is lumosim.service; lumosim(1) tells how a class-room runs many.\n";
 }

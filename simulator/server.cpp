@@ -3,6 +3,7 @@
 #include "server.h"
 
 #include "forward.h"
+#include "page.h"
 #include "report.h"
 #include "text.h"
 
@@ -88,7 +89,11 @@ void serve_connection(Bench &bench, const Daemon &daemon, Connection connection)
     Conversation conversation{daemon, bench.settings.behaviours[row_of(daemon)], connection,
                               bench.home};
     Exchange exchange = daemon.exchange(conversation);
-    if (exchange.request.empty()) {
+    if (exchange.audience == Audience::events) {
+        stream_events(bench, connection);
+    } else if (exchange.audience == Audience::page) {
+        send_all(connection, exchange.answer.value_or(""));
+    } else if (exchange.request.empty()) {
         print_note(daemon, "no request, " + exchange.outcome);
     } else {
         finish_exchange(bench, conversation, std::move(exchange));

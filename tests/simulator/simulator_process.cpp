@@ -67,6 +67,31 @@ std::vector<std::string> command_line(const std::vector<std::string> &arguments)
     return words;
 }
 
+void start(Program &program, std::vector<std::string> words) {
+    std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string &word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    std::array<int, 2> out_pipe{};
+    std::array<int, 2> error_pipe{};
+    if (pipe2(out_pipe.data(), O_CLOEXEC) != 0 || pipe2(error_pipe.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("pipe failed");
+    }
+    program.pid = fork();
+    if (program.pid == 0) {
+        dup2(out_pipe[1], STDOUT_FILENO);
+        dup2(error_pipe[1], STDERR_FILENO);
+        execvp(pointers[0], pointers.data());
+        _exit(127);
+    }
+    close(out_pipe[1]);
+    close(error_pipe[1]);
+    program.out_descriptor = out_pipe[0];
+    program.error_descriptor = error_pipe[0];
+}
+
 } // namespace
 
 FreshDirectory::FreshDirectory() : path("/tmp/simtest-XXXXXX") {
@@ -81,29 +106,13 @@ FreshDirectory::~FreshDirectory() {
 }
 
 Program::Program(const std::vector<std::string> &arguments) {
-    std::vector<std::string> words = command_line(arguments);
-    std::vector<char *> pointers;
-    pointers.reserve(words.size() + 1);
-    for (std::string &word : words) {
-        pointers.push_back(word.data());
-    }
-    pointers.push_back(nullptr);
-    std::array<int, 2> out_pipe{};
-    std::array<int, 2> error_pipe{};
-    if (pipe2(out_pipe.data(), O_CLOEXEC) != 0 || pipe2(error_pipe.data(), O_CLOEXEC) != 0) {
-        throw std::runtime_error("pipe failed");
-    }
-    pid = fork();
-    if (pid == 0) {
-        dup2(out_pipe[1], STDOUT_FILENO);
-        dup2(error_pipe[1], STDERR_FILENO);
-        execvp(pointers[0], pointers.data());
-        _exit(127);
-    }
-    close(out_pipe[1]);
-    close(error_pipe[1]);
-    out_descriptor = out_pipe[0];
-    error_descriptor = error_pipe[0];
+    start(*this, command_line(arguments));
+}
+
+Program::Program(const std::string &name, const std::vector<std::string> &arguments) {
+    std::vector<std::string> words{name};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    start(*this, std::move(words));
 }
 
 Program::~Program() {

@@ -24,6 +24,10 @@ struct FreshDirectory {
 /// A running program with its output. Killed at the end of the test if it still runs.
 struct Program {
     explicit Program(const std::vector<std::string> &arguments);
+
+    /// Another program than the simulator.
+    Program(const std::string &name, const std::vector<std::string> &arguments);
+
     ~Program();
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;

@@ -1,0 +1,176 @@
+// The driver chooses its port and prints it. A wait is one command that the page itself answers
+// when its change comes, so nothing is asked again and again.
+#include "browser.h"
+
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <httplib.h>
+#include <sstream>
+#include <unistd.h>
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::array PROGRAMS{"chromium", "chromedriver"};
+
+/// The driver wants the port that it got for one protocol of the net for the other one too, and
+/// gives up when that is taken.
+constexpr int MOST_STARTS = 10;
+
+const std::vector<std::string> BROWSER_ARGUMENTS{"--headless",
+                                                 "--no-sandbox",
+                                                 "--disable-gpu",
+                                                 "--disable-quic",
+                                                 "--disable-dev-shm-usage",
+                                                 "--no-first-run",
+                                                 "--disable-background-networking",
+                                                 "--disable-component-update",
+                                                 "--disable-sync",
+                                                 "--force-prefers-reduced-motion"};
+
+/// The path of an installed program; empty when there is none.
+std::string find_program(const std::string &name) {
+    const char *path = std::getenv("PATH");
+    std::istringstream directories(path == nullptr ? "" : path);
+    for (std::string directory; std::getline(directories, directory, ':');) {
+        const std::string whole = directory + "/" + name;
+        if (access(whole.c_str(), X_OK) == 0) {
+            return whole;
+        }
+    }
+    return "";
+}
+
+/// The port that a driver has chosen; 0 when it ended instead.
+int read_port(Program &driver) {
+    const std::string tag = "started successfully on port ";
+    if (!wait_for_output(driver, tag) || !wait_for_output(driver, ".\n")) {
+        return 0;
+    }
+    return std::atoi(driver.out.c_str() + driver.out.find(tag) + tag.size());
+}
+
+std::string open_session(Browser &browser) {
+    json arguments = BROWSER_ARGUMENTS;
+    arguments.push_back("--user-data-dir=" + browser.home.path + "/profile");
+    const json wanted{{"capabilities",
+                       {{"alwaysMatch",
+                         {{"timeouts", {{"script", PATIENCE_MS}, {"pageLoad", PATIENCE_MS}}},
+                          {"goog:chromeOptions",
+                           {{"binary", find_program(PROGRAMS[0])}, {"args", arguments}}}}}}}};
+    const json answer = command(browser, "/session", wanted);
+    return answer.is_object() ? "/session/" + answer["sessionId"].get<std::string>() : "";
+}
+
+std::string decode_base64(const std::string &text) {
+    constexpr std::string_view letters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    for (const char letter : text) {
+        const std::size_t value = letters.find(letter);
+        if (value == std::string_view::npos) {
+            break;
+        }
+        bits = (bits << 6U) | static_cast<std::uint32_t>(value);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>((bits >> static_cast<unsigned>(count)) & 0xFFU);
+        }
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::string missing_browser() {
+    for (const char *name : PROGRAMS) {
+        if (find_program(name).empty()) {
+            return std::string(name) + " is not installed; scripts/install-packages browser does";
+        }
+    }
+    return "";
+}
+
+Browser::Browser() {
+    for (int attempt = 0; attempt < MOST_STARTS && port == 0; ++attempt) {
+        // What the browser leaves in its temporary directory goes with this one.
+        driver = std::make_unique<Program>(
+            "/usr/bin/env",
+            std::vector<std::string>{"TMPDIR=" + home.path, find_program(PROGRAMS[1]), "--port=0"});
+        port = read_port(*driver);
+    }
+    if (port == 0) {
+        complaint = "the driver did not start: " + driver->out + driver->errors;
+        return;
+    }
+    session = open_session(*this);
+}
+
+Browser::~Browser() {
+    if (!session.empty()) {
+        httplib::Client client("127.0.0.1", port);
+        client.set_read_timeout(PATIENCE_MS / 1000);
+        client.Delete(session);
+    }
+    end_program(*driver, SIGTERM);
+}
+
+nlohmann::json command(Browser &browser, const std::string &path, const nlohmann::json &body) {
+    httplib::Client client("127.0.0.1", browser.port);
+    client.set_read_timeout(2 * PATIENCE_MS / 1000);
+    const auto answer = client.Post(path, body.dump(), "application/json");
+    if (!answer || answer->status != 200) {
+        browser.complaint += path + ": " + (answer ? answer->body : "no answer") + "\n";
+        return nullptr;
+    }
+    return json::parse(answer->body, nullptr, false)["value"];
+}
+
+void open_page(Browser &browser, const std::string &address) {
+    command(browser, browser.session + "/url", {{"url", address}});
+}
+
+nlohmann::json evaluate(Browser &browser, const std::string &expression) {
+    return command(browser, browser.session + "/execute/sync",
+                   {{"script", "return " + expression + ";"}, {"args", json::array()}});
+}
+
+bool wait_until(Browser &browser, const std::string &expression) {
+    const std::string script = "const done = arguments[arguments.length - 1];"
+                               "const look = () => (" +
+                               expression +
+                               ") && (watcher.disconnect(), done(true));"
+                               "const watcher = new MutationObserver(look);"
+                               "watcher.observe(document, {subtree: true, childList: true,"
+                               " characterData: true, attributes: true});"
+                               "look();";
+    return command(browser, browser.session + "/execute/async",
+                   {{"script", script}, {"args", json::array()}}) == true;
+}
+
+void press(Browser &browser, const std::string &key) {
+    const json steps{{{"type", "keyDown"}, {"value", key}}, {{"type", "keyUp"}, {"value", key}}};
+    const json keyboard{{"type", "key"}, {"id", "keyboard"}, {"actions", steps}};
+    command(browser, browser.session + "/actions", {{"actions", json::array({keyboard})}});
+}
+
+void resize(Browser &browser, int width, int height) {
+    command(browser, browser.session + "/goog/cdp/execute",
+            {{"cmd", "Emulation.setDeviceMetricsOverride"},
+             {"params",
+              {{"width", width}, {"height", height}, {"deviceScaleFactor", 1}, {"mobile", true}}}});
+}
+
+std::string take_screenshot(Browser &browser) {
+    httplib::Client client("127.0.0.1", browser.port);
+    client.set_read_timeout(PATIENCE_MS / 1000);
+    const auto answer = client.Get(browser.session + "/screenshot");
+    const json whole = answer ? json::parse(answer->body, nullptr, false) : json();
+    return whole.is_object() && whole["value"].is_string() ? decode_base64(whole["value"]) : "";
+}

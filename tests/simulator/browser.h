@@ -1,0 +1,46 @@
+// A headless Chromium, steered over the WebDriver protocol. Every wait is bounded.
+#pragma once
+
+#include "simulator_process.h"
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+/// Why no browser can be started here; empty when one can.
+std::string missing_browser();
+
+struct Browser {
+    Browser();
+    ~Browser();
+    Browser(const Browser &) = delete;
+    Browser &operator=(const Browser &) = delete;
+
+    FreshDirectory home;
+    std::unique_ptr<Program> driver;
+    int port = 0;
+    std::string session; ///< path of the session; empty when it could not be opened
+    std::string complaint;
+};
+
+/// One command of the protocol; the value that it answers, null when it fails.
+nlohmann::json command(Browser &browser, const std::string &path, const nlohmann::json &body);
+
+/// Opens an address.
+void open_page(Browser &browser, const std::string &address);
+
+/// What the JavaScript expression comes to.
+nlohmann::json evaluate(Browser &browser, const std::string &expression);
+
+/// Waits in the page until the expression is true, looking again after each change of the page;
+/// false when the time is up.
+bool wait_until(Browser &browser, const std::string &expression);
+
+/// Presses and releases one key, given as the protocol's character for it.
+void press(Browser &browser, const std::string &key);
+
+/// Makes the page as wide and high as a screen.
+void resize(Browser &browser, int width, int height);
+
+/// A picture of the page as PNG bytes.
+std::string take_screenshot(Browser &browser);

@@ -1,0 +1,212 @@
+// The page and its stream as HTTP, without a browser.
+#include "daemon_rows.h"
+#include "simulator_process.h"
+#include "soap_client.h"
+
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <nlohmann/json.hpp>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// Somebody who watches the stream.
+struct Watcher {
+    explicit Watcher(int port) : descriptor(connect_port(port)) {
+        const std::string host = "127.0.0.1:" + std::to_string(port);
+        send_bytes(descriptor, "GET /events HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+    }
+
+    ~Watcher() {
+        close(descriptor);
+    }
+
+    Watcher(const Watcher &) = delete;
+    Watcher &operator=(const Watcher &) = delete;
+
+    /// The next event; null when none comes in time.
+    Json next() {
+        std::size_t end = 0;
+        while ((end = text.find("\n\n")) == std::string::npos) {
+            std::array<char, 4096> chunk{};
+            pollfd watched{descriptor, POLLIN, 0};
+            const ssize_t count = poll(&watched, 1, PATIENCE_MS) > 0
+                                      ? recv(descriptor, chunk.data(), chunk.size(), 0)
+                                      : -1;
+            if (count <= 0) {
+                return nullptr;
+            }
+            text.append(chunk.data(), static_cast<std::size_t>(count));
+        }
+        const std::size_t start = text.find("data: ") + std::string("data: ").size();
+        Json event = Json::parse(text.substr(start, end - start), nullptr, false);
+        text.erase(0, end + 2);
+        return event;
+    }
+
+    int descriptor;
+    std::string text;
+};
+
+/// The record of this key in a list of them; null when there is none.
+Json find_record(const Json &list, std::string_view key) {
+    for (const Json &record : list) {
+        if (record["key"] == key) {
+            return record;
+        }
+    }
+    return nullptr;
+}
+
+TEST(Page, IsServedWithAPolicy) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    httplib::Client client("127.0.0.1", simulator.port);
+    const auto page = client.Get("/");
+    ASSERT_TRUE(page);
+    EXPECT_EQ(page->status, 200);
+    EXPECT_EQ(page->get_header_value("Content-Type"), "text/html; charset=utf-8");
+    EXPECT_TRUE(
+        page->get_header_value("Content-Security-Policy").starts_with("default-src 'none'"));
+    EXPECT_TRUE(page->body.starts_with("<!DOCTYPE html>")) << page->body;
+    EXPECT_TRUE(page->body.ends_with("</html>\n")) << page->body;
+}
+
+struct HostCase {
+    std::string host; ///< PORT stands for the port
+    int status;
+};
+
+const HostCase HOSTS[] = {{"127.0.0.1:PORT", 200},
+                          {"localhost:PORT", 200},
+                          {"127.0.0.1", 403},
+                          {"house.example", 403},
+                          {"house.example:PORT", 403}};
+
+TEST(Page, IsForThisMachineOnly) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    for (const HostCase &row : HOSTS) {
+        std::string host = row.host;
+        if (const std::size_t at = host.find("PORT"); at != std::string::npos) {
+            host.replace(at, host.size() - at, std::to_string(simulator.port));
+        }
+        httplib::Client client("127.0.0.1", simulator.port);
+        const auto page = client.Get("/", {{"Host", host}});
+        ASSERT_TRUE(page);
+        EXPECT_EQ(page->status, row.status) << host;
+        if (row.status != 200) {
+            const auto events = client.Get("/events", {{"Host", host}});
+            ASSERT_TRUE(events);
+            EXPECT_EQ(events->status, row.status) << host;
+        }
+    }
+}
+
+TEST(Page, StreamsWhatHappens) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    Watcher watcher(simulator.port);
+    const Json first = watcher.next();
+    EXPECT_EQ(find_record(first["elements"], "LIVING-LAMP"),
+              Json({{"key", "LIVING-LAMP"}, {"status", "OFF"}, {"value", "0"}}));
+    EXPECT_EQ(first["daemons"].size(), DAEMON_ROWS.size());
+    for (const DaemonRow &row : DAEMON_ROWS) {
+        const Json daemon = find_record(first["daemons"], row.key);
+        EXPECT_EQ(daemon["label"], row.label);
+        EXPECT_EQ(daemon["asked"], 0);
+        EXPECT_EQ(daemon["latest"], Json::array());
+    }
+    call_service(simulator.port, "service-runonelement",
+                 "<sessionid>DEMO-SESSION</sessionid><idobject>LIVING-LAMP</idobject>"
+                 "<operation>ON</operation><payload>80</payload>");
+    const Json second = watcher.next();
+    EXPECT_EQ(find_record(second["elements"], "LIVING-LAMP"),
+              Json({{"key", "LIVING-LAMP"}, {"status", "ON"}, {"value", "80"}}));
+    const Json soap = find_record(second["daemons"], "soap");
+    EXPECT_EQ(soap["asked"], 1);
+    EXPECT_EQ(soap["latest"][0]["outcome"], "LMWS-000");
+}
+
+TEST(Page, HoldsTheLastRequestsOfEachDaemon) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    constexpr std::size_t asked = 8;
+    for (std::size_t i = 1; i <= asked; ++i) {
+        ask_daemon(simulator.home.path, "smstoolgateway",
+                   "Request: RECVSMSTOOLDATAGRAM\nFrom: " + std::to_string(i) + "\nMsg: x\n\n");
+    }
+    Watcher watcher(simulator.port);
+    const Json daemon = find_record(watcher.next()["daemons"], "smstool");
+    EXPECT_EQ(daemon["asked"], asked);
+    Json latest = Json::array();
+    for (const char *number : {"8", "7", "6", "5", "4"}) {
+        latest.push_back({{"request", std::string("RECVSMSTOOLDATAGRAM ") + number + "|x"},
+                          {"outcome", "SMST-000"}});
+    }
+    EXPECT_EQ(daemon["latest"], latest);
+}
+
+struct ToldCase {
+    std::vector<std::string> options;
+    const char *words;
+};
+
+const ToldCase TOLD[] = {
+    {{}, ""},
+    {{"--answer", "eib=107,0"}, "answers EIBG-107, EIBG-000"},
+    {{"--answer-raw", "eib=abc"}, "answers 3 raw bytes"},
+    {{"--close", "eib"}, "closed without an answer"},
+    {{"--refuse", "eib"}, "refuses connections"},
+    {{"--delay", "eib=20"}, "waits 20 ms"},
+    {{"--close", "eib", "--delay", "eib=20"}, "closed without an answer, waits 20 ms"},
+    {{"--replay", "/dev/null"}, "answers from a recording"},
+    {{"--forward-sockets", "/tmp"}, "asks the real controller"},
+};
+
+TEST(Page, SaysWhatADaemonWasTold) {
+    for (const ToldCase &row : TOLD) {
+        Simulator simulator(row.options);
+        ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+        Watcher watcher(simulator.port);
+        EXPECT_EQ(find_record(watcher.next()["daemons"], "eib")["told"], row.words);
+    }
+}
+
+TEST(Page, IsNoRequest) {
+    const FreshDirectory directory;
+    const std::string list = directory.path + "/list";
+    std::ofstream(list) << "";
+    Simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
+                         "--answer-raw", "soap=x", "--delay", "soap=3600000"});
+    ASSERT_TRUE(simulator.ready);
+    httplib::Client client("127.0.0.1", simulator.port);
+    ASSERT_TRUE(client.Get("/"));
+    Watcher watcher(simulator.port);
+    EXPECT_FALSE(watcher.next().is_null());
+    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0) << simulator.program.errors;
+    EXPECT_TRUE(simulator.program.out.ends_with("ready\nstopped\n")) << simulator.program.out;
+    EXPECT_EQ(read_file(directory.path + "/record"), "");
+    EXPECT_TRUE(watcher.next().is_null()) << "the stream ends with the simulator";
+}
+
+TEST(Page, OfManyWatchersEachSeesEverything) {
+    Simulator simulator;
+    ASSERT_TRUE(simulator.ready);
+    Watcher stays(simulator.port);
+    EXPECT_FALSE(stays.next().is_null());
+    {
+        Watcher leaves(simulator.port);
+        EXPECT_FALSE(leaves.next().is_null());
+    }
+    ask_daemon(simulator.home.path, "eibgateway", proper_request(daemon_row("eib")));
+    EXPECT_EQ(find_record(stays.next()["daemons"], "eib")["asked"], 1);
+}
+
+} // namespace
