@@ -44,6 +44,9 @@ install(FILES ${PROJECT_BINARY_DIR}/lumo.sh.7.gz
 set(CPACK_COMPONENTS_ALL lumocmd)
 if(TARGET lumosim)
     install(TARGETS lumosim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumosim)
+    # Below the prefix /usr this is where systemd looks for the units of packages.
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/lumosim.service
+        DESTINATION lib/systemd/system COMPONENT lumosim)
     install_documents(lumosim lumosim.1)
     add_dependencies(lumosim_documents lumosim_manual)
     list(APPEND CPACK_COMPONENTS_ALL lumosim)
