@@ -95,7 +95,7 @@ std::string web_request(const WebAddress &address, const WebRequest &request) {
     std::string text = request.method + " " + path + " HTTP/1.0\r\nHost: " + address.host + ":" +
                        address.port + "\r\n";
     for (const auto &[name, value] : request.headers) {
-        text += name + ": " + value + "\r\n";
+        text.append(name).append(": ").append(value).append("\r\n");
     }
     return text + "Content-Length: " + std::to_string(request.body.size()) + "\r\n\r\n" +
            request.body;

@@ -3,13 +3,13 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 struct Element {
     std::string status;
@@ -52,7 +52,9 @@ struct ScheduleKey {
     std::string mode;
     std::string type;
 
-    auto operator<=>(const ScheduleKey &) const = default;
+    bool operator<(const ScheduleKey &other) const {
+        return std::tie(object, mode, type) < std::tie(other.object, other.mode, other.type);
+    }
 };
 
 struct Home {

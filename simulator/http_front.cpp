@@ -155,6 +155,23 @@ bool admit_watcher(const Home &home, const httplib::Request &request, httplib::R
     return admitted;
 }
 
+/// The ways of those who watch. The answer to /events is only the sign to start streaming.
+void add_page_routes(RequestEngine &engine, const Home &home, Exchange &exchange) {
+    engine.Get(PAGE_PATH, [&](const httplib::Request &request, httplib::Response &response) {
+        if (admit_watcher(home, request, response)) {
+            exchange.audience = Audience::page;
+            response.set_header("Content-Security-Policy", PAGE_POLICY);
+            response.set_content(page_text().data(), page_text().size(),
+                                 "text/html; charset=utf-8");
+        }
+    });
+    engine.Get(EVENTS_PATH, [&](const httplib::Request &request, httplib::Response &response) {
+        if (admit_watcher(home, request, response)) {
+            exchange.audience = Audience::events;
+        }
+    });
+}
+
 /// The number in the status line of an answer, for requests that reached no route.
 std::string http_status(std::string_view answer) {
     return "HTTP " + std::string(answer.substr(std::min<std::size_t>(answer.size(), 9), 3));
@@ -174,19 +191,7 @@ Exchange exchange_http(Conversation &conversation) {
         const std::scoped_lock held(conversation.home.lock);
         response.set_content(conversation.home.configuration, "text/plain; charset=utf-8");
     });
-    engine.Get(PAGE_PATH, [&](const httplib::Request &request, httplib::Response &response) {
-        if (admit_watcher(conversation.home, request, response)) {
-            exchange.audience = Audience::page;
-            response.set_header("Content-Security-Policy", PAGE_POLICY);
-            response.set_content(page_text().data(), page_text().size(),
-                                 "text/html; charset=utf-8");
-        }
-    });
-    engine.Get(EVENTS_PATH, [&](const httplib::Request &request, httplib::Response &response) {
-        if (admit_watcher(conversation.home, request, response)) {
-            exchange.audience = Audience::events;
-        }
-    });
+    add_page_routes(engine, conversation.home, exchange);
     engine.set_logger([&](const httplib::Request &request, const httplib::Response &) {
         exchange.web = {request.method, request.path, {}, request.body};
         for (const char *name : PASSED_HEADERS) {

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <climits>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -108,7 +108,9 @@ std::string set_answer_raw(Settings &settings, const std::string &argument) {
     }
     if (text.starts_with('@')) {
         std::ifstream file(text.substr(1), std::ios::binary);
-        behaviour->raw = std::string(std::istreambuf_iterator<char>(file), {});
+        std::ostringstream bytes;
+        bytes << file.rdbuf();
+        behaviour->raw = bytes.str();
         return file.is_open() && !file.bad() ? "" : "names a file that cannot be read";
     }
     behaviour->raw = read_escapes(text);
