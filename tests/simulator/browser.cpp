@@ -36,7 +36,8 @@ std::string find_program(const std::string &name) {
     const char *path = std::getenv("PATH");
     std::istringstream directories(path == nullptr ? "" : path);
     for (std::string directory; std::getline(directories, directory, ':');) {
-        const std::string whole = directory + "/" + name;
+        std::string whole = directory;
+        whole.append("/").append(name);
         if (access(whole.c_str(), X_OK) == 0) {
             return whole;
         }
