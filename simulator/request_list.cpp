@@ -75,7 +75,8 @@ std::string read_list(const std::string &path, std::vector<ListedRequest> &list)
         const std::string complaint = add_line(line, list);
         number++;
         if (!complaint.empty()) {
-            return path + " line " + std::to_string(number) + ": " + complaint;
+            return std::string(path).append(" line ").append(std::to_string(number)) + ": " +
+                   complaint;
         }
     }
     return file.eof() ? "" : "cannot read " + path;
