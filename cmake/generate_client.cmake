@@ -20,6 +20,22 @@ foreach(operation IN LISTS operations)
         list(REMOVE_AT directives ${index})
     endforeach()
 endforeach()
+
+# Every operation has its response record, and every field of a record its tag.
+file(READ ${DEFINITION} definition)
+foreach(operation IN LISTS operations)
+    if(NOT definition MATCHES "struct ns__${operation}Response {([^}]*)}")
+        message(FATAL_ERROR
+            "${DEFINITION}: the operation ${operation} needs the record\n"
+            "struct ns__${operation}Response")
+    endif()
+    string(REGEX REPLACE "    char \\*[a-z_]+ `::[a-z-]+`;\n" "" untagged "${CMAKE_MATCH_1}")
+    string(STRIP "${untagged}" untagged)
+    if(untagged)
+        message(FATAL_ERROR "${DEFINITION}: in the response of ${operation} every line must read\n"
+            "    char *name `::name-on-the-wire`;\nand this does not: ${untagged}")
+    endif()
+endforeach()
 if(directives)
     message(FATAL_ERROR "${DEFINITION}: no operation has this directive: ${directives}")
 endif()

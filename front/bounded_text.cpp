@@ -12,6 +12,7 @@ void append_text(bounded_text *out, const char *format, ...) {
     va_start(arguments, format);
     const int needed = vsnprintf(out->text + out->length, room, format, arguments);
     va_end(arguments);
+    // Negative only for what no format here has: a wide character that cannot be written.
     if (needed < 0 || static_cast<std::size_t>(needed) >= room) {
         out->overflowed = true;
         return;

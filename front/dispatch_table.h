@@ -21,6 +21,7 @@ struct dispatch_row {
     local_client *client = nullptr; ///< null: the web service
 };
 
+/// The builders of gateways are declared by LOCAL_BUILDERS in gateways/localclientutil.h.
 inline constexpr dispatch_row DISPATCH[] = {
     {REQUEST_SOAP, "main->main processing a soap request"},
     {REQUEST_EIBLOCAL, "main->main processing an EIB local request", make_eibuslocal_request},
@@ -73,3 +74,19 @@ constexpr bool check_every_dispatch(std::index_sequence<Index...> /*all*/) {
     return (check_dispatch<REQUEST_TYPES[Index].type, needs_client(REQUEST_TYPES[Index])>() && ...);
 }
 static_assert(check_every_dispatch(std::make_index_sequence<std::size(REQUEST_TYPES)>{}));
+
+/// True when every row has a type that is a row of REQUEST_TYPES.
+consteval bool every_dispatch_has_a_type() {
+    for (const dispatch_row &row : DISPATCH) {
+        bool is_known = false;
+        for (const request_type_row &type : REQUEST_TYPES) {
+            is_known = is_known || type.type == row.type;
+        }
+        if (!is_known) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(every_dispatch_has_a_type(),
+              "a type of DISPATCH has no row in REQUEST_TYPES: add it to front/request_types.h");

@@ -48,6 +48,7 @@ void occupy_standard_descriptors() {
     do {
         descriptor = open("/dev/null", O_RDWR);
     } while (descriptor >= 0 && descriptor <= 2);
+    // Negative where the system has no such device or no descriptor left: nothing more can be done.
     if (descriptor > 2) {
         close(descriptor);
     }

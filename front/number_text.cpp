@@ -19,5 +19,6 @@ bool read_number(const char *text, int *value) {
         errno = ERANGE;
     }
     *value = static_cast<int>(number);
+    // Some libraries set EINVAL for a text without digits; this one does not.
     return errno != EINVAL && errno != ERANGE && *end == '\0';
 }

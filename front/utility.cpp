@@ -243,8 +243,8 @@ int parse_parameters(const char *list, int *count, char ***items) {
     return 0;
 }
 
-bool names_match(const char *name, const char *other) {
-    return name != nullptr && other != nullptr && strcasecmp(name, other) == 0;
+bool names_match(const char *name, const char *known) {
+    return name != nullptr && strcasecmp(name, known) == 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -253,6 +253,7 @@ bool names_match(const char *name, const char *other) {
 char *format_status_code(int code) {
     constexpr std::size_t longest = sizeof("LMCM--2147483648");
     char *text = static_cast<char *>(xmalloc(longest));
+    // One range always holds the code; see ranges_are_complete().
     for (const status_range &range : STATUS_RANGES) {
         if (code >= range.first && code <= range.last) {
             snprintf(text, longest, "%s-%0*d", range.prefix, range.digits, code);

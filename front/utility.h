@@ -28,8 +28,10 @@ void release_config();
 /// @return always 0.
 int parse_parameters(const char *list, int *count, char ***items);
 
-/// Compares two names ignoring case. A null name equals nothing.
-bool names_match(const char *name, const char *other);
+/// Compares two names ignoring case.
+/// @param name null equals nothing.
+/// @param known not null.
+bool names_match(const char *name, const char *known);
 
 /// Formats a status code with the prefix of its range, such as "LMCM-505".
 /// @return a new text, owned by the caller.

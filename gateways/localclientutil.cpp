@@ -102,6 +102,25 @@ constexpr builder_row ROWS[] = {
      "SectionName, Index, ObjectID, Payload", &BYME_GATEWAY},
 };
 
+#define BUILDER_NAME(NAME) #NAME,
+constexpr std::string_view BUILDERS[] = {LOCAL_BUILDERS(BUILDER_NAME)};
+#undef BUILDER_NAME
+
+consteval bool every_row_has_a_builder() {
+    for (const builder_row &row : ROWS) {
+        bool is_known = false;
+        for (const std::string_view builder : BUILDERS) {
+            is_known = is_known || builder == row.builder;
+        }
+        if (!is_known) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(every_row_has_a_builder(),
+              "a builder of ROWS is not declared: add it to LOCAL_BUILDERS in localclientutil.h");
+
 /// The name in a builder's exiting mark. Two are deliberately not their own.
 consteval const char *exits_as(const char *builder) {
     const std::string_view name = builder;

@@ -45,6 +45,7 @@ int build_gateway_request(const request_builder &builder, const request_target &
     const builder_exceptions &exceptional = row->exceptional;
     int count = 0;
     char **items = nullptr;
+    // Splitting never fails today; its result is looked at all the same.
     if (parse_parameters(parameters, &count, &items) < 0 || count != row->count) {
         error("%s->%s error too few or too much parameters, %s are needed", builder.source,
               exceptional.blamed != nullptr ? exceptional.blamed : builder.name, row->needed);

@@ -202,6 +202,7 @@ bool take_entries(const operation_row &row, const char *parameters, webservice_c
     if (row.needed == nullptr) {
         return true;
     }
+    // Splitting never fails today; with it, RUNONELEMENT's own messages have no occasion yet.
     const bool split = parse_parameters(parameters, &call->count, &call->entries) >= 0;
     if (split && (row.count == ANY_COUNT || row.count == call->count)) {
         return true;

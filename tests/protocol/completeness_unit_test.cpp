@@ -25,11 +25,13 @@ std::string missing(const names &wanted, const names &present) {
     return protocol::joined(absent, ", ");
 }
 
-void expect_the_same(const names &program, const names &rows) {
+void expect_the_same(const names &program, const char *program_file, const names &rows,
+                     const char *rows_file) {
     EXPECT_FALSE(rows.empty());
-    EXPECT_EQ(missing(program, rows), "") << "are in the program but have no row in tests/protocol";
-    EXPECT_EQ(missing(rows, program), "") << "have a row in tests/protocol but are not in the "
-                                             "program";
+    EXPECT_EQ(missing(program, rows), "")
+        << "are in " << program_file << " but have no row in " << rows_file;
+    EXPECT_EQ(missing(rows, program), "")
+        << "have a row in " << rows_file << " but are not in " << program_file;
 }
 
 TEST(Completeness, EveryRequestTypeHasARow) {
@@ -41,7 +43,8 @@ TEST(Completeness, EveryRequestTypeHasARow) {
     for (const protocol::request_type_row &row : protocol::request_types()) {
         rows.insert(row.keyword);
     }
-    expect_the_same(program, rows);
+    expect_the_same(program, "REQUEST_TYPES of front/request_types.h", rows,
+                    "tests/protocol/gateways.h");
 }
 
 TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
@@ -56,7 +59,8 @@ TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
          protocol::functions_that([](auto &&...) { return true; })) {
         rows.insert(std::string(gateway->tag) + " " + function->name);
     }
-    expect_the_same(program, rows);
+    expect_the_same(program, "the FUNCTIONS of the gateways' sources", rows,
+                    "tests/protocol/gateways.h");
 }
 
 TEST(Completeness, EveryFunctionOfABuilderHasARow) {
@@ -71,7 +75,8 @@ TEST(Completeness, EveryFunctionOfABuilderHasARow) {
              })) {
         rows.insert(protocol::function_of(gateway->builder) + " " + function->name);
     }
-    expect_the_same(program, rows);
+    expect_the_same(program, "ROWS of gateways/localclientutil.cpp or internetclientutil.cpp", rows,
+                    "tests/protocol/gateways.h");
 }
 
 TEST(Completeness, EveryFunctionOfTheServiceHasARow) {
@@ -83,7 +88,8 @@ TEST(Completeness, EveryFunctionOfTheServiceHasARow) {
     for (const protocol::service_row &row : protocol::SERVICE_FUNCTIONS) {
         rows.insert(protocol::function_name(row));
     }
-    expect_the_same(program, rows);
+    expect_the_same(program, "OPERATIONS of webservice/soapcallsclientutil.cpp", rows,
+                    "tests/protocol/service_functions.h");
 }
 
 } // namespace

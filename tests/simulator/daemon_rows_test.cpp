@@ -24,7 +24,8 @@ TEST(DaemonRows, HoldEveryDaemonOfTheHelpText) {
         EXPECT_TRUE(rows.emplace(row.key).second) << row.key << " has two rows";
     }
     EXPECT_EQ(differing_names(listed_names(program.out, "DAEMON is one of:\n"), rows), "")
-        << "see daemon_rows.cpp";
+        << "the tests' rows stand in tests/simulator/daemon_rows.cpp, the program's in "
+           "simulator/daemons.cpp";
 }
 
 TEST(DaemonRows, HoldEveryFunctionOfTheGateways) {
@@ -34,7 +35,9 @@ TEST(DaemonRows, HoldEveryFunctionOfTheGateways) {
         const std::string name = std::string(row.daemon) + " " + std::string(row.name);
         EXPECT_TRUE(rows.insert(name).second) << name << " has two rows";
     }
-    EXPECT_EQ(differing_names(program_functions(), rows), "") << "see daemon_rows.cpp";
+    EXPECT_EQ(differing_names(program_functions(), rows), "")
+        << "the tests' rows stand in tests/simulator/daemon_rows.cpp, the program's in "
+           "simulator/daemons.cpp";
 }
 
 } // namespace

@@ -201,7 +201,9 @@ TEST(Operations, AllHaveARow) {
     for (const OperationCase &row : CASES) {
         EXPECT_TRUE(rows.insert(row.operation).second) << row.operation << " has two rows";
     }
-    EXPECT_EQ(differing_names(program_operations(), rows), "");
+    EXPECT_EQ(differing_names(program_operations(), rows), "")
+        << "the tests' rows stand in tests/simulator/operations_test.cpp, the program's in "
+           "simulator/contract.cpp";
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Operation, testing::ValuesIn(CASES), [](const auto &row) {
