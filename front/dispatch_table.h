@@ -1,5 +1,5 @@
-// Which client carries which request type: main's own table, and what lists what can be asked is
-// made from it too. Nothing else may include it: it knows every client.
+// Which client carries which request type. Included by main, and by catalogue/, which lists what
+// can be asked; it knows every client, so nothing else includes it.
 
 #pragma once
 

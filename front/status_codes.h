@@ -3,9 +3,9 @@
 
 #pragma once
 
-constexpr int STATUS_BAD_PARAMETER = 502;          ///< option value or status text not readable
+constexpr int STATUS_BAD_PARAMETER = 502; ///< option value, field or status text not readable
 constexpr int STATUS_FUNCTION_NOT_SUPPORTED = 503; ///< function name unknown to the client
 constexpr int STATUS_MALFORMED_REQUEST = 505;      ///< options missing or wrong parameter count
 constexpr int STATUS_HELP_SHOWN = 506;             ///< the usage text was shown instead
 constexpr int STATUS_UNIMPLEMENTED = 507;          ///< no client for this request type
-constexpr int STATUS_NO_RESULT = 508;              ///< web-service answer without its result text
+constexpr int STATUS_NO_RESULT = 508; ///< web-service call of the record group without a result

@@ -1,5 +1,4 @@
-// The ByME gateway: seven requests that share only their section. No request type
-// of the command line reaches it.
+// The ByME gateway: seven requests that share only their section. No request type reaches it.
 
 #pragma once
 

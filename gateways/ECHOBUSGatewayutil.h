@@ -1,5 +1,4 @@
-// The ECHOBUS gateway: SENDECHOBUSDATAGRAM. Locally and over TCP. No request type
-// of the command line reaches it.
+// The ECHOBUS gateway, locally and over TCP: SENDECHOBUSDATAGRAM. No request type reaches it.
 
 #pragma once
 

@@ -1,5 +1,4 @@
-// The EIB gateway: SENDEIBUSSETDATAGRAM and SENDEIBUSGETDATAGRAM. Locally and over
-// TCP.
+// The EIB gateway, locally and over TCP: SENDEIBUSSETDATAGRAM and SENDEIBUSGETDATAGRAM.
 
 #pragma once
 

@@ -1,5 +1,4 @@
-// The IBS gateway: SENDIBSSETDATAGRAM. No request type of the command line reaches
-// it.
+// The IBS gateway: SENDIBSSETDATAGRAM. No request type reaches it.
 
 #pragma once
 

@@ -21,7 +21,7 @@ constexpr gateway_function FUNCTIONS[] = {
 
 constexpr gateway_profile LINTRONIC_GATEWAY = {
     .source_tag = "LINTRONICGatewayutil->lintronicgateway_local_request",
-    // These two messages carry the short file name.
+    // Deliberate: the number and trailing-text messages carry the short file name.
     .tail_tag = "LINTGatewayutil->lintronicgateway_local_request",
     .daemon = "LINTRONICGateway",
     .prefix = "LINT-",

@@ -1,5 +1,4 @@
-// The MARTIN gateway: SENDLJMARTINDATAGRAM. No request type of the command line
-// reaches it.
+// The MARTIN gateway: SENDLJMARTINDATAGRAM. No request type reaches it.
 
 #pragma once
 

@@ -27,7 +27,7 @@ constexpr gateway_function FUNCTIONS[] = {
 
 constexpr gateway_profile SMSTOOL_GATEWAY = {
     .source_tag = "SMSTOOLGatewayutil->smstoolgateway_local_request",
-    // These two messages carry the short file name.
+    // Deliberate: the number and trailing-text messages carry the short file name.
     .tail_tag = "SMSTGatewayutil->smstoolgateway_local_request",
     .daemon = "SMSTOOLGateway",
     .prefix = "SMST-",

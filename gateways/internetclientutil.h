@@ -6,6 +6,7 @@
 
 struct builder_row;
 
+/// Both builders; their rows stand in internetclientutil.cpp.
 #define INTERNET_BUILDERS(BUILDER)                                                                 \
     BUILDER(make_eibusinternet_request)                                                            \
     BUILDER(make_echobusinternet_request)

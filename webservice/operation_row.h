@@ -47,7 +47,7 @@ bool arrange_in_list_order(const webservice_call &call, std::size_t argument_cou
                            char **arguments);
 
 /// What can make an operation exceptional; the usual ones have none of it.
-struct exceptions {
+struct operation_exceptions {
     const char *needed_elsewhere = nullptr; ///< shown instead for an endpoint elsewhere
     /// Fills the arguments; false: nothing is to be sent.
     bool (*arrange)(const webservice_call &call, std::size_t argument_count,
@@ -65,7 +65,7 @@ struct operation_row {
     int (*carry)(const webservice_call &call, const operation_row &row);
     field_reader result;
     result_line lines[MOST_LINES]; ///< up to the first without text
-    exceptions exceptional;
+    operation_exceptions exceptional;
 };
 
 /// Prints the lines of a response as its row says. A result that broke off is an absent one.
@@ -114,7 +114,7 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
                   "more fields than any operation before: raise MOST_ARGUMENTS");
     response_of<Call> response = {};
     char *arguments[MOST_ARGUMENTS] = {};
-    const exceptions &exceptional = row.exceptional;
+    const operation_exceptions &exceptional = row.exceptional;
     if (exceptional.arrange(call, argument_count, arguments) && call.sendable) {
         invoke<Call>(call, arguments, &response, std::make_index_sequence<argument_count>{});
     }

@@ -122,7 +122,8 @@ constexpr operation_row OPERATIONS[] = {
             "[lumocmd] Interfaces AccessMode List: ")),
     takes<soap_call_ns__service_openobjectchannel, SINGLE_RESULT>(
         "SERVICE_OPENOBJECTCHANNEL",
-        "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, idlocalinterface are needed"),
+        "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, "
+        "idlocalinterface are needed"),
     takes<soap_call_ns__service_abbmacreadtagdata, RECORD_LINES>(
         "SERVICE_ABBMACREADTAGDATA", "sessionID, idtag-programmer is needed",
         line<&ns__service_abbmacreadtagdataResponse::tagnumber>("[lumocmd] Tag Number: "),
@@ -168,7 +169,8 @@ constexpr operation_row OPERATIONS[] = {
                                                                   "sessionID, pin are needed"),
     takes<soap_call_ns__service_multidatabasesocketoperation, RECORD_LINES>(
         "SERVICE_MULTIDATABASESOCKETOPERATION",
-        "client_address, sessionID, function, type, statement_len, statement, databaseport are needed",
+        "client_address, sessionID, function, type, statement_len, statement, databaseport are "
+        "needed",
         line<&ns__service_multidatabasesocketoperationResponse::result_len>(
             "[lumocmd] Results Length: "),
         line<&ns__service_multidatabasesocketoperationResponse::payload_len>(
@@ -188,6 +190,7 @@ constexpr operation_row OPERATIONS[] = {
     takes<soap_call_ns__service_flushondemand, SINGLE_RESULT>("SERVICE_FLUSHONDEMAND",
                                                               "payload is needed"),
 };
+
 const operation_row *find_operation(const char *function) {
     for (const operation_row &row : OPERATIONS) {
         if (names_match(function, row.name)) {
@@ -202,7 +205,7 @@ bool take_entries(const operation_row &row, const char *parameters, webservice_c
     if (row.needed == nullptr) {
         return true;
     }
-    // Splitting never fails today; with it, RUNONELEMENT's own messages have no occasion yet.
+    // Splitting never fails today, so SERVICE_RUNONELEMENT's count messages cannot appear.
     const bool split = parse_parameters(parameters, &call->count, &call->entries) >= 0;
     if (split && (row.count == ANY_COUNT || row.count == call->count)) {
         return true;
