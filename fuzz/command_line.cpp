@@ -138,7 +138,7 @@ meaning read_words(const std::vector<std::string> &words) {
     bool has_other_words = false;
     std::size_t at = 0;
     while (at < words.size()) {
-        const std::string word = words[at++];
+        const std::string &word = words[at++];
         if (word == "--") {
             has_other_words = has_other_words || at < words.size();
             break;
@@ -197,6 +197,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         words.push_back(in.field());
         blocks.push_back(std::make_unique<fuzz::exact_text>(words.back()));
     }
+    arguments.reserve(blocks.size() + 1);
     for (const auto &block : blocks) {
         arguments.push_back(block->get());
     }

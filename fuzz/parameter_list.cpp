@@ -9,7 +9,7 @@
 #include "tests/gateways/exchange_messages.h"
 #include "tests/protocol/gateway_calls.h"
 
-#include <cctype>
+#include <algorithm>
 #include <cstring>
 #include <netinet/in.h>
 #include <sys/un.h>
@@ -38,7 +38,7 @@ void check_split(input in) {
         const int result = parse_parameters(is_null ? nullptr : list.get(), &count, &items);
         require_equal("count", count, static_cast<long>(wanted.size()));
         require((items == nullptr) == (is_null || *list.get() == '\0'), "there is an array");
-        for (std::size_t i = 0; i < wanted.size(); i++) {
+        for (std::size_t i = 0; items != nullptr && i < wanted.size(); i++) {
             require_equal("item", items[i], wanted[i]);
         }
         return result;
@@ -197,24 +197,17 @@ void check_fsmcore_builder(input in) {
     asked.function = in.field();
     asked.parameters = in.field();
     const std::vector<std::string> items = reference::items_of(asked.parameters);
-    std::string text =
-        "Request: " + asked.function + "\nParameter Count: " + std::to_string(items.size()) + "\n";
-    std::size_t too_long = 0;
-    for (std::size_t i = 0; i < items.size(); i++) {
-        std::string index = std::to_string(i);
-        index.insert(0, 3 - std::min<std::size_t>(3, index.size()), '0');
-        text += "Param" + index + " Length: " + std::to_string(items[i].size()) + "\nParam" +
-                index + ":\n" + items[i] + "\n";
-        too_long = too_long == 0 && items[i].size() > 511 ? i + 1 : too_long;
-    }
-    text += "Waittime: 5\n\n";
+    const std::string text = reference::fsmcore_request(asked.function, items, "Waittime: 5\n");
+    const auto too_long = std::find_if(items.begin(), items.end(),
+                                       [](const std::string &item) { return item.size() > 511; });
     const std::string builder = "localclientutil->make_fsmcorelocal_request error ";
     const std::string end = " for function '" + asked.function + "'";
     expectation wanted = {.status = 8};
     if (items.size() > 48) {
         wanted.message = builder + "more than 48 parameters" + end;
-    } else if (too_long != 0) {
-        wanted.message = builder + "value of parameter " + std::to_string(too_long) +
+    } else if (too_long != items.end()) {
+        wanted.message = builder + "value of parameter " +
+                         std::to_string(too_long - items.begin() + 1) +
                          " is longer than 511 characters" + end;
     } else if (text.size() > LONGEST_REQUEST) {
         wanted.message = "FSMCoreutil->fsmcore_requeststatic error request text is longer than "

@@ -1,5 +1,6 @@
 #include "fuzz/reference.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -147,15 +148,18 @@ status read_status(const std::optional<std::string> &text) {
 cut cut_text(cutter kind, const std::string &text, std::size_t length) {
     const char *const names[] = {"cut_message_to_preserve_newline", "cut_message_to_trim_newline",
                                  "cutparamto", "cutqueryparamto"};
-    const std::string source = std::string("memory->") + names[static_cast<int>(kind)];
+    const auto complaint = [&](const std::string &what) {
+        return std::string("memory->") + names[static_cast<int>(kind)] + what;
+    };
     if (text.empty()) {
-        return {"", source + " recevied a null pointer"};
+        return {"", complaint(" recevied a null pointer")};
     }
     if (length > text.size()) {
         const bool shows_text = kind == cutter::PRESERVE_NEWLINE || kind == cutter::TRIM_NEWLINE;
-        return {"", source + " len is greater than string length; returning a null string" +
-                        (shows_text ? ". str = " + text + ", len = " + std::to_string(text.size())
-                                    : "")};
+        return {"",
+                complaint(" len is greater than string length; returning a null string" +
+                          (shows_text ? ". str = " + text + ", len = " + std::to_string(text.size())
+                                      : ""))};
     }
     std::string left = text.substr(length);
     if (kind == cutter::TRIM_NEWLINE && !left.empty()) {
@@ -173,6 +177,24 @@ cut cut_text(cutter kind, const std::string &text, std::size_t length) {
         left.resize(end);
     }
     return {left, ""};
+}
+
+std::string fsmcore_request(const std::string &function, const std::vector<std::string> &values,
+                            const std::string &waittime_line) {
+    std::string text = "Request: " + function + "\n";
+    text += "Parameter Count: " + std::to_string(values.size()) + "\n";
+    for (std::size_t i = 0; i < values.size(); i++) {
+        std::string name = std::to_string(i);
+        name.insert(0, 3 - std::min<std::size_t>(3, name.size()), '0');
+        name.insert(0, "Param");
+        text += name;
+        text += " Length: " + std::to_string(values[i].size()) + "\n";
+        text += name;
+        text += ":\n";
+        text += values[i];
+        text += "\n";
+    }
+    return text + waittime_line + "\n";
 }
 
 std::string received_text(const std::string &answer) {
@@ -200,18 +222,17 @@ gateway_answer read_gateway_answer(const std::string &received, const std::strin
 namespace {
 
 /// Reads the returned parameters behind the two first lines; the number of the failure, or 0.
-int read_parameters(std::vector<std::string> lines, fsmcore_answer *answer) {
-    lines.erase(lines.begin(), lines.begin() + 2);
+int read_parameters(const std::vector<std::string> &lines, fsmcore_answer *answer) {
+    std::size_t next = 2;
     for (int i = 0; i < answer->count; i++) {
-        if (lines.empty()) {
+        if (next == lines.size()) {
             return 9;
         }
-        const cut length_text = cut_text(cutter::PRESERVE_NEWLINE, lines[0], 17);
+        const cut length_text = cut_text(cutter::PRESERVE_NEWLINE, lines[next++], 17);
         if (!length_text.message.empty()) {
             answer->complaints.push_back(length_text.message);
         }
         const number length = read_number(length_text.text);
-        lines.erase(lines.begin());
         if (!length.is_valid) {
             return 10;
         }
@@ -219,13 +240,14 @@ int read_parameters(std::vector<std::string> lines, fsmcore_answer *answer) {
         if (length.value <= 0) {
             continue;
         }
-        if (lines.size() < 2 || lines[1].size() != static_cast<std::size_t>(length.value)) {
+        if (lines.size() - next < 2 ||
+            lines[next + 1].size() != static_cast<std::size_t>(length.value)) {
             return 11;
         }
-        answer->values.back() = lines[1];
-        lines.erase(lines.begin(), lines.begin() + 2);
+        answer->values.back() = lines[next + 1];
+        next += 2;
     }
-    return lines.empty() ? 0 : 12;
+    return next == lines.size() ? 0 : 12;
 }
 
 } // namespace

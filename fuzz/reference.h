@@ -60,6 +60,10 @@ struct fsmcore_answer {
 };
 fsmcore_answer read_fsmcore_answer(const std::string &received);
 
+/// The request text of FSMCore; the wait-time line is empty for a remote one.
+std::string fsmcore_request(const std::string &function, const std::vector<std::string> &values,
+                            const std::string &waittime_line);
+
 /// The part of an answer that one receive of 1024 bytes delivers, as text: up to a zero byte.
 std::string received_text(const std::string &answer);
 

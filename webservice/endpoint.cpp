@@ -4,6 +4,7 @@
 #include "front/utility.h"
 #include "webservice/service_calls.h"
 
+#include <cctype>
 #include <cstring>
 #include <strings.h>
 
@@ -15,6 +16,20 @@ bool has_blank_or_control(const char *url) {
     for (const char *at = url; *at != '\0'; at++) {
         const auto byte = static_cast<unsigned char>(*at);
         if (byte <= ' ' || byte == 0x7f) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The runtime decodes the part before an "@" and reads beyond the url when that ends within an
+/// escape or a quotation.
+bool has_unreadable_user(const char *url) {
+    const char *end = strrchr(url, '@');
+    for (const char *at = url; end != nullptr && at < end; at++) {
+        const bool is_escape = isxdigit(static_cast<unsigned char>(at[1])) != 0 &&
+                               isxdigit(static_cast<unsigned char>(at[2])) != 0;
+        if (*at == '"' || (*at == '%' && !is_escape)) {
             return true;
         }
     }
@@ -34,7 +49,8 @@ bool is_usable_endpoint(struct soap *context, const char *url) {
     }
     const bool names_scheme = strstr(url, "://") != nullptr;
     if ((names_scheme && strncasecmp(url, SCHEME, sizeof(SCHEME) - 1) != 0) ||
-        strlen(url) >= sizeof context->endpoint || has_blank_or_control(url)) {
+        strlen(url) >= sizeof context->endpoint || has_blank_or_control(url) ||
+        has_unreadable_user(url)) {
         return false;
     }
     soap_set_endpoint(context, url);

@@ -29,6 +29,9 @@ const url_case UNUSABLE_URLS[] = {
     {"BlankInside", "http://127.0.0.1:1/cgi-bin/lumows x"},
     {"LineFeedInside", "http://127.0.0.1:1/cgi-bin/lumows\nx"},
     {"ControlCharacterInside", "http://127.0.0.1:1/cgi-bin/\x7f"},
+    {"UserEndsWithinAnEscape", "http://u%@127.0.0.1:1/cgi-bin/lumows"},
+    {"UserEndsWithinAnEscapeOfOneDigit", "http://u%4@127.0.0.1:1/cgi-bin/lumows"},
+    {"UserWithAQuotation", "http://\"a@127.0.0.1:1/cgi-bin/lumows"},
     {"TooLong", "http://127.0.0.1:1/" + std::string(1024 - 19, 'a')},
 };
 
