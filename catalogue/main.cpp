@@ -93,6 +93,12 @@ int compare(const std::vector<type_entry> &types, const std::string &directory) 
                     wanted.what);
         print_difference("Add, in the order of the tables:", wanted.lines, found);
         print_difference("Remove:", found, wanted.lines);
+        if (sorted(found) == sorted(wanted.lines)) {
+            std::puts("They should be, once each and in this order:");
+            for (const std::string &line : wanted.lines) {
+                std::puts(line.c_str());
+            }
+        }
     }
     return status;
 }

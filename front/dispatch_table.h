@@ -49,6 +49,7 @@ inline const dispatch_row *find_dispatch(int type) {
     return nullptr;
 }
 
+/// find_dispatch() for the compiler: to the sanitizers' build an address here is no constant.
 constexpr bool is_dispatched(request_type type) {
     for (const dispatch_row &row : DISPATCH) {
         if (row.type == type) {
