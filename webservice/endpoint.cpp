@@ -36,6 +36,16 @@ bool has_unreadable_user(const char *url) {
     return false;
 }
 
+/// The runtime looks for the port behind the bracket that ends a numeric host, and behind the url
+/// when there is none.
+bool has_unended_bracket(const char *url) {
+    const char *scheme_end = strstr(url, "://");
+    const char *host = scheme_end == nullptr ? url : scheme_end + 3;
+    const char *user_end = strchr(host, '@');
+    host = user_end == nullptr ? host : user_end + 1;
+    return *host == '[' && strchr(host, ']') == nullptr;
+}
+
 } // namespace
 
 bool is_local_endpoint(const char *url) {
@@ -50,7 +60,7 @@ bool is_usable_endpoint(struct soap *context, const char *url) {
     const bool names_scheme = strstr(url, "://") != nullptr;
     if ((names_scheme && strncasecmp(url, SCHEME, sizeof(SCHEME) - 1) != 0) ||
         strlen(url) >= sizeof context->endpoint || has_blank_or_control(url) ||
-        has_unreadable_user(url)) {
+        has_unreadable_user(url) || has_unended_bracket(url)) {
         return false;
     }
     soap_set_endpoint(context, url);

@@ -32,6 +32,8 @@ const url_case UNUSABLE_URLS[] = {
     {"UserEndsWithinAnEscape", "http://u%@127.0.0.1:1/cgi-bin/lumows"},
     {"UserEndsWithinAnEscapeOfOneDigit", "http://u%4@127.0.0.1:1/cgi-bin/lumows"},
     {"UserWithAQuotation", "http://\"a@127.0.0.1:1/cgi-bin/lumows"},
+    {"HostWithoutItsEndingBracket", "http://[::1"},
+    {"HostWithoutItsEndingBracketBehindAUser", "http://u@[::1:80/cgi-bin/lumows"},
     {"TooLong", "http://127.0.0.1:1/" + std::string(1024 - 19, 'a')},
 };
 
