@@ -97,4 +97,71 @@ TEST(AbsentVersion, LeavesTheVersionConstantAlone) {
     EXPECT_EQ(run.status, 502 & 0xff);
 }
 
+// ---------------------------------------------------------------------------------------------
+// An answer that breaks off: inside its result there is none, behind it the result stands
+
+struct cut_case {
+    const char *name;
+    const char *operation;
+    const char *children; ///< as far as they come
+    const char *last;     ///< last line
+};
+
+const cut_case CUT_CASES[] = {
+    {"BeforeTheResult", "test", "", "LMCM-502"},
+    {"BeforeItsText", "test", "<result>", "LMCM-502"},
+    {"InsideTheResult", "test", "<result>LMWS-40", "LMCM-502"},
+    {"BeforeItsEndTag", "test", "<result>LMWS-402", "LMCM-502"},
+    {"InsideAResultWithPrefix", "test", "<ns:result>LMWS-40", "LMCM-502"},
+    {"InsideAResultOfAnotherNamespace", "test", "<o:result xmlns:o=\"urn:other\">LMWS-40",
+     "LMCM-502"},
+    {"InsideTheResults", "logindatareload", "<results>LMWS-40", "LMCM-502"},
+    {"InsideTheResultsWithPrefix", "logindatareload", "<ns:results>LMWS-40", "LMCM-502"},
+    {"BehindTheResult", "test", "<result>LMWS-402</result>", "LMWS-402"},
+    {"BehindTheResults", "logindatareload", "<results>LMWS-402</results>", "LMWS-402"},
+    {"InsideAnotherElement", "test", "<result>LMWS-402</result><more>LMWS-40", "LMWS-402"},
+    {"InsideAnotherElementWithPrefix", "test", "<result>LMWS-402</result><ns:more>LMWS-40",
+     "LMWS-402"},
+    {"InsideADeeperResult", "test", "<result>LMWS-402</result><more><result>LMWS-40", "LMWS-402"},
+    {"InsideADeeperEndTag", "test", "<result>LMWS-402</result><more><result>LMWS-40</result></mor",
+     "LMWS-402"},
+};
+
+class CutAnswer : public testing::TestWithParam<cut_case> {};
+
+TEST_P(CutAnswer, HasAResultWhenThatHasEnded) {
+    const cut_case &row = GetParam();
+    const std::string whole = http_answer(envelope(response_element(row.operation, row.children)));
+    const std::string end = std::string("</ns:service-") + row.operation + "Response>";
+    peer service(answering(whole.substr(0, whole.find(end))));
+    const run_result run = call_service(service, {"-f", std::string("SERVICE_") + row.operation});
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, row.last + std::string("\n"));
+    EXPECT_TRUE(run.errors.starts_with("SOAP 1.1 fault ")) << run.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, CutAnswer, testing::ValuesIn(CUT_CASES), NAME_OF_ROW);
+
+/// What came before the break is shown only with a result.
+TEST(CutRecord, ShowsNothingWithoutAResult) {
+    const struct {
+        const char *children;
+        bool has_result;
+    } rows[] = {
+        {"<status>on</status><result>LMWS-40", false},
+        {"<result>LMWS-402</result><status>on", true},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.children);
+        const std::string whole =
+            http_answer(envelope(response_element("getelementstatus", row.children)));
+        peer service(
+            answering(whole.substr(0, whole.find("</ns:service-getelementstatusResponse>"))));
+        const run_result run = call_service(service, RECORD_CALL);
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, row.has_result ? record_lines(run.pid, "on", "(null)") + "LMWS-402\n"
+                                             : "LMCM-508\n");
+    }
+}
+
 } // namespace
