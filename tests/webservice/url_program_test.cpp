@@ -5,8 +5,11 @@
 #include "tests/harness/console.h"
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
+#include "tests/webservice/http_peer.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
@@ -31,9 +34,15 @@ const url_case UNUSABLE_URLS[] = {
     {"ControlCharacterInside", "http://127.0.0.1:1/cgi-bin/\x7f"},
     {"UserEndsWithinAnEscape", "http://u%@127.0.0.1:1/cgi-bin/lumows"},
     {"UserEndsWithinAnEscapeOfOneDigit", "http://u%4@127.0.0.1:1/cgi-bin/lumows"},
+    {"UserEndsWithinAnEscapeOfOneLetter", "http://u%F@127.0.0.1:1/cgi-bin/lumows"},
+    {"UserWithAnEscapeOfAnotherLetter", "http://u%g4@127.0.0.1:1/cgi-bin/lumows"},
+    {"UserWithAnEscapeOfADigitAndAnotherLetter", "http://u%4g@127.0.0.1:1/cgi-bin/lumows"},
+    {"PasswordEndsWithinAnEscape", "http://u:p%@127.0.0.1:1/cgi-bin/lumows"},
     {"UserWithAQuotation", "http://\"a@127.0.0.1:1/cgi-bin/lumows"},
     {"HostWithoutItsEndingBracket", "http://[::1"},
     {"HostWithoutItsEndingBracketBehindAUser", "http://u@[::1:80/cgi-bin/lumows"},
+    {"HostWithoutItsEndingBracketBehindABracketedUser", "http://[u]@[::1:80/cgi-bin/lumows"},
+    {"HostWithoutItsEndingBracketBehindNoScheme", "[::1"},
     {"TooLong", "http://127.0.0.1:1/" + std::string(1024 - 19, 'a')},
 };
 
@@ -102,6 +111,67 @@ TEST(LongestUrl, IsSentWhole) {
     EXPECT_EQ(service.received().substr(0, service.received().find("\r\n")),
               "POST /" + path + "/END HTTP/1.1");
     EXPECT_EQ(run.output, "LMCM-502\n");
+}
+
+// Close to what is refused, and sent all the same.
+
+struct usable_case {
+    const char *name;
+    const char *user;          ///< with its "@", or nothing
+    const char *host;          ///< as it stands in the url and in the request
+    const char *path;          ///< from its "/" on
+    const char *authorization; ///< what becomes of the user
+};
+
+const usable_case USABLE_URLS[] = {
+    {"WithoutUser", "", "127.0.0.1", "/", "(absent)"},
+    {"EscapeInTheUser", "u%41@", "127.0.0.1", "/", "Basic dUE6"},
+    {"EscapeIsTheUser", "%41@", "127.0.0.1", "/", "Basic QTo="},
+    {"EscapesInLowerCase", "u%4a:p%2fw@", "127.0.0.1", "/", "Basic dUo6cC93"},
+    {"EscapesInUpperCase", "u%4A:p%2Fw@", "127.0.0.1", "/", "Basic dUo6cC93"},
+    {"PercentInThePath", "", "127.0.0.1", "/100%", "(absent)"},
+    {"PercentBehindTheUser", "u@", "127.0.0.1", "/100%", "Basic dTo="},
+    {"QuotationBehindTheUser", "u@", "127.0.0.1", "/a\"b", "Basic dTo="},
+    {"QuotationInThePath", "", "127.0.0.1", "/a\"b", "(absent)"},
+    {"AtInThePath", "u@", "127.0.0.1", "/a@b", "Basic dTo="},
+    {"BracketInThePath", "", "127.0.0.1", "/[", "(absent)"},
+    {"BracketBehindAnAtInThePath", "u@", "127.0.0.1", "/a@[b", "Basic dTo="},
+    {"BracketInTheUser", "[u@", "127.0.0.1", "/", "Basic W3U6"},
+};
+
+class UsableUrl : public testing::TestWithParam<usable_case> {};
+
+void expect_sent(const usable_case &row) {
+    peer service(
+        answering(http_answer(envelope(response_element("test", "<result>LMWS-402</result>")))));
+    const std::string host = std::string(row.host) + ":" + std::to_string(service.port());
+    const run_result run = lumocmd(
+        {"-t", "SOAP", "-u", "http://" + (row.user + host) + row.path, "-f", "SERVICE_TEST"});
+    EXPECT_EQ(service.finish(), "");
+    const http_request request = split_request(service.received());
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.path, row.path);
+    EXPECT_EQ(request.header("Host"), host);
+    EXPECT_EQ(request.header("Authorization"), row.authorization);
+    EXPECT_EQ(run.output, "LMWS-402\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_P(UsableUrl, IsCalled) {
+    expect_sent(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, UsableUrl, testing::ValuesIn(USABLE_URLS), NAME_OF_ROW);
+
+/// The address is the loopback's of IPv4, written as one of IPv6.
+TEST(NumericHostInBrackets, IsCalled) {
+    const int descriptor = socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) {
+        GTEST_SKIP() << "this system has no IPv6";
+    }
+    close(descriptor);
+    expect_sent({"Alone", "", "[::ffff:127.0.0.1]", "/cgi-bin/lumows", "(absent)"});
+    expect_sent({"BehindAUser", "u%41@", "[::ffff:127.0.0.1]", "/", "Basic dUE6"});
 }
 
 } // namespace
