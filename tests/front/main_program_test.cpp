@@ -4,9 +4,12 @@
 #include "tests/front/transcript.h"
 #include "tests/harness/peer.h"
 #include "tests/protocol/request_types.h"
+#include "tests/webservice/private_machine.h"
 
 #include <cerrno>
 #include <cstring>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace {
@@ -209,6 +212,24 @@ TEST(MainProgram, EveryStandardStreamMayBeClosed) {
     EXPECT_EQ(daemon.finish(), "");
     EXPECT_EQ(daemon.received(), REQUEST);
     EXPECT_EQ(run.status, 1307 & 0xff);
+}
+
+/// Where there is no device to occupy them with, the standard descriptors stay as they are.
+TEST(MainProgram, SystemWithoutANullDeviceIsServed) {
+    const std::string seen = harness::on_private_machine([] {
+        if (unshare(CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", "/dev", "tmpfs", 0, nullptr) != 0) {
+            return std::string("devices cannot be hidden: ") + strerror(errno);
+        }
+        const temporary_directory directory;
+        const std::string path = directory.path + "/s";
+        peer daemon(path,
+                    {harness::expect(REQUEST), harness::reply("Response Status: BENG-0042\n")});
+        const run_result run = harness::lumocmd(bentel(path));
+        return daemon.finish() + run.output + run.errors;
+    });
+    EXPECT_EQ(seen, "FSMC-042\n");
 }
 
 TEST(MainProgram, DaemonThatClosesAtOnceIsAFailedRequest) {
