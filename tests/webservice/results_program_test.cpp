@@ -123,6 +123,8 @@ const cut_case CUT_CASES[] = {
     {"InsideAnotherElementWithPrefix", "test", "<result>LMWS-402</result><ns:more>LMWS-40",
      "LMWS-402"},
     {"InsideADeeperResult", "test", "<result>LMWS-402</result><more><result>LMWS-40", "LMWS-402"},
+    {"InsideAResultBehindTheResponse", "test",
+     "<result>LMWS-402</result></ns:service-testResponse><result>LMWS-40", "LMWS-402"},
     {"InsideADeeperEndTag", "test", "<result>LMWS-402</result><more><result>LMWS-40</result></mor",
      "LMWS-402"},
 };
@@ -133,7 +135,7 @@ TEST_P(CutAnswer, HasAResultWhenThatHasEnded) {
     const cut_case &row = GetParam();
     const std::string whole = http_answer(envelope(response_element(row.operation, row.children)));
     const std::string end = std::string("</ns:service-") + row.operation + "Response>";
-    peer service(answering(whole.substr(0, whole.find(end))));
+    peer service(answering(whole.substr(0, whole.rfind(end))));
     const run_result run = call_service(service, {"-f", std::string("SERVICE_") + row.operation});
     EXPECT_EQ(service.finish(), "");
     EXPECT_EQ(run.output, row.last + std::string("\n"));
