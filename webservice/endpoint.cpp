@@ -22,11 +22,24 @@ bool has_blank_or_control(const char *url) {
     return false;
 }
 
-/// The runtime decodes the part before an "@" and reads beyond the url when that ends within an
-/// escape or a quotation.
-bool has_unreadable_user(const char *url) {
-    const char *end = strrchr(url, '@');
-    for (const char *at = url; end != nullptr && at < end; at++) {
+/// The part before the first "@" is a user, wherever that stands.
+struct url_parts {
+    const char *user;
+    const char *user_end; ///< null without a user
+    const char *host;
+};
+
+url_parts parts_of(const char *url) {
+    const char *scheme_end = strstr(url, "://");
+    const char *start = scheme_end == nullptr ? url : scheme_end + 3;
+    const char *user_end = strchr(start, '@');
+    return {start, user_end, user_end == nullptr ? start : user_end + 1};
+}
+
+/// The runtime decodes the user and reads beyond the url when that ends within an escape or a
+/// quotation.
+bool has_unreadable_user(const url_parts &parts) {
+    for (const char *at = parts.user; parts.user_end != nullptr && at < parts.user_end; at++) {
         const bool is_escape = isxdigit(static_cast<unsigned char>(at[1])) != 0 &&
                                isxdigit(static_cast<unsigned char>(at[2])) != 0;
         if (*at == '"' || (*at == '%' && !is_escape)) {
@@ -38,12 +51,8 @@ bool has_unreadable_user(const char *url) {
 
 /// The runtime looks for the port behind the bracket that ends a numeric host, and behind the url
 /// when there is none.
-bool has_unended_bracket(const char *url) {
-    const char *scheme_end = strstr(url, "://");
-    const char *host = scheme_end == nullptr ? url : scheme_end + 3;
-    const char *user_end = strchr(host, '@');
-    host = user_end == nullptr ? host : user_end + 1;
-    return *host == '[' && strchr(host, ']') == nullptr;
+bool has_unended_bracket(const url_parts &parts) {
+    return *parts.host == '[' && strchr(parts.host, ']') == nullptr;
 }
 
 } // namespace
@@ -58,9 +67,10 @@ bool is_usable_endpoint(struct soap *context, const char *url) {
         return true;
     }
     const bool names_scheme = strstr(url, "://") != nullptr;
+    const url_parts parts = parts_of(url);
     if ((names_scheme && strncasecmp(url, SCHEME, sizeof(SCHEME) - 1) != 0) ||
         strlen(url) >= sizeof context->endpoint || has_blank_or_control(url) ||
-        has_unreadable_user(url) || has_unended_bracket(url)) {
+        has_unreadable_user(parts) || has_unended_bracket(parts)) {
         return false;
     }
     soap_set_endpoint(context, url);
