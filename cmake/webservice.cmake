@@ -50,3 +50,7 @@ target_compile_options(lumows_client PUBLIC ${GSOAP_CFLAGS_OTHER})
 target_link_libraries(lumows_client PUBLIC ${GSOAP_LIBRARY} PRIVATE lumocmd_product)
 # The runtime, which stands last on the link line, wants the table of the library before it.
 target_link_options(lumows_client INTERFACE -Wl,--undefined=namespaces)
+
+if(NOT CMAKE_CROSSCOMPILING)
+    include(cmake/description.cmake)
+endif()
