@@ -190,13 +190,4 @@ TEST(Recipes, PleaseShellcheck) {
     }
 }
 
-TEST(Scripts, PleaseShellcheck) {
-    const run_result seen =
-        run({"/bin/sh", "-c",
-             "shellcheck -s sh share/lumocmd/lumo.sh $(grep -l '^#!/bin/sh' scripts/* .ci/run)"},
-            {.directory = PROJECT_DIRECTORY});
-    EXPECT_EQ(seen.output, "");
-    EXPECT_EQ(seen.status, 0) << seen.errors;
-}
-
 } // namespace
