@@ -8,7 +8,7 @@
 struct status_range {
     int first;
     int last; ///< inclusive
-    const char *prefix;
+    char prefix[6];
     int digits; ///< width of the number, zero-filled
 };
 

@@ -293,11 +293,10 @@ int make_localtcpclient_socket(const char *path) {
     }
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    const std::size_t length = path == nullptr ? 0 : strnlen(path, sizeof(address.sun_path) - 1);
-    if (length != 0) {
-        memcpy(address.sun_path, path, length);
+    if (path != nullptr) {
+        strncpy(address.sun_path, path, sizeof(address.sun_path) - 1);
     }
-    const std::size_t size = offsetof(sockaddr_un, sun_path) + length;
+    const std::size_t size = offsetof(sockaddr_un, sun_path) + strlen(address.sun_path);
     if (connect(descriptor, reinterpret_cast<sockaddr *>(&address), static_cast<socklen_t>(size)) <
         0) {
         // The descriptor stays open: the process ends shortly after any failure.

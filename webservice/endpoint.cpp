@@ -4,7 +4,6 @@
 #include "front/utility.h"
 #include "webservice/service_calls.h"
 
-#include <cctype>
 #include <cstring>
 #include <strings.h>
 
@@ -40,8 +39,7 @@ url_parts parts_of(const char *url) {
 /// quotation.
 bool has_unreadable_user(const url_parts &parts) {
     for (const char *at = parts.user; parts.user_end != nullptr && at < parts.user_end; at++) {
-        const bool is_escape = isxdigit(static_cast<unsigned char>(at[1])) != 0 &&
-                               isxdigit(static_cast<unsigned char>(at[2])) != 0;
+        const bool is_escape = strspn(at + 1, "0123456789abcdefABCDEF") >= 2;
         if (*at == '"' || (*at == '%' && !is_escape)) {
             return true;
         }

@@ -22,26 +22,32 @@ bool is_result_cut_off(const struct soap *context) {
 
 } // namespace
 
-bool arrange_in_list_order(const webservice_call &call, std::size_t argument_count,
-                           char **arguments) {
+bool arrange_arguments(const webservice_call &call, const operation_row &row,
+                       std::size_t argument_count, char **arguments) {
+    if (row.exceptional.arrange != nullptr) {
+        return row.exceptional.arrange(call, arguments) && call.sendable;
+    }
     if (argument_count != 0) {
         for (int i = 0; i < call.count; i++) {
             arguments[i] = call.entries[i];
         }
         arguments[argument_count - 1] = call.waittime;
     }
-    return true;
+    return call.sendable;
 }
 
-int conclude(const webservice_call &call, const operation_row &row, const void *response) {
-    const char *result = is_result_cut_off(call.context) ? nullptr : row.result(response);
+int conclude(const webservice_call &call, const operation_row &row, const char *result,
+             void *response) {
+    if (is_result_cut_off(call.context)) {
+        result = nullptr;
+    }
+    if (row.exceptional.complete != nullptr) {
+        row.exceptional.complete(response);
+    }
     if (row.group == RECORD_LINES && result == nullptr) {
         return STATUS_NO_RESULT;
     }
     for (const result_line &line : row.lines) {
-        if (line.text == nullptr) {
-            break;
-        }
         verbose_info("%s%s", line.text, line.field(response));
     }
     return extract_error_code(result);

@@ -6,6 +6,8 @@
 
 #include "webservice/service_calls.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <span>
 #include <type_traits>
@@ -38,20 +40,13 @@ enum response_group {
 };
 
 constexpr std::size_t MOST_ARGUMENTS = 8; ///< of any operation, wait time included
-constexpr std::size_t MOST_LINES = 8;
 constexpr int ANY_COUNT = -1;
-
-/// Fills an operation's arguments: the entries in list order, then absent ones, the wait time last.
-/// @return false when nothing is to be sent; never here.
-bool arrange_in_list_order(const webservice_call &call, std::size_t argument_count,
-                           char **arguments);
 
 /// What can make an operation exceptional; the usual ones have none of it.
 struct operation_exceptions {
     const char *needed_elsewhere = nullptr; ///< shown instead for an endpoint elsewhere
-    /// Fills the arguments; false: nothing is to be sent.
-    bool (*arrange)(const webservice_call &call, std::size_t argument_count,
-                    char **arguments) = arrange_in_list_order;
+    /// Fills the arguments instead; false: nothing is to be sent.
+    bool (*arrange)(const webservice_call &call, char **arguments) = nullptr;
     /// Completes the response before its lines are printed.
     void (*complete)(void *response) = nullptr;
 };
@@ -63,14 +58,21 @@ struct operation_row {
     const char *needed; ///< what the message about a wrong count asks for; null: no list is read
     response_group group;
     int (*carry)(const webservice_call &call, const operation_row &row);
-    field_reader result;
-    result_line lines[MOST_LINES]; ///< up to the first without text
+    std::span<const result_line> lines;
     operation_exceptions exceptional;
 };
 
-/// Prints the lines of a response as its row says. A result that broke off is an absent one.
-/// @return the status of its result text.
-int conclude(const webservice_call &call, const operation_row &row, const void *response);
+/// Fills an operation's arguments: the entries in list order, then absent ones, the wait time last,
+/// or as the row says.
+/// @return true when the request is to be sent.
+bool arrange_arguments(const webservice_call &call, const operation_row &row,
+                       std::size_t argument_count, char **arguments);
+
+/// Completes a response and prints its lines as its row says.
+/// @param result the response's result text. One that broke off is an absent one.
+/// @return the status of the result text.
+int conclude(const webservice_call &call, const operation_row &row, const char *result,
+             void *response);
 
 namespace operation {
 
@@ -94,11 +96,11 @@ template <auto Member> const char *read_field(const void *response) {
 }
 
 /// The result text is called "result" everywhere but in one operation.
-template <typename Response> constexpr field_reader result_reader() {
-    if constexpr (requires { &Response::result; }) {
-        return read_field<&Response::result>;
+template <typename Response> const char *result_of(const Response &response) {
+    if constexpr (requires { response.result; }) {
+        return response.result;
     } else {
-        return read_field<&Response::results>;
+        return response.results;
     }
 }
 
@@ -114,55 +116,51 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
                   "more fields than any operation before: raise MOST_ARGUMENTS");
     response_of<Call> response = {};
     char *arguments[MOST_ARGUMENTS] = {};
-    const operation_exceptions &exceptional = row.exceptional;
-    if (exceptional.arrange(call, argument_count, arguments) && call.sendable) {
+    if (arrange_arguments(call, row, argument_count, arguments)) {
         invoke<Call>(call, arguments, &response, std::make_index_sequence<argument_count>{});
     }
-    if (exceptional.complete != nullptr) {
-        exceptional.complete(&response);
-    }
-    return conclude(call, row, &response);
+    return conclude(call, row, result_of(response), &response);
 }
+
+/// A text that a template can take.
+template <std::size_t Size> struct line_text {
+    char text[Size];
+    consteval line_text(const char (&literal)[Size]) {
+        std::copy_n(literal, Size, text);
+    }
+};
 
 /// A line that knows which record it reads.
-template <typename Response> struct typed_line { result_line line; };
-template <auto Member> consteval auto line(const char *text) {
+template <auto Member, line_text Text> struct line {
     using record = typename member_traits<decltype(Member)>::record;
-    return typed_line<record>{{text, read_field<Member>}};
-}
+    static constexpr result_line value = {Text.text, read_field<Member>};
+};
 
-template <auto Call, response_group Group, typename... Responses>
-consteval operation_row row(const char *name, int count, const char *needed,
-                            typed_line<Responses>... lines) {
-    static_assert((std::is_same_v<Responses, response_of<Call>> && ...),
+/// The lines of a row, in a table of just their number.
+template <typename... Lines>
+constexpr std::array<result_line, sizeof...(Lines)> LINES = {Lines::value...};
+
+template <auto Call, response_group Group, typename... Lines>
+consteval operation_row row(const char *name, int count, const char *needed, Lines... /*lines*/) {
+    static_assert((std::is_same_v<typename Lines::record, response_of<Call>> && ...),
                   "a line reads a field of another operation's response");
-    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0),
+    static_assert((Group == SINGLE_RESULT) == (sizeof...(Lines) == 0),
                   "SINGLE_RESULT goes with no lines, the other groups with at least one");
-    static_assert(sizeof...(lines) <= MOST_LINES,
-                  "more lines than any operation before: raise MOST_LINES");
-    return {name,
-            count,
-            needed,
-            Group,
-            carry<Call>,
-            result_reader<response_of<Call>>(),
-            {lines.line...},
-            {}};
+    return {name, count, needed, Group, carry<Call>, LINES<Lines...>, {}};
 }
 
 /// A row of an operation that takes entries: one for each of its fields but the wait time, less
 /// AbsentLast, the fields before the wait time that always go out absent.
-template <auto Call, response_group Group, int AbsentLast = 0, typename... Responses>
-consteval operation_row takes(const char *name, const char *needed,
-                              typed_line<Responses>... lines) {
+template <auto Call, response_group Group, int AbsentLast = 0, typename... Lines>
+consteval operation_row takes(const char *name, const char *needed, Lines... lines) {
     constexpr int entries = static_cast<int>(traits<Call>::argument_count) - 1 - AbsentLast;
     static_assert(entries > 0, "an operation without entries is a row of takes_nothing");
     return row<Call, Group>(name, entries, needed, lines...);
 }
 
 /// A row of an operation without entries: its list is not read.
-template <auto Call, response_group Group, typename... Responses>
-consteval operation_row takes_nothing(const char *name, typed_line<Responses>... lines) {
+template <auto Call, response_group Group, typename... Lines>
+consteval operation_row takes_nothing(const char *name, Lines... lines) {
     static_assert(traits<Call>::argument_count <= 1, "the operation has fields: use takes");
     return row<Call, Group>(name, 0, nullptr, lines...);
 }
