@@ -66,6 +66,7 @@ std::string completion_rows(const std::vector<type_entry> &types) {
 // ---------------------------------------------------------------------------------------------
 // The manual
 
+/// Parameters with a bar between them; a long list may break behind a bar.
 std::string manual_function(const function_entry &function) {
     std::string text = ".It Cm " + function.name + "\n";
     if (function.items.empty()) {
@@ -77,7 +78,7 @@ std::string manual_function(const function_entry &function) {
     const char *macro = ".Ar ";
     for (const std::string &item : function.items) {
         text += macro + item;
-        macro = " Ns | Ns Ar ";
+        macro = " Ns |\\: Ns Ar ";
     }
     return text + "\n" + (function.note.empty() ? "" : ".br\n" + function.note + "\n");
 }

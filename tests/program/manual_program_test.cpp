@@ -1,5 +1,5 @@
-// The manual as it is installed: what its text says beside the lists that it is filled with, and
-// mandoc's own taste.
+// The manuals as they are installed: what the text says beside the lists that it is filled with,
+// and what mandoc and groff say about them.
 
 #include "front/request_types.h"
 #include "tests/harness/process.h"
@@ -68,16 +68,28 @@ TEST(Manual, HasTheLowEightBitsRight) {
     EXPECT_GT(rows, 0U);
 }
 
+const char *const PAGES[] = {LUMOCMD_MANUALS "/lumocmd.1", LUMOCMD_MANUALS "/lumosim.1",
+                             PROJECT_DIRECTORY "/man/lumo.sh.7"};
+
 TEST(Manual, PleasesMandoc) {
-    for (const char *page : {"lumocmd.1", "lumosim.1"}) {
-        const std::string path = std::string(LUMOCMD_MANUALS "/") + page;
-        const run_result lint = run({"mandoc", "-T", "lint", path});
+    for (const char *page : PAGES) {
+        const run_result lint = run({"mandoc", "-T", "lint", page});
         std::istringstream lines(lint.output);
         for (std::string line; std::getline(lines, line);) {
-            // The two pages refer to each other and need not be installed.
+            // The pages refer to each other and need not be installed.
             EXPECT_NE(line.find("referenced manual not found"), std::string::npos) << line;
         }
-        EXPECT_LE(lint.status, 1) << lint.errors;
+        EXPECT_LE(lint.status, 1) << page << lint.errors;
+    }
+}
+
+TEST(Manual, FitsATerminalOf80ColumnsInGroff) {
+    for (const char *page : PAGES) {
+        const run_result shown =
+            run({"groff", "-man", "-ww", "-rLL=80n", "-Tutf8", "-P-cbou", page});
+        EXPECT_EQ(shown.status, 0) << page;
+        EXPECT_EQ(shown.errors, "") << page;
+        EXPECT_NE(shown.output.find("EXAMPLES"), std::string::npos) << page;
     }
 }
 
