@@ -2,8 +2,13 @@
 
 install(TARGETS lumocmd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT lumocmd)
 
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "The Lumotron developers <developers@lumotron.example>")
+
 # Debian wants manuals compressed without a time stamp, and a copyright file and changelog per package.
 find_program(GZIP gzip REQUIRED)
+set(READ_CHANGELOG ${PROJECT_SOURCE_DIR}/packaging/debian-changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+    ${PROJECT_VERSION})
 
 function(install_documents component page)
     add_custom_command(
@@ -13,9 +18,9 @@ function(install_documents component page)
         VERBATIM)
     add_custom_command(
         OUTPUT ${component}-changelog.gz
-        COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/packaging/${component}.changelog
-            > ${component}-changelog.gz
-        DEPENDS ${PROJECT_SOURCE_DIR}/packaging/${component}.changelog
+        COMMAND ${READ_CHANGELOG} log ${component} ${CPACK_PACKAGE_CONTACT} > ${component}-changelog
+        COMMAND ${GZIP} -9nc ${component}-changelog > ${component}-changelog.gz
+        DEPENDS ${PROJECT_SOURCE_DIR}/packaging/debian-changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         VERBATIM)
     add_custom_target(${component}_documents ALL DEPENDS ${page}.gz ${component}-changelog.gz)
     install(FILES ${PROJECT_BINARY_DIR}/${page}.gz
@@ -54,13 +59,9 @@ endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "The Lumotron developers <developers@lumotron.example>")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
@@ -69,11 +70,12 @@ set(CPACK_DEBIAN_LUMOCMD_PACKAGE_NAME lumocmd)
 set(CPACK_DEBIAN_LUMOSIM_PACKAGE_NAME lumosim)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "tools for a Lumotron home-automation controller")
 set(CPACK_DEBIAN_LUMOCMD_DESCRIPTION
-    "lumocmd sends one request to one of the controller's daemons or to its web service,
-shows the answer and exits with its status code.")
+    "lumocmd sends one request to one of the controller's daemons or to its web
+service, shows the answer and exits with its status code.")
 set(CPACK_DEBIAN_LUMOSIM_DESCRIPTION
-    "lumosim is a simulated controller: it answers everything that lumocmd can ask, checks requests strictly and can be
-told to misbehave. It listens on Unix-domain sockets and on loopback only.")
+    "lumosim is a simulated controller: it answers everything that lumocmd can ask,
+checks requests strictly and can be told to misbehave. It listens on
+Unix-domain sockets and on loopback only.")
 set(CPACK_DEBIAN_LUMOSIM_PACKAGE_SUGGESTS lumocmd)
 if(CMAKE_CROSSCOMPILING)
     # The tool that reads needs from a program knows no foreign libraries.
@@ -82,5 +84,9 @@ if(CMAKE_CROSSCOMPILING)
 else()
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 endif()
+
+# The same sources make the same bytes.
+configure_file(${PROJECT_SOURCE_DIR}/packaging/before_packing.cmake.in before_packing.cmake @ONLY)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/before_packing.cmake)
 
 include(CPack)
