@@ -14,10 +14,12 @@
 
 // The system log of this program: records go to standard error, where a death test looks. A
 // hardened build of the library calls the second form. NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" void syslog(int priority, const char *format, ...);
-extern "C" void __syslog_chk(int priority, int flag, const char *format, ...);
+extern "C" [[gnu::format(printf, 2, 3)]] void syslog(int priority, const char *format, ...);
+extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int flag,
+                                                           const char *format, ...);
 
-static void record(int priority, const char *format, va_list arguments) {
+[[gnu::format(printf, 2, 0)]] static void record(int priority, const char *format,
+                                                 va_list arguments) {
     fprintf(stderr, "record of priority %d: [", priority);
     vfprintf(stderr, format, arguments);
     fputs("]", stderr);

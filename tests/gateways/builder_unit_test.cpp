@@ -48,7 +48,8 @@ constexpr auto NAME_OF_FUNCTION = [](const auto &row) { return name_of(row.param
 class SentFunction : public testing::TestWithParam<function_case> {};
 
 TEST_P(SentFunction, SendsItsRequestAndReturnsTheAnswer) {
-    const auto &[gateway, row] = GetParam();
+    const gateway_row *const gateway = GetParam().gateway;
+    const function_row *const row = GetParam().function;
     for (const std::string &function : {std::string(row->name), lower(row->name)}) {
         const meeting_point point(
             gateway->where, {expect(sample_request(*row, function)),

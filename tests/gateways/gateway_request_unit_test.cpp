@@ -20,7 +20,8 @@ std::string good_answer(const gateway_row &gateway) {
 class GatewayRequest : public testing::TestWithParam<function_case> {};
 
 TEST_P(GatewayRequest, IsSentAsTheCallerSpellsIt) {
-    const auto &[gateway, row] = GetParam();
+    const gateway_row *const gateway = GetParam().gateway;
+    const function_row *const row = GetParam().function;
     for (const std::string &function : {std::string(row->name), lower(row->name)}) {
         SCOPED_TRACE(function);
         const meeting_point point(
