@@ -265,6 +265,16 @@ TEST_F(Memory, XstrconcatJoins) {
     }
 }
 
+TEST_F(Memory, XstrconcatHasRoomForItsEnd) {
+    for (std::size_t length = 0; length <= 64; length++) {
+        const std::string half(length, 'a');
+        char *joined = xstrconcat(half.c_str(), half.c_str());
+        EXPECT_EQ(joined, half + half);
+        EXPECT_GE(malloc_usable_size(joined), 2 * length + 1);
+        xfree(joined);
+    }
+}
+
 TEST_F(Memory, XstrconcatJoinsATextWithItself) {
     char *text = owned("ab");
     char *joined = xstrconcat(text, text);
