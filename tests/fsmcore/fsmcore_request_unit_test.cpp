@@ -165,7 +165,8 @@ TEST(FsmcoreLimits, UnterminatedSlotIsRefusedBeforeAConnection) {
         watched_client client;
         int status = 0;
         const std::string output = captured_output([&] {
-            status = call(*x, point, "F", {"a", std::string(512, 'b')}, {nullptr, nullptr});
+            // Bytes behind the slot are nobody's end of it.
+            status = call(*x, point, "F", {"a", std::string(512, 'b'), "c"}, {nullptr, nullptr});
         });
         EXPECT_EQ(status, 8);
         expect_refusal(output, x->tag + value_too_long(2), client);
