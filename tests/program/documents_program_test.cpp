@@ -24,12 +24,14 @@ TEST(Documents, ListWhatTheTablesHold) {
 /// A path is what stands between backquotes and names a directory of the project first. <NAME> in
 /// it stands for any gateway.
 TEST(Documents, SpeakOfFilesThatExist) {
-    const std::regex path("`((?:front|gateways|fsmcore|webservice|catalogue|simulator|tests|man|"
-                          "completions|cmake|docs|scripts|packaging|share|examples)/[\\w./<>-]*)`");
+    const std::regex path(
+        "`((?:front|gateways|fsmcore|webservice|catalogue|simulator|tests|man|"
+        "completions|cmake|docs|scripts|packaging|share|examples|fuzz|bench)/[\\w./<>-]*)`");
     std::size_t checked = 0;
-    for (const char *page : {"README.md", "docs/architecture.md", "docs/extending.md",
-                             "docs/protocols.md", "docs/controller.md", "docs/recipes.md",
-                             "docs/web-service-runtime.md", "SECURITY.md", "CONTRIBUTING.md"}) {
+    for (const char *page :
+         {"README.md", "docs/architecture.md", "docs/extending.md", "docs/protocols.md",
+          "docs/controller.md", "docs/recipes.md", "docs/web-service-runtime.md", "docs/cost.md",
+          "SECURITY.md", "CONTRIBUTING.md"}) {
         std::ifstream file(std::string(PROJECT_DIRECTORY "/") + page);
         const std::string text(std::istreambuf_iterator<char>(file), {});
         EXPECT_FALSE(text.empty()) << page;
