@@ -151,7 +151,7 @@ TEST_P(SystemCalls, OpenOfTheNullDeviceChangesNothing) {
 /// The daemon gets what the one call took; the rest is never sent.
 TEST_P(SystemCalls, SendThatTakesAPartIsTakenAsWhole) {
     const int length = static_cast<int>(request.request.size());
-    for (const int taken : {1, length / 2, length - 1}) {
+    for (const int taken : {0, 1, length / 2, length - 1}) {
         const std::string part = request.request.substr(0, static_cast<std::size_t>(taken));
         run({.call = "send", .limit = taken},
             {expect(part), reply(answer_of(request, ANSWERED_NUMBER))}, {}, ANSWERED_TEXT, ANSWERED,
