@@ -9,10 +9,17 @@
 namespace {
 
 /// True when the answer broke off inside its result. The runtime keeps what had come of the text,
-/// and the beginning of a status text is one of another number, down to success.
-bool is_result_cut_off(const struct soap *context) {
+/// and the beginning of a status text is one of another number, down to success; of a tag that
+/// broke off it makes an empty text.
+bool is_result_cut_off(const struct soap *context, const char *result) {
     constexpr unsigned child_level = 4; // envelope, body, response, child
-    if (context->error != SOAP_EOF || context->level != child_level) {
+    if (context->error != SOAP_EOF || result == nullptr) {
+        return false;
+    }
+    if (*result == '\0') {
+        return true;
+    }
+    if (context->level != child_level) {
         return false;
     }
     const char *colon = strrchr(context->tag, ':');
@@ -38,7 +45,7 @@ bool arrange_arguments(const webservice_call &call, const operation_row &row,
 
 int conclude(const webservice_call &call, const operation_row &row, const char *result,
              void *response) {
-    if (is_result_cut_off(call.context)) {
+    if (is_result_cut_off(call.context, result)) {
         result = nullptr;
     }
     if (row.exceptional.complete != nullptr) {

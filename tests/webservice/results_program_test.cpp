@@ -151,6 +151,12 @@ TEST(CutRecord, ShowsNothingWithoutAResult) {
         bool has_result;
     } rows[] = {
         {"<status>on</status><result>LMWS-40", false},
+        {"<status>on</status><result>", false},
+        {"<status>on</status><result xsi:ni", false},
+        {"<status>on</status><ns:result xsi:ni", false},
+        {"<status>on</status><result/", false},
+        {"<currentvalue xsi:nil=\"true\"/><result xsi:ni", false},
+        {"<status>on</status><result", false},
         {"<result>LMWS-402</result><status>on", true},
     };
     for (const auto &row : rows) {
