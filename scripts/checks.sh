@@ -12,13 +12,13 @@ check_format() {
     xargs -0 -r clang-format --dry-run -Werror
 }
 
-# Both need the release preset, configured and built. The compiler's own warnings are GCC's; clang does
-# not know all of their names, cannot read what GCC has precompiled, and wants a word of its own for
-# zeroed variables.
-compile_commands=build/release/compile_commands.json
+# Both read the flags of a build whose sources are compiled one by one, without what GCC has precompiled.
+# The compiler's own warnings are GCC's; clang does not know all of their names, and wants a word of its
+# own for zeroed variables.
 clang_tidy() {
-    mkdir -p build/lint
-    sed 's/-Winvalid-pch -include [^ ]*//' "$compile_commands" >build/lint/compile_commands.json
+    cmake --preset release -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+        -DLUMOSIM_IN_PIECES=OFF >/dev/null
+    cmake --build build/lint --target lumows_client >/dev/null
     xargs -0 -r -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet "$@" \
         --extra-arg=-Wno-unknown-warning-option \
         --extra-arg=-enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang 2>/dev/null
@@ -31,7 +31,7 @@ check_product() {
     result=0
     clang_tidy <"$sources" || result=1
     xargs -0 -r -n 1 -P "$(nproc)" g++ -std=c++20 -fno-exceptions -fanalyzer -Werror -I . \
-        -isystem build/release/generated -c -o /dev/null <"$sources" || result=1
+        -isystem build/lint/generated -c -o /dev/null <"$sources" || result=1
     rm "$sources"
     return "$result"
 }

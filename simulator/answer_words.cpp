@@ -1,6 +1,7 @@
 // Reads answers leniently: whatever is not understood is told by its size.
 #include "answer_words.h"
 
+#include "envelope.h"
 #include "text.h"
 
 #include <algorithm>
@@ -12,10 +13,6 @@ namespace {
 constexpr std::string_view STATUS_TAG = "Response Status: ";
 constexpr std::string_view HEAD_END = "\r\n\r\n";
 constexpr std::array<std::string_view, 2> RESULTS{"result", "results"};
-
-std::string_view local_name(std::string_view name) {
-    return name.substr(name.find(':') + 1);
-}
 
 pugi::xml_node find_named(const pugi::xml_document &document, std::string_view name) {
     return document.find_node(

@@ -12,7 +12,7 @@ using enum SessionRule;
 namespace {
 
 // clang-format off
-constexpr Operation ROWS[] = {
+constexpr Operation OPERATION_ROWS[] = {
     {"service-versioninfo", "waittime", "result version", none, "", run_versioninfo},
     {"service-systeminfo", "waittime", "result systemcode", none, "", run_systeminfo},
     {"service-test", "waittime", "result", none, "", acknowledge},
@@ -51,7 +51,7 @@ constexpr Operation ROWS[] = {
 
 } // namespace
 
-constinit const std::span<const Operation> OPERATIONS = ROWS;
+constinit const std::span<const Operation> OPERATIONS = OPERATION_ROWS;
 
 std::vector<std::string_view> child_names(std::string_view children) {
     std::vector<std::string_view> names;

@@ -46,7 +46,7 @@ constexpr GatewayRequest TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTOND
                                                {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
 
 // clang-format off
-constexpr Daemon ROWS[] = {
+constexpr Daemon DAEMON_ROWS[] = {
     {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, exchange_fsmcore},
     {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, exchange_gateway, EIB_REQUESTS},
     {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, exchange_gateway, SMSTOOL_REQUESTS},
@@ -61,7 +61,7 @@ constexpr Daemon ROWS[] = {
 
 } // namespace
 
-constinit const std::span<const Daemon> DAEMONS = ROWS;
+constinit const std::span<const Daemon> DAEMONS = DAEMON_ROWS;
 
 std::size_t row_of(const Daemon &daemon) {
     return static_cast<std::size_t>(&daemon - DAEMONS.data());

@@ -40,11 +40,6 @@ std::string_view prefix_of(std::string_view name) {
     return colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
 }
 
-std::string_view local_name(std::string_view name) {
-    const std::size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
-
 /// The namespace that a qualified name has at this place; empty when there is none.
 std::string_view namespace_at(pugi::xml_node node, std::string_view name) {
     const std::string_view prefix = prefix_of(name);
@@ -211,6 +206,10 @@ std::string write_document(const pugi::xml_document &document) {
 }
 
 } // namespace
+
+std::string_view local_name(std::string_view name) {
+    return name.substr(name.find(':') + 1);
+}
 
 std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
     if (!is_valid_utf8(body_text) || body_text.find('\0') != std::string_view::npos) {

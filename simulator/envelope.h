@@ -14,6 +14,9 @@ struct Fault {
     std::string text;
 };
 
+/// A qualified name without its prefix.
+std::string_view local_name(std::string_view name);
+
 /// Reads a request envelope. Wrong children of a known operation are no fault but a complaint
 /// in the call, since they can be answered with a status.
 std::variant<ServiceCall, Fault> read_envelope(std::string_view body);

@@ -186,7 +186,7 @@ std::string first_user() {
     return " " + std::string(FIRST_USER.name);
 }
 
-constexpr Option ROWS[] = {
+constexpr Option OPTION_ROWS[] = {
     {"--directory", "DIR", "where the sockets are made", set_directory<&Settings::directory>,
      default_directory},
     {"--port", "N", "port of the web service, 0 for any free one", set_port, default_port},
@@ -218,4 +218,4 @@ constexpr Option ROWS[] = {
 
 } // namespace
 
-constinit const std::span<const Option> OPTIONS = ROWS;
+constinit const std::span<const Option> OPTIONS = OPTION_ROWS;
