@@ -144,7 +144,7 @@ std::string line_names(const gateway_profile &gateway, const std::string &name) 
         }
         for (const gateway_line &line : function.lines) {
             names += (names.empty() ? "" : ", ") + std::string(line.name);
-            if (line.fixed != nullptr) {
+            if (*line.fixed != '\0') {
                 names += " (always " + std::string(line.fixed) + ")";
             }
         }

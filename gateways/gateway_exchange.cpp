@@ -55,9 +55,8 @@ void assemble_request(bounded_text *request, const char *function,
                       std::span<const gateway_line> lines, std::span<const char *const> values) {
     append_text(request, "Request: %s\n", function);
     for (const gateway_line &line : lines) {
-        const char *value = line.fixed != nullptr
-                                ? line.fixed
-                                : values[static_cast<std::size_t>(line.parameter) - 1];
+        const char *value =
+            *line.fixed != '\0' ? line.fixed : values[static_cast<std::size_t>(line.parameter) - 1];
         append_text(request, "%s: %s\n", line.name, value);
     }
     append_text(request, "\n");

@@ -8,11 +8,12 @@
 #include <span>
 
 /// A header line: "<name>: <value>". The value is parameter number `parameter`, counted from 1 in
-/// the order of the exchange function's arguments, or `fixed` when that is not null.
+/// the order of the exchange function's arguments, or `fixed` when that is not empty. Both texts
+/// are held, so that the loader need not write their addresses.
 struct gateway_line {
-    const char *name;
+    char name[20];
     int parameter;
-    const char *fixed = nullptr;
+    char fixed[4] = "";
 };
 
 /// A function that the daemon knows, with its header lines in wire order.
