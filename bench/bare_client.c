@@ -17,7 +17,7 @@ int main(int argument_count, char **arguments) {
     if (argument_count != 3 || strlen(arguments[1]) >= sizeof address.sun_path) {
         return FAILED;
     }
-    strcpy(address.sun_path, arguments[1]);
+    memcpy(address.sun_path, arguments[1], strlen(arguments[1]) + 1);
     const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
     if (descriptor < 0 ||
         connect(descriptor, (const struct sockaddr *)&address, sizeof address) < 0 ||

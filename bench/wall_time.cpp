@@ -6,6 +6,7 @@
 // INPUT for standard input, each of which has to end with STATUS. COUNT words make the command.
 
 #include <benchmark/benchmark.h>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -78,17 +79,27 @@ void measure(benchmark::State &state, const command &what) {
     state.counters["page_faults"] = static_cast<double>(faults) / what.requests;
 }
 
+int number(const char *text) {
+    char *end = nullptr;
+    const long value = strtol(text, &end, 10);
+    if (end == text || *end != '\0' || value < 0 || value > INT_MAX) {
+        fprintf(stderr, "wall_time: not a count: %s\n", text);
+        exit(EXIT_FAILURE);
+    }
+    return static_cast<int>(value);
+}
+
 /// The commands that are named behind the count of runs.
 std::vector<command> read_commands(char **from, char **end) {
     constexpr std::ptrdiff_t fields = 6;
     std::vector<command> commands;
     while (end - from > fields) {
-        const int count = atoi(from[5]);
+        const int count = number(from[5]);
         if (count < 1 || count > end - from - fields) {
             fputs("wall_time: words are missing\n", stderr);
             exit(EXIT_FAILURE);
         }
-        command one = {from[0], atoi(from[1]), atoi(from[2]), atoi(from[3]), from[4], {}};
+        command one = {from[0], number(from[1]), number(from[2]), number(from[3]), from[4], {}};
         one.words.assign(from + fields, from + fields + count);
         one.words.push_back(nullptr);
         commands.push_back(one);
@@ -106,7 +117,7 @@ int main(int argument_count, char **arguments) {
               stderr);
         return EXIT_FAILURE;
     }
-    const int runs = atoi(arguments[1]);
+    const int runs = number(arguments[1]);
     for (const command &one : read_commands(arguments + 2, arguments + argument_count)) {
         benchmark::RegisterBenchmark(one.name, measure, one)
             ->Iterations(1)

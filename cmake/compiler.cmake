@@ -38,7 +38,8 @@ target_link_options(lumocmd_product INTERFACE
     $<$<CONFIG:Release>:-s>
     -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 
-# The addresses in tables, packed: a twentieth of the file. The controller's linker cannot.
+# The addresses in tables, packed: a twentieth of the file. It needs glibc 2.36 at run time; the
+# controller's linker cannot.
 include(CheckLinkerFlag)
 check_linker_flag(CXX -Wl,-z,pack-relative-relocs LINKER_PACKS_ADDRESSES)
 if(LINKER_PACKS_ADDRESSES AND NOT CMAKE_CROSSCOMPILING)

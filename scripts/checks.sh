@@ -17,8 +17,8 @@ check_format() {
 # own for zeroed variables.
 clang_tidy() {
     cmake --preset release -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
-        -DLUMOSIM_IN_PIECES=OFF >/dev/null
-    cmake --build build/lint --target lumows_client >/dev/null
+        -DLUMOSIM_IN_PIECES=OFF </dev/null >/dev/null || return 1
+    cmake --build build/lint --target lumows_client </dev/null >/dev/null || return 1
     xargs -0 -r -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet "$@" \
         --extra-arg=-Wno-unknown-warning-option \
         --extra-arg=-enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang 2>/dev/null

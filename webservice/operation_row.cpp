@@ -10,7 +10,7 @@ namespace {
 
 /// True when the answer broke off inside its result. The runtime keeps what had come of the text,
 /// and the beginning of a status text is one of another number, down to success; of a tag that
-/// broke off it makes an empty text.
+/// broke off it makes an empty text, which cannot be told from one that had ended.
 bool is_result_cut_off(const struct soap *context, const char *result) {
     constexpr unsigned child_level = 4; // envelope, body, response, child
     if (context->error != SOAP_EOF || result == nullptr) {

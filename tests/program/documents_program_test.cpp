@@ -31,7 +31,8 @@ TEST(Documents, SpeakOfFilesThatExist) {
     for (const char *page :
          {"README.md", "docs/architecture.md", "docs/extending.md", "docs/protocols.md",
           "docs/controller.md", "docs/recipes.md", "docs/web-service-runtime.md", "docs/cost.md",
-          "SECURITY.md", "CONTRIBUTING.md"}) {
+          "docs/many-controllers.md", "fuzz/README.md", "SECURITY.md", "CONTRIBUTING.md",
+          "CHANGELOG.md"}) {
         std::ifstream file(std::string(PROJECT_DIRECTORY "/") + page);
         const std::string text(std::istreambuf_iterator<char>(file), {});
         EXPECT_FALSE(text.empty()) << page;

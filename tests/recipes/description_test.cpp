@@ -38,6 +38,10 @@ std::map<std::string, call> read_calls(const std::string &output) {
         std::istringstream rest(line);
         std::string first;
         rest >> first;
+        if (latest == nullptr && (first == "sent" || first == "child")) {
+            ADD_FAILURE() << "without a request before it: " << line;
+            break;
+        }
         if (first == "sent") {
             latest->sent = {std::istream_iterator<std::string>(rest), {}};
         } else if (first == "child") {

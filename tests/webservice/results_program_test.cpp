@@ -155,6 +155,8 @@ TEST(CutRecord, ShowsNothingWithoutAResult) {
         {"<status>on</status><result xsi:ni", false},
         {"<status>on</status><ns:result xsi:ni", false},
         {"<status>on</status><result/", false},
+        {"<status>on</status><result></result>", false},
+        {"<result/><status>on", false},
         {"<currentvalue xsi:nil=\"true\"/><result xsi:ni", false},
         {"<status>on</status><result", false},
         {"<result>LMWS-402</result><status>on", true},
