@@ -46,7 +46,7 @@ int make_fsmcorelocal_request(const char *socket_path, const char *function,
     int count = 0;
     char **values = nullptr;
     parse_parameters(parameters, &count, &values);
-    // Not zeroed, which would touch all its pages: only the slots that are filled are read.
+    // Not zeroed: only the slots that are filled are read.
     __attribute__((uninitialized)) char slots[FSMC_MOST_VALUES * FSMC_SLOT_SIZE];
     if (!fill_slots(slots, count, values, function)) {
         trace("exiting localclientutil->make_fsmcorelocal_request");

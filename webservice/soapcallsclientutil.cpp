@@ -249,8 +249,8 @@ int make_webservice_request(const char *url, const char *function, const char *p
                             int waittime) {
     trace("entering soapcallsclientutil->make_webservice_request");
     trace("");
-    // Storage, not a C++ object: its constructors are not part of the C runtime. It is not zeroed,
-    // which would touch all its pages: the runtime initialises what it reads.
+    // Storage, not a C++ object: its constructors are not part of the C runtime. It is not zeroed:
+    // the runtime initialises what it reads.
     alignas(struct soap) __attribute__((uninitialized)) unsigned char storage[sizeof(struct soap)];
     auto *context = static_cast<struct soap *>(static_cast<void *>(storage));
     soap_init(context);
