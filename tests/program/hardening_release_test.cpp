@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <elf.h>
 #include <gtest/gtest.h>
+#include <sstream>
+#include <string>
 
 namespace {
 
@@ -46,6 +48,15 @@ TEST_F(ShippedProgram, GuardsItsStack) {
 TEST_F(ShippedProgram, IsFortified) {
     EXPECT_TRUE(imports("__vsnprintf_chk"));
     EXPECT_TRUE(imports("__vprintf_chk"));
+}
+
+/// What only servers, dates and the like need of libc does not reach it.
+TEST_F(ShippedProgram, ImportsNothingThatIsUnreachable) {
+    std::istringstream names(UNREACHABLE_RUNTIME_CALLS);
+    for (std::string name; names >> name;) {
+        EXPECT_FALSE(imports(name)) << name;
+    }
+    EXPECT_FALSE(imports("time"));
 }
 
 TEST_F(ShippedProgram, NeedsLibcAlone) {
