@@ -85,7 +85,7 @@ std::string manual_function(const function_entry &function) {
 
 std::string manual_type(const type_entry &type) {
     std::string text = ".Ss " + std::string(type.row->keyword) + "\n";
-    if (type.row->help.socket != nullptr) {
+    if (*type.row->help.socket != '\0') {
         text += "Usual socket:\n.Pa " + std::string(type.row->help.socket) + " .\n";
     }
     text += ".Bl -tag -width Ds\n";

@@ -76,7 +76,7 @@ scan_step take_type(const option_row & /*row*/, const char *argument, request_ty
             error("%s%s", row.name, REQUEST_KINDS[row.kind].selected);
         } else {
             verbose_info("[lumocmd] %s%s", row.name,
-                         row.selected != nullptr ? row.selected : REQUEST_KINDS[row.kind].selected);
+                         *row.selected != '\0' ? row.selected : REQUEST_KINDS[row.kind].selected);
         }
         return SCAN_ON;
     }

@@ -54,8 +54,8 @@ struct operation_exceptions {
 /// Carries one call and returns the status; conclude() prints the lines in between.
 struct operation_row {
     const char *name;   ///< the -f name
-    int count;          ///< exact number of entries, or ANY_COUNT
     const char *needed; ///< what the message about a wrong count asks for; null: no list is read
+    int count;          ///< exact number of entries, or ANY_COUNT
     response_group group;
     int (*carry)(const webservice_call &call, const operation_row &row);
     std::span<const result_line> lines;
@@ -146,7 +146,7 @@ consteval operation_row row(const char *name, int count, const char *needed, Lin
                   "a line reads a field of another operation's response");
     static_assert((Group == SINGLE_RESULT) == (sizeof...(Lines) == 0),
                   "SINGLE_RESULT goes with no lines, the other groups with at least one");
-    return {name, count, needed, Group, carry<Call>, LINES<Lines...>, {}};
+    return {name, needed, count, Group, carry<Call>, LINES<Lines...>, {}};
 }
 
 /// A row of an operation that takes entries: one for each of its fields but the wait time, less
