@@ -132,8 +132,11 @@ char *xstrconcat_free(char *first, char *second, int release_first, int release_
 }
 
 char *take_line(char **unread) {
-    char *line = *unread + strspn(*unread, "\n");
-    char *end = line + strcspn(line, "\n");
+    char *line = *unread;
+    while (*line == '\n') {
+        line++;
+    }
+    char *end = strchrnul(line, '\n');
     *unread = *end == '\0' ? end : end + 1;
     *end = '\0';
     return line == end ? nullptr : line;

@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <netinet/in.h>
-#include <strings.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -244,7 +243,25 @@ int parse_parameters(const char *list, int *count, char ***items) {
 }
 
 bool names_match(const char *name, const char *known) {
-    return name != nullptr && strcasecmp(name, known) == 0;
+    const char *rest = behind_beginning(name, known);
+    return rest != nullptr && *rest == '\0';
+}
+
+const char *behind_beginning(const char *text, const char *known) {
+    // ASCII alone: strcasecmp() would look every letter up in the locale's tables, and each start
+    // would read two pages for a locale that is never set.
+    const auto lower_case = [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? letter + ('a' - 'A') : letter;
+    };
+    if (text == nullptr) {
+        return nullptr;
+    }
+    for (; *known != '\0'; text++, known++) {
+        if (*text != *known && lower_case(*text) != lower_case(*known)) {
+            return nullptr;
+        }
+    }
+    return text;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -9,7 +9,6 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
-#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -78,13 +77,9 @@ bool refuse_answer(const exchange &x) {
     return false;
 }
 
-bool starts_with_tag(const char *line, const char *tag) {
-    return line != nullptr && strncasecmp(line, tag, TAG_LENGTH) == 0;
-}
-
 bool read_status_line(exchange *x, int *status) {
     char *line = take_line(&x->unread);
-    if (!starts_with_tag(line, STATUS_TAG)) {
+    if (behind_beginning(line, STATUS_TAG) == nullptr) {
         error("%s strtok parsing 'Response Status: ' response tag failed for function '%s'", x->tag,
               x->function);
         return refuse_answer(*x);
@@ -107,7 +102,7 @@ bool read_status_line(exchange *x, int *status) {
 
 bool read_count_line(exchange *x, int *count) {
     char *line = take_line(&x->unread);
-    if (!starts_with_tag(line, COUNT_TAG)) {
+    if (behind_beginning(line, COUNT_TAG) == nullptr) {
         error("%s strtok parsing 'Parameter Count: ' response tag failed for function '%s'", x->tag,
               x->function);
         return refuse_answer(*x);

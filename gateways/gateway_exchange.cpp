@@ -67,7 +67,7 @@ void assemble_request(bounded_text *request, const char *function,
 bool parse_answer(const gateway_profile &profile, int descriptor, const char *function,
                   char *received, int *status) {
     char *line = take_line(&received);
-    if (line == nullptr || strncasecmp(line, STATUS_TAG, STATUS_TAG_LENGTH) != 0) {
+    if (behind_beginning(line, STATUS_TAG) == nullptr) {
         const char *mark = quote(profile, NO_STATUS_LINE);
         error("%s strtok parsing 'Response Status: ' response tag failed for function %s%s%s",
               profile.source_tag, mark, function, mark);

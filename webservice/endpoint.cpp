@@ -5,7 +5,6 @@
 #include "webservice/service_calls.h"
 
 #include <cstring>
-#include <strings.h>
 
 namespace {
 
@@ -35,11 +34,15 @@ url_parts parts_of(const char *url) {
     return {start, user_end, user_end == nullptr ? start : user_end + 1};
 }
 
+bool is_hexadecimal(char digit) {
+    return digit != '\0' && strchr("0123456789abcdefABCDEF", digit) != nullptr;
+}
+
 /// The runtime decodes the user and reads beyond the url when that ends within an escape or a
 /// quotation.
 bool has_unreadable_user(const url_parts &parts) {
     for (const char *at = parts.user; parts.user_end != nullptr && at < parts.user_end; at++) {
-        const bool is_escape = strspn(at + 1, "0123456789abcdefABCDEF") >= 2;
+        const bool is_escape = is_hexadecimal(at[1]) && is_hexadecimal(at[2]);
         if (*at == '"' || (*at == '%' && !is_escape)) {
             return true;
         }
@@ -66,7 +69,7 @@ bool is_usable_endpoint(struct soap *context, const char *url) {
     }
     const bool names_scheme = strstr(url, "://") != nullptr;
     const url_parts parts = parts_of(url);
-    if ((names_scheme && strncasecmp(url, SCHEME, sizeof(SCHEME) - 1) != 0) ||
+    if ((names_scheme && behind_beginning(url, SCHEME) == nullptr) ||
         strlen(url) >= sizeof context->endpoint || has_blank_or_control(url) ||
         has_unreadable_user(parts) || has_unended_bracket(parts)) {
         return false;
