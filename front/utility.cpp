@@ -1,5 +1,6 @@
 #include "front/utility.h"
 
+#include "front/bounded_text.h"
 #include "front/diagnostics.h"
 #include "front/help_text.h"
 #include "front/memory.h"
@@ -268,16 +269,17 @@ const char *behind_beginning(const char *text, const char *known) {
 // Status texts
 
 char *format_status_code(int code) {
-    constexpr std::size_t longest = sizeof("LMCM--2147483648");
-    char *text = static_cast<char *>(xmalloc(longest));
+    constexpr std::size_t size = sizeof("LMCM--2147483648");
+    bounded_text text = {static_cast<char *>(xmalloc(size)), size, 0, false};
     // One range always holds the code; see ranges_are_complete().
     for (const status_range &range : STATUS_RANGES) {
         if (code >= range.first && code <= range.last) {
-            snprintf(text, longest, "%s-%0*d", range.prefix, range.digits, code);
+            append_texts(&text, {range.prefix, "-"});
+            append_number(&text, code, range.digits);
             break;
         }
     }
-    return text;
+    return text.text;
 }
 
 int extract_error_code(const char *text) {

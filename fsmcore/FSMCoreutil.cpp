@@ -25,6 +25,7 @@ constexpr char COUNT_TAG[] = "Parameter Count: ";
 constexpr std::size_t TAG_LENGTH = 17; // "Param000 Length: " as well
 static_assert(sizeof(STATUS_TAG) - 1 == TAG_LENGTH && sizeof(COUNT_TAG) - 1 == TAG_LENGTH,
               "all tags are cut by TAG_LENGTH: a tag of another length needs its own");
+constexpr int INDEX_DIGITS = 3; // of a parameter's number in its tags
 constexpr char STATUS_PREFIX[] = "FSMC-";
 constexpr std::size_t PREFIX_LENGTH = sizeof(STATUS_PREFIX) - 1;
 
@@ -45,8 +46,9 @@ struct answer {
 
 bool assemble_request(const char *tag, const char *function, int count, const char *slots,
                       const char *waittime, bounded_text *request) {
-    append_text(request, "Request: %s\n", function);
-    append_text(request, "Parameter Count: %d\n", count);
+    append_texts(request, {"Request: ", function, "\nParameter Count: "});
+    append_number(request, count);
+    append_texts(request, {"\n"});
     for (int i = 0; i < count && !request->overflowed; i++) {
         const char *value = slots + static_cast<std::size_t>(i) * FSMC_SLOT_SIZE;
         const std::size_t length = strnlen(value, FSMC_SLOT_SIZE);
@@ -55,14 +57,18 @@ bool assemble_request(const char *tag, const char *function, int count, const ch
                   tag, i + 1, static_cast<int>(FSMC_SLOT_SIZE) - 1, function);
             return false;
         }
-        append_text(request, "Param%03d Length: %d\n", i, static_cast<int>(length));
-        append_text(request, "Param%03d:\n", i);
-        append_text(request, "%s\n", value);
+        append_texts(request, {"Param"});
+        append_number(request, i, INDEX_DIGITS);
+        append_texts(request, {" Length: "});
+        append_number(request, static_cast<int>(length));
+        append_texts(request, {"\nParam"});
+        append_number(request, i, INDEX_DIGITS);
+        append_texts(request, {":\n", value, "\n"});
     }
     if (waittime != nullptr) {
-        append_text(request, "Waittime: %s\n", waittime);
+        append_texts(request, {"Waittime: ", waittime, "\n"});
     }
-    append_text(request, "\n");
+    append_texts(request, {"\n"});
     if (request->overflowed) {
         error("%s error request text is longer than %d characters for function '%s'", tag,
               static_cast<int>(REQUEST_SIZE) - 1, function);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int WAITTIME = 5; // the daemon's wait time; -w belongs to the web service
+constexpr char WAITTIME[] = "5"; // the daemon's wait time; -w belongs to the web service
 
 /// Copies the values into their slots; false after a message when they do not fit.
 bool fill_slots(char *slots, int count, char *const *values, const char *function) {
@@ -52,12 +52,10 @@ int make_fsmcorelocal_request(const char *socket_path, const char *function,
         trace("exiting localclientutil->make_fsmcorelocal_request");
         return FSMC_RESPONSE_FAILED;
     }
-    char waittime[sizeof("-2147483648")] = {};
-    snprintf(waittime, sizeof waittime, "%d", WAITTIME);
     int returned_count = 0;
     char **returned_values = nullptr;
     const int status = fsmcore_requeststatic(socket_path, function, count, slots, &returned_count,
-                                             &returned_values, waittime);
+                                             &returned_values, WAITTIME);
     trace("exiting localclientutil->make_fsmcorelocal_request");
     return status;
 }

@@ -53,13 +53,13 @@ const gateway_function *find_function(const gateway_profile &profile, const char
 
 void assemble_request(bounded_text *request, const char *function,
                       std::span<const gateway_line> lines, std::span<const char *const> values) {
-    append_text(request, "Request: %s\n", function);
+    append_texts(request, {"Request: ", function, "\n"});
     for (const gateway_line &line : lines) {
         const char *value =
             *line.fixed != '\0' ? line.fixed : values[static_cast<std::size_t>(line.parameter) - 1];
-        append_text(request, "%s: %s\n", line.name, value);
+        append_texts(request, {line.name, ": ", value, "\n"});
     }
-    append_text(request, "\n");
+    append_texts(request, {"\n"});
 }
 
 /// Parses the answer in place. True when it is well formed; otherwise its message is written and

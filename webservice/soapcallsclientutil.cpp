@@ -1,5 +1,6 @@
 #include "webservice/soapcallsclientutil.h"
 
+#include "front/bounded_text.h"
 #include "front/diagnostics.h"
 #include "front/memory.h"
 #include "front/product.h"
@@ -257,12 +258,13 @@ int make_webservice_request(const char *url, const char *function, const char *p
     runtime_post_header = context->fposthdr;
     context->fposthdr = post_header;
 
-    char waittime_text[sizeof("-2147483648")] = {};
-    snprintf(waittime_text, sizeof waittime_text, "%d", waittime);
+    char waittime_buffer[sizeof("-2147483648")] = {};
+    bounded_text waittime_text = {waittime_buffer, sizeof waittime_buffer, 0, false};
+    append_number(&waittime_text, waittime);
     int status = STATUS_FUNCTION_NOT_SUPPORTED;
     const operation_row *row = find_operation(function);
     if (row != nullptr) {
-        webservice_call call = {context, url,     waittime_text,
+        webservice_call call = {context, url,     waittime_buffer,
                                 0,       nullptr, is_usable_endpoint(context, url)};
         if (!take_entries(*row, parameters, &call)) {
             return STATUS_MALFORMED_REQUEST; // the process ends right after, context and all

@@ -46,7 +46,8 @@ TEST_F(ShippedProgram, GuardsItsStack) {
 }
 
 TEST_F(ShippedProgram, IsFortified) {
-    EXPECT_TRUE(imports("__vsnprintf_chk"));
+    // Names that the runtime, which is fortified by itself, does not import.
+    EXPECT_TRUE(imports("__printf_chk"));
     EXPECT_TRUE(imports("__vprintf_chk"));
 }
 
