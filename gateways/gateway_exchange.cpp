@@ -113,14 +113,16 @@ int carry_request(const gateway_profile &profile, int descriptor, const char *fu
         return profile.code_base + GATEWAY_SEND_FAILED;
     }
     // The answer is read once: the daemons send it in one write.
-    char received[ANSWER_SIZE + 1] = {};
-    if (recv(descriptor, received, ANSWER_SIZE, 0) < 0) {
+    __attribute__((uninitialized)) char received[ANSWER_SIZE + 1];
+    const ssize_t length = recv(descriptor, received, ANSWER_SIZE, 0);
+    if (length < 0) {
         const char *mark = quote(profile, RECEIVE_FAILED);
         error("%s recv reading response failed with error '%s' for function %s%s%s",
               profile.source_tag, strerror(errno), mark, function, mark);
         close(descriptor);
         return profile.code_base + GATEWAY_ANSWER_FAILED;
     }
+    received[length] = '\0';
     int status = 0;
     if (!parse_answer(profile, descriptor, function, received, &status)) {
         return profile.code_base + GATEWAY_ANSWER_FAILED;
@@ -147,7 +149,7 @@ int run_gateway_exchange(const gateway_profile &profile, int descriptor, const c
               either(profile.unsupported_tag, profile.source_tag), mark, function, mark);
         return profile.code_base + GATEWAY_FUNCTION_NOT_SUPPORTED;
     }
-    char text[REQUEST_SIZE] = {};
+    __attribute__((uninitialized)) char text[REQUEST_SIZE];
     bounded_text request = {text, sizeof text, 0, false};
     assemble_request(&request, function, known->lines, values);
     if (request.overflowed) {
