@@ -86,8 +86,12 @@ class Peer:
 
     def __enter__(self):
         self.directory = tempfile.mkdtemp()
-        self.process = subprocess.Popen([DESK / "bench/answering_peer", self.directory],
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        try:
+            self.process = subprocess.Popen([DESK / "bench/answering_peer", self.directory],
+                                            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        except OSError as error:
+            shutil.rmtree(self.directory)
+            raise Failure(f"the peer did not start: {error}") from error
         said, _, _ = select.select([self.process.stdout], [], [], PATIENCE_SECONDS)
         self.port = self.process.stdout.readline().strip() if said else ""
         if not self.port:
