@@ -13,14 +13,14 @@ check_format() {
 }
 
 # Both read the flags of a build whose sources are compiled one by one, without what GCC has precompiled.
-# The compiler's own warnings are GCC's; clang does not know all of their names, and wants a word of its
-# own for zeroed variables.
+# The compiler's own warnings are GCC's, and so are the parameters of its protections; clang does not know
+# all of their names, and wants a word of its own for zeroed variables.
 clang_tidy() {
     cmake --preset release -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
         -DLUMOSIM_IN_PIECES=OFF </dev/null >/dev/null || return 1
     cmake --build build/lint --target lumows_client </dev/null >/dev/null || return 1
     xargs -0 -r -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet "$@" \
-        --extra-arg=-Wno-unknown-warning-option \
+        --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-unused-command-line-argument \
         --extra-arg=-enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang 2>/dev/null
 }
 
