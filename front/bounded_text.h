@@ -11,7 +11,7 @@
 
 /// A text under construction. The buffer belongs to the caller.
 struct bounded_text {
-    char *text;           ///< the buffer; always terminated after the first append
+    char *text;           ///< the buffer; terminated after the first append that fits
     std::size_t capacity; ///< size of the buffer in bytes, terminator included
     std::size_t length;   ///< bytes written so far, without the terminator
     bool overflowed;      ///< set when something did not fit; the text is then incomplete

@@ -5,7 +5,6 @@
 #include "front/utility.h"
 #include "fsmcore/FSMCoreutil.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace {

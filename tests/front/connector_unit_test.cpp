@@ -3,6 +3,7 @@
 #include "front/utility.h"
 #include "tests/front/saved_globals.h"
 #include "tests/harness/console.h"
+#include "tests/harness/meeting_point.h"
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
 
@@ -185,7 +186,6 @@ TEST_F(Connectors, LocalFailuresAreReportedAndLeaveTheDescriptorOpen) {
         EXPECT_EQ(output, local_failure("connect", row.error_number));
         EXPECT_EQ(open_descriptors(), before + 1);
     }
-    close(unheard);
 }
 
 TEST_F(Connectors, LocalWithoutADescriptor) {
@@ -250,22 +250,14 @@ TEST_F(Connectors, InternetAddressesThatAreNoDottedQuadsAreNotResolved) {
 }
 
 TEST_F(Connectors, InternetRefusalIsReportedAndLeavesTheDescriptorOpen) {
-    // Bound but not listening: nobody else can take the port meanwhile.
-    const int unheard = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_EQ(bind(unheard, reinterpret_cast<sockaddr *>(&address), size), 0);
-    ASSERT_EQ(getsockname(unheard, reinterpret_cast<sockaddr *>(&address), &size), 0);
+    const harness::deserted_point nobody;
     const int before = open_descriptors();
     int connection = 0;
     const std::string output = captured_output(
-        [&] { connection = make_internettcpclient_socket("127.0.0.1", ntohs(address.sin_port)); });
+        [&] { connection = make_internettcpclient_socket("127.0.0.1", nobody.port); });
     EXPECT_EQ(connection, -1);
     EXPECT_EQ(output, internet_failure("connect", ECONNREFUSED));
     EXPECT_EQ(open_descriptors(), before + 1);
-    close(unheard);
 }
 
 TEST_F(Connectors, InternetWithoutADescriptor) {

@@ -75,6 +75,17 @@ void reset_connection(int connection) {
 
 } // namespace
 
+int bind_to_loopback(int descriptor) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    require(bind(descriptor, reinterpret_cast<sockaddr *>(&address), size) == 0, "bind");
+    require(getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &size) == 0,
+            "getsockname");
+    return ntohs(address.sin_port);
+}
+
 peer::peer(const std::string &socket_path, script steps) {
     listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address = {};
@@ -87,14 +98,7 @@ peer::peer(const std::string &socket_path, script steps) {
 
 peer::peer(script steps) {
     listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    require(bind(listener_, reinterpret_cast<sockaddr *>(&address), size) == 0, "bind");
-    require(getsockname(listener_, reinterpret_cast<sockaddr *>(&address), &size) == 0,
-            "getsockname");
-    port_ = ntohs(address.sin_port);
+    port_ = bind_to_loopback(listener_);
     start(std::move(steps));
 }
 

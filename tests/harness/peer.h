@@ -27,6 +27,9 @@ struct step {
     std::string bytes;
 };
 
+/// Binds a socket to a loopback port of the kernel's choice and returns the port.
+int bind_to_loopback(int descriptor);
+
 // The vocabulary of scripts.
 step expect(std::string bytes);
 step await_bytes();

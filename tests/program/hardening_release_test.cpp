@@ -54,9 +54,11 @@ TEST_F(ShippedProgram, IsFortified) {
 /// What only servers, dates and the like need of libc does not reach it.
 TEST_F(ShippedProgram, ImportsNothingThatIsUnreachable) {
     std::istringstream names(UNREACHABLE_RUNTIME_CALLS);
-    for (std::string name; names >> name;) {
+    int checked = 0;
+    for (std::string name; names >> name; checked++) {
         EXPECT_FALSE(imports(name)) << name;
     }
+    EXPECT_GT(checked, 0);
     EXPECT_FALSE(imports("time"));
 }
 

@@ -1,10 +1,10 @@
 // The runtime knows a transport by datagrams, for urls that begin with "udp:" and have no "//".
 // Nobody asks for it, but whoever does is served.
 
+#include "tests/harness/peer.h"
 #include "tests/harness/process.h"
 #include "tests/webservice/http_peer.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -20,13 +20,6 @@ using namespace harness;
 class datagram_peer {
   public:
     explicit datagram_peer(std::string answer) : answer_(std::move(answer)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(bind(descriptor_, reinterpret_cast<sockaddr *>(&address), size), 0);
-        EXPECT_EQ(getsockname(descriptor_, reinterpret_cast<sockaddr *>(&address), &size), 0);
-        port_ = ntohs(address.sin_port);
         thread_ = std::thread([this] { answer_one(); });
     }
 
@@ -65,7 +58,7 @@ class datagram_peer {
 
     const std::string answer_;
     const int descriptor_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    int port_ = 0;
+    const int port_ = bind_to_loopback(descriptor_);
     std::string received_;
     std::thread thread_;
 };

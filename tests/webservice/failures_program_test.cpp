@@ -2,14 +2,11 @@
 // leaves the fields absent that had not been read before.
 
 #include "tests/harness/console.h"
+#include "tests/harness/meeting_point.h"
 #include "tests/webservice/http_peer.h"
 #include "tests/webservice/private_machine.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -260,19 +257,11 @@ INSTANTIATE_TEST_SUITE_P(Table, PartialAnswer, testing::ValuesIn(PARTIAL_CASES),
 // Nobody there
 
 TEST(Connection, RefusedLeavesATextGroupsLine) {
-    // Bound but not listening: this port refuses every connection for as long as the socket lives.
-    const int refusing = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_EQ(bind(refusing, reinterpret_cast<sockaddr *>(&address), size), 0);
-    ASSERT_EQ(getsockname(refusing, reinterpret_cast<sockaddr *>(&address), &size), 0);
+    const deserted_point nobody;
     words arguments = {"-t", "SOAP", "-u",
-                       "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x"};
+                       "http://127.0.0.1:" + std::to_string(nobody.port) + "/x"};
     arguments.insert(arguments.end(), TEXT_CALL.begin(), TEXT_CALL.end());
     const run_result run = lumocmd(arguments);
-    close(refusing);
     EXPECT_EQ(run.output, text_line(run.pid, "(null)") + "LMCM-502\n");
     expect_report(run.errors, {"Connection refused"});
     EXPECT_EQ(run.status, BAD_PARAMETER);

@@ -3,14 +3,12 @@
 #include "tests/harness/console.h"
 #include "tests/webservice/http_peer.h"
 
-#include <arpa/inet.h>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sstream>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -82,16 +80,10 @@ class stock_server {
   private:
     int listen_on_loopback() {
         const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        if (bind(listener, reinterpret_cast<sockaddr *>(&address), size) != 0 ||
-            getsockname(listener, reinterpret_cast<sockaddr *>(&address), &size) != 0 ||
-            listen(listener, 4) != 0) {
+        port_ = bind_to_loopback(listener);
+        if (listen(listener, 4) != 0) {
             throw std::runtime_error("no loopback port");
         }
-        port_ = ntohs(address.sin_port);
         return listener;
     }
 
