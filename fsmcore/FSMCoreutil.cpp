@@ -186,7 +186,7 @@ int carry_request(exchange x, const bounded_text &request, int *returned_count,
         return FSMC_SEND_FAILED;
     }
     // The answer is read once: the daemon sends it in one write.
-    __attribute__((uninitialized)) char received[ANSWER_SIZE + 1];
+    char received[ANSWER_SIZE + 1] = {};
     const ssize_t length = recv(x.descriptor, received, ANSWER_SIZE, 0);
     if (length < 0) {
         error("%s recv reading response failed with error '%s' for function '%s'", x.tag,
@@ -194,7 +194,6 @@ int carry_request(exchange x, const bounded_text &request, int *returned_count,
         close(x.descriptor);
         return FSMC_RESPONSE_FAILED;
     }
-    received[length] = '\0';
     x.unread = received;
     answer result = {};
     if (!read_status_line(&x, &result.status) || !read_count_line(&x, &result.count) ||
@@ -215,7 +214,7 @@ int fsmcore_requeststatic(const char *socket_path, const char *function, int cou
                           const char *slots, int *returned_count, char ***returned_values,
                           const char *waittime) {
     exchange x = {"FSMCoreutil->fsmcore_requeststatic", function, -1, nullptr};
-    __attribute__((uninitialized)) char text[REQUEST_SIZE];
+    char text[REQUEST_SIZE] = {};
     bounded_text request = {text, sizeof text, 0, false};
     if (!assemble_request(x.tag, function, count, slots, waittime, &request)) {
         return FSMC_RESPONSE_FAILED;
@@ -244,7 +243,7 @@ int fsmcore_m2mrequeststatic(const char *address, const char *port, const char *
         error("%s strtol error on converting '%s' into numeric remote port number", x.tag, port);
         return FSMC_CONNECT_FAILED;
     }
-    __attribute__((uninitialized)) char text[REQUEST_SIZE];
+    char text[REQUEST_SIZE] = {};
     bounded_text request = {text, sizeof text, 0, false};
     if (!assemble_request(x.tag, function, count, slots, nullptr, &request)) {
         return FSMC_RESPONSE_FAILED;

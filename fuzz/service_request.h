@@ -29,9 +29,6 @@ request take_request(fuzz::input *in);
 /// Checks what arrived of a request, head and message.
 void check_sent(const request &wanted, const std::string &sent);
 
-/// The line about a url that cannot be used.
-std::string refusal_of(const request &wanted);
-
 /// A url that would not arrive as it is.
 bool must_be_refused(const request &wanted);
 

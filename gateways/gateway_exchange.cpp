@@ -113,7 +113,7 @@ int carry_request(const gateway_profile &profile, int descriptor, const char *fu
         return profile.code_base + GATEWAY_SEND_FAILED;
     }
     // The answer is read once: the daemons send it in one write.
-    __attribute__((uninitialized)) char received[ANSWER_SIZE + 1];
+    char received[ANSWER_SIZE + 1] = {};
     const ssize_t length = recv(descriptor, received, ANSWER_SIZE, 0);
     if (length < 0) {
         const char *mark = quote(profile, RECEIVE_FAILED);
@@ -122,7 +122,6 @@ int carry_request(const gateway_profile &profile, int descriptor, const char *fu
         close(descriptor);
         return profile.code_base + GATEWAY_ANSWER_FAILED;
     }
-    received[length] = '\0';
     int status = 0;
     if (!parse_answer(profile, descriptor, function, received, &status)) {
         return profile.code_base + GATEWAY_ANSWER_FAILED;
@@ -149,7 +148,7 @@ int run_gateway_exchange(const gateway_profile &profile, int descriptor, const c
               either(profile.unsupported_tag, profile.source_tag), mark, function, mark);
         return profile.code_base + GATEWAY_FUNCTION_NOT_SUPPORTED;
     }
-    __attribute__((uninitialized)) char text[REQUEST_SIZE];
+    char text[REQUEST_SIZE] = {};
     bounded_text request = {text, sizeof text, 0, false};
     assemble_request(&request, function, known->lines, values);
     if (request.overflowed) {

@@ -4,11 +4,14 @@
 #include "front/utility.h"
 #include "webservice/service_calls.h"
 
+#include <cctype>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
 
 constexpr char SCHEME[] = "http://";
+constexpr unsigned long HIGHEST_PORT = 65535;
 
 bool has_blank_or_control(const char *url) {
     for (const char *at = url; *at != '\0'; at++) {
@@ -20,40 +23,35 @@ bool has_blank_or_control(const char *url) {
     return false;
 }
 
-/// The part before the first "@" is a user, wherever that stands.
-struct url_parts {
-    const char *user;
-    const char *user_end; ///< null without a user
-    const char *host;
-};
-
-url_parts parts_of(const char *url) {
-    const char *scheme_end = strstr(url, "://");
-    const char *start = scheme_end == nullptr ? url : scheme_end + 3;
-    const char *user_end = strchr(start, '@');
-    return {start, user_end, user_end == nullptr ? start : user_end + 1};
-}
-
-bool is_hexadecimal(char digit) {
-    return digit != '\0' && strchr("0123456789abcdefABCDEF", digit) != nullptr;
-}
-
-/// The runtime decodes the user and reads beyond the url when that ends within an escape or a
-/// quotation.
-bool has_unreadable_user(const url_parts &parts) {
-    for (const char *at = parts.user; parts.user_end != nullptr && at < parts.user_end; at++) {
-        const bool is_escape = is_hexadecimal(at[1]) && is_hexadecimal(at[2]);
+/// The runtime decodes the user. It reads beyond the url when the user ends within an escape or a
+/// quotation, and takes one without a name for a part of the host.
+bool is_readable_user(const char *user, const char *end) {
+    for (const char *at = user; at < end; at++) {
+        const bool is_escape = isxdigit(static_cast<unsigned char>(at[1])) != 0 &&
+                               isxdigit(static_cast<unsigned char>(at[2])) != 0;
         if (*at == '"' || (*at == '%' && !is_escape)) {
-            return true;
+            return false;
         }
     }
-    return false;
+    return *user != '@' && *user != ':';
 }
 
-/// The runtime looks for the port behind the bracket that ends a numeric host, and behind the url
-/// when there is none.
-bool has_unended_bracket(const url_parts &parts) {
-    return *parts.host == '[' && strchr(parts.host, ']') == nullptr;
+/// The end of a host, behind its closing bracket if it begins with one; null without a host.
+const char *end_of_host(const char *host) {
+    const bool is_bracketed = *host == '[';
+    const std::size_t length = strcspn(host, is_bracketed ? "@]/?#" : "@:/?#");
+    if (is_bracketed) {
+        return host[length] == ']' && length > 1 ? host + length + 1 : nullptr;
+    }
+    return length != 0 ? host + length : nullptr;
+}
+
+/// The runtime looks for the path at the next slash: a query before it would be lost.
+bool is_readable_port(const char *port) {
+    char *end = nullptr;
+    const unsigned long number = strtoul(port, &end, 10);
+    return isdigit(static_cast<unsigned char>(*port)) != 0 && number <= HIGHEST_PORT &&
+           (*end == '\0' || *end == '/');
 }
 
 } // namespace
@@ -63,17 +61,28 @@ bool is_local_endpoint(const char *url) {
            names_match(url, LUMOWS_LOOPBACK_URL);
 }
 
-bool is_usable_endpoint(struct soap *context, const char *url) {
+int longest_endpoint() {
+    return static_cast<int>(sizeof(soap::endpoint)) - 1;
+}
+
+bool is_usable_endpoint(const char *url) {
     if (url == nullptr) {
         return true;
     }
-    const bool names_scheme = strstr(url, "://") != nullptr;
-    const url_parts parts = parts_of(url);
-    if ((names_scheme && behind_beginning(url, SCHEME) == nullptr) ||
-        strlen(url) >= sizeof context->endpoint || has_blank_or_control(url) ||
-        has_unreadable_user(parts) || has_unended_bracket(parts)) {
+    const char *host = behind_beginning(url, SCHEME);
+    if (host == nullptr || strlen(url) >= sizeof(soap::endpoint) || has_blank_or_control(url)) {
         return false;
     }
-    soap_set_endpoint(context, url);
-    return *context->host != '\0';
+    // The runtime takes what stands before the first "@" for the user, wherever that is.
+    if (const char *user_end = strchr(host, '@'); user_end != nullptr) {
+        if (user_end > host + strcspn(host, "/?#") || !is_readable_user(host, user_end)) {
+            return false;
+        }
+        host = user_end + 1;
+    }
+    const char *end = end_of_host(host);
+    if (end == nullptr) {
+        return false;
+    }
+    return *end == ':' ? is_readable_port(end + 1) : strchr("/?", *end) != nullptr;
 }

@@ -4,31 +4,6 @@
 #include "front/status_codes.h"
 #include "front/utility.h"
 
-#include <cstring>
-
-namespace {
-
-/// True when the answer broke off inside its result. The runtime keeps what had come of the text,
-/// and the beginning of a status text is one of another number, down to success; of a tag that
-/// broke off it makes an empty text, which cannot be told from one that had ended.
-bool is_result_cut_off(const struct soap *context, const char *result) {
-    constexpr unsigned child_level = 4; // envelope, body, response, child
-    if (context->error != SOAP_EOF || result == nullptr) {
-        return false;
-    }
-    if (*result == '\0') {
-        return true;
-    }
-    if (context->level != child_level) {
-        return false;
-    }
-    const char *colon = strrchr(context->tag, ':');
-    const char *name = colon != nullptr ? colon + 1 : context->tag;
-    return strcmp(name, "result") == 0 || strcmp(name, "results") == 0;
-}
-
-} // namespace
-
 bool arrange_arguments(const webservice_call &call, const operation_row &row,
                        std::size_t argument_count, char **arguments) {
     if (row.exceptional.arrange != nullptr) {
@@ -43,11 +18,7 @@ bool arrange_arguments(const webservice_call &call, const operation_row &row,
     return call.sendable;
 }
 
-int conclude(const webservice_call &call, const operation_row &row, const char *result,
-             void *response) {
-    if (is_result_cut_off(call.context, result)) {
-        result = nullptr;
-    }
+int conclude(const operation_row &row, const char *result, void *response) {
     if (row.exceptional.complete != nullptr) {
         row.exceptional.complete(response);
     }

@@ -69,10 +69,9 @@ bool arrange_arguments(const webservice_call &call, const operation_row &row,
                        std::size_t argument_count, char **arguments);
 
 /// Completes a response and prints its lines as its row says.
-/// @param result the response's result text. One that broke off is an absent one.
+/// @param result the response's result text; null when it is absent.
 /// @return the status of the result text.
-int conclude(const webservice_call &call, const operation_row &row, const char *result,
-             void *response);
+int conclude(const operation_row &row, const char *result, void *response);
 
 namespace operation {
 
@@ -119,7 +118,10 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
     if (arrange_arguments(call, row, argument_count, arguments)) {
         invoke<Call>(call, arguments, &response, std::make_index_sequence<argument_count>{});
     }
-    return conclude(call, row, result_of(response), &response);
+    if (call.context->error != 0) {
+        response = {}; // what came before the failure may have broken off: "LMWS-0" of "LMWS-042"
+    }
+    return conclude(row, result_of(response), &response);
 }
 
 /// A text that a template can take.

@@ -6,6 +6,7 @@
 #include "front/product.h"
 #include "front/status_codes.h"
 #include "front/utility.h"
+#include "webservice/answer_head.h"
 #include "webservice/endpoint.h"
 #include "webservice/operation_row.h"
 
@@ -231,6 +232,16 @@ int post_header(struct soap *context, const char *key, const char *value) {
     return runtime_post_header(context, key, is_agent ? "gSOAP/2.7" : value);
 }
 
+/// Leaves the report that release_context() prints. No peer can forge its first line: the runtime
+/// begins with "Error" before it has written an envelope, and what it writes so of an answer has
+/// another number.
+void report_unusable_url(struct soap *context, const char *url) {
+    char advice[128];
+    snprintf(advice, sizeof advice, "one like %s of at most %d characters is needed",
+             LUMOWS_DEFAULT_URL, longest_endpoint());
+    soap_sender_fault(context, xstrconcat(xstrconcat("url '", url), "' cannot be used"), advice);
+}
+
 void release_context(struct soap *context) {
     if (context->error != 0) {
         soap_print_fault(context, stderr);
@@ -257,6 +268,7 @@ int make_webservice_request(const char *url, const char *function, const char *p
     soap_init(context);
     runtime_post_header = context->fposthdr;
     context->fposthdr = post_header;
+    read_head_as_client(context);
 
     char waittime_buffer[sizeof("-2147483648")] = {};
     bounded_text waittime_text = {waittime_buffer, sizeof waittime_buffer, 0, false};
@@ -264,15 +276,12 @@ int make_webservice_request(const char *url, const char *function, const char *p
     int status = STATUS_FUNCTION_NOT_SUPPORTED;
     const operation_row *row = find_operation(function);
     if (row != nullptr) {
-        webservice_call call = {context, url,     waittime_buffer,
-                                0,       nullptr, is_usable_endpoint(context, url)};
+        webservice_call call = {context, url, waittime_buffer, 0, nullptr, is_usable_endpoint(url)};
         if (!take_entries(*row, parameters, &call)) {
             return STATUS_MALFORMED_REQUEST; // the process ends right after, context and all
         }
         if (!call.sendable) {
-            error("soapcallsclientutil->make_webservice_request error url '%s' cannot be used, one "
-                  "like %s of at most %d characters is needed",
-                  url, LUMOWS_DEFAULT_URL, static_cast<int>(sizeof context->endpoint) - 1);
+            report_unusable_url(context, url);
         }
         status = row->carry(call, *row);
     }

@@ -5,7 +5,7 @@
 /// Calls the operation that a function name selects, prints the fields of its answer as result
 /// lines, and a fault or transport failure on standard error.
 /// @param url endpoint, passed unchanged; null selects the default one. One that cannot be used is
-///        said in a red line and nothing is sent; the status is that of a connection that failed.
+///        reported on standard error like a call that failed, and nothing is sent.
 /// @param function SERVICE_ name, ignoring case; null is a function that is not served.
 /// @param parameters raw parameter list; null counts as empty.
 /// @param waittime wait time that travels to the service; it does not limit the call itself.

@@ -26,9 +26,12 @@ std::string with_body(const std::string &content) {
 
 const std::string RESULT = "<result>LMWS-000</result>";
 
-std::string in_chunks(const std::string &body, std::size_t size) {
-    std::string answer = "HTTP/1.1 200 OK\r\nContent-Type: text/xml; charset=utf-8\r\n"
-                         "Transfer-Encoding: chunked\r\nConnection: close\r\n\r\n";
+const std::string HEAD_OF_CHUNKS = "HTTP/1.1 200 OK\r\nContent-Type: text/xml; charset=utf-8\r\n"
+                                   "Transfer-Encoding: chunked\r\nConnection: close\r\n\r\n";
+
+std::string in_chunks(const std::string &body, std::size_t size,
+                      const std::string &head = HEAD_OF_CHUNKS) {
+    std::string answer = head;
     for (std::size_t from = 0; from < body.size(); from += size) {
         const std::string chunk = body.substr(from, size);
         char length[32];
@@ -189,6 +192,21 @@ const answer_case WRAPPING_CASES[] = {
     {"NoLengthUntilTheEnd",
      "HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n" + envelope(status_response(USUAL_RECORD)),
      "on", "7"},
+    {"HeadersOfNoUse",
+     "HTTP/1.1 200 OK\r\nExpect: 100-continue\r\nWWW-Authenticate: Basic\r\n"
+     "Proxy-Authenticate: Basic\r\nLocation: http://127.0.0.1:1/\r\nSOAPAction: \"\"\r\n\r\n" +
+         envelope(status_response(USUAL_RECORD)),
+     "on", "7"},
+    {"HeaderNamesInOtherCase",
+     in_chunks(envelope(status_response(USUAL_RECORD)), 50,
+               "HTTP/1.1 200 OK\r\ncontent-TYPE: text/xml\r\nTRANSFER-encoding: chunked\r\n\r\n"),
+     "on", "7"},
+    {"StatusLineWithoutReason", "HTTP/1.1 200\r\n\r\n" + envelope(status_response(USUAL_RECORD)),
+     "on", "7"},
+    {"ErrorStatusWithAnAnswer",
+     http_answer(envelope(status_response(USUAL_RECORD)), "500 Internal Server Error"), "on", "7"},
+    {"BadRequestWithAnAnswer",
+     http_answer(envelope(status_response(USUAL_RECORD)), "400 Bad Request"), "on", "7"},
     {"ContinueFirst", "HTTP/1.1 100 Continue\r\n\r\n" + with_children(USUAL_RECORD), "on", "7"},
 };
 
@@ -215,12 +233,14 @@ class Answer : public testing::TestWithParam<answer_case> {};
 
 TEST_P(Answer, IsRead) {
     const answer_case &row = GetParam();
-    peer service(answering(row.answer));
+    peer service(after_request({reply(row.answer), half_close()}));
     const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
     EXPECT_EQ(run.output, record_lines(run.pid, row.status, row.value) + "LMCM-0000\n");
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 0);
+    // Nothing is sent behind the request.
+    EXPECT_TRUE(service.received().ends_with("</SOAP-ENV:Envelope>\r\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Children, Answer, testing::ValuesIn(CHILDREN_CASES), NAME_OF_ROW);
@@ -243,14 +263,15 @@ TEST(AnswerInDrops, IsRead) {
 struct invalid_case {
     const char *name;
     const char *bytes;
+    bool hides_the_end = false; ///< the end tag's "<" counts as the character's last byte
 };
 
 const invalid_case INVALID_CASES[] = {
     {"LoneByte", "a\xff."},
     {"LoneContinuation", "\x80\x80"},
     {"CutOffPair", "\xc3"},
-    {"CutOffTriple", "\xe2\x82"},
-    {"CutOffQuadruple", "\xf0\x9f"},
+    {"CutOffTriple", "\xe2\x82", true},
+    {"CutOffQuadruple", "\xf0\x9f", true},
     {"LongestLead", "\xfd\xfe"},
     {"CharacterBeyondLatin1", "\xe2\x82\xac"},
     {"Overlong", "\xc0\x80."},
@@ -265,6 +286,10 @@ TEST_P(InvalidUtf8, NeitherCrashesNorHangs) {
                                          element("status", GetParam().bytes))));
     const run_result run = call_service(service, RECORD_CALL);
     EXPECT_EQ(service.finish(), "");
+    if (GetParam().hides_the_end) {
+        EXPECT_EQ(run.output, "LMCM-508\n");
+        return;
+    }
     EXPECT_NE(run.output.find("[lumocmd] Status: "), std::string::npos);
     EXPECT_NE(run.output.find(green(run.pid, "[lumocmd] Current Value: before")),
               std::string::npos);

@@ -88,6 +88,25 @@ std::string http_answer(const std::string &body, const std::string &status,
            body;
 }
 
+std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
+                        std::size_t announced) {
+    std::string record;
+    const auto put = [&record](std::size_t number, int size) {
+        while (size-- > 0) {
+            record += static_cast<char>(number >> (8 * size) & 0xff);
+        }
+    };
+    put(1U << 3 | flags, 1);
+    put(type_format << 4, 1);
+    put(0, 2); // options
+    put(0, 2); // identifier
+    put(type.size(), 2);
+    put(announced, 4);
+    type.resize((type.size() + 3) / 4 * 4);
+    bytes.resize((bytes.size() + 3) / 4 * 4);
+    return record + type + bytes;
+}
+
 script after_request(script further) {
     script steps = {collect_until(REQUEST_END)};
     steps.insert(steps.end(), further.begin(), further.end());

@@ -54,6 +54,11 @@ std::string fault_element(const std::string &code, const std::string &reason,
 std::string http_answer(const std::string &body, const std::string &status = "200 OK",
                         const std::string &type = "text/xml; charset=utf-8");
 
+/// One DIME record: flags and lengths, the type, the bytes; all padded to four.
+/// @param announced length of the bytes as the record states it.
+std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
+                        std::size_t announced);
+
 /// Reads one whole request, then does the further steps.
 script after_request(script further);
 
