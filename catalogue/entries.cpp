@@ -78,37 +78,28 @@ bool knows(const gateway_profile &gateway, std::string_view name) {
                        [name](const gateway_function &known) { return known.name == name; });
 }
 
-/// Takes gateway and functions from the rows of a builder.
-std::string read_builder(std::string_view builder, type_entry *entry) {
-    for (const builder_row &row : local_builder_rows()) {
-        if (row.builder != builder) {
-            continue;
+/// Takes gateway and functions from a builder.
+std::string read_builder(const request_builder &builder, type_entry *entry) {
+    entry->gateway = builder.gateway;
+    for (const builder_row &row : builder.rows) {
+        if (!knows(*builder.gateway, row.function)) {
+            return std::string(row.function) + " is served by " + builder.name +
+                   " but unknown to " + builder.gateway->source_tag +
+                   ": add it to the FUNCTIONS of the gateway's source";
         }
-        if (!knows(*row.gateway, row.function)) {
-            return std::string(row.function) + " is served by " + row.builder + " but unknown to " +
-                   row.gateway->source_tag + ": add it to the FUNCTIONS of the gateway's source";
-        }
-        entry->gateway = row.gateway;
         entry->functions.push_back({row.function, split_names(row.needed), "", ""});
     }
     return "";
 }
 
-/// The name of a client that is a gateway's builder; empty for the others.
-std::string_view builder_name(local_client *client) {
-    struct named_builder {
-        local_client *builder;
-        std::string_view name;
-    };
-#define NAMED_BUILDER(NAME) {NAME, #NAME},
-    static constexpr named_builder BUILDERS[] = {LOCAL_BUILDERS(NAMED_BUILDER)};
-#undef NAMED_BUILDER
-    for (const named_builder &row : BUILDERS) {
-        if (row.builder == client) {
-            return row.name;
+/// What a client is made of; null when it is no gateway's builder.
+const request_builder *find_builder(local_client *client) {
+    for (const local_builder &row : local_builders()) {
+        if (row.make == client) {
+            return row.builder;
         }
     }
-    return "";
+    return nullptr;
 }
 
 std::string read_operations(fields_by_function defined, std::vector<function_entry> *functions) {
@@ -164,14 +155,17 @@ std::string read_entries(const std::string &definition, std::vector<type_entry> 
             continue;
         }
         type_entry entry = {&row, nullptr, {}};
-        const std::string_view builder = builder_name(dispatch->client);
+        const request_builder *builder = find_builder(dispatch->client);
         std::string complaint;
         if (dispatch->client == nullptr) {
             complaint = read_operations(read_definition(definition), &entry.functions);
-        } else if (builder.empty()) {
+        } else if (dispatch->client == make_fsmcorelocal_request) {
             entry.functions = {{"*", split_names(row.help.parameters), "", ""}};
+        } else if (builder != nullptr) {
+            complaint = read_builder(*builder, &entry);
         } else {
-            complaint = read_builder(builder, &entry);
+            complaint = std::string(row.keyword) +
+                        " has no builder: add it to LOCAL_BUILDERS in gateways/localclientutil.cpp";
         }
         if (!complaint.empty()) {
             return complaint;

@@ -85,7 +85,7 @@ std::string manual_function(const function_entry &function) {
 
 std::string manual_type(const type_entry &type) {
     std::string text = ".Ss " + std::string(type.row->keyword) + "\n";
-    if (*type.row->help.socket != '\0') {
+    if (type.row->help.socket != nullptr) {
         text += "Usual socket:\n.Pa " + std::string(type.row->help.socket) + " .\n";
     }
     text += ".Bl -tag -width Ds\n";
@@ -144,7 +144,7 @@ std::string line_names(const gateway_profile &gateway, const std::string &name) 
         }
         for (const gateway_line &line : function.lines) {
             names += (names.empty() ? "" : ", ") + std::string(line.name);
-            if (*line.fixed != '\0') {
+            if (line.fixed != nullptr) {
                 names += " (always " + std::string(line.fixed) + ")";
             }
         }

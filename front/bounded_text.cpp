@@ -1,33 +1,21 @@
 #include "front/bounded_text.h"
 
-#include <cstring>
+#include <cstdarg>
+#include <cstdio>
 
-void append_texts(bounded_text *out, std::initializer_list<const char *> texts) {
-    for (const char *text : texts) {
-        const std::size_t length = strlen(text);
-        if (out->overflowed || length >= out->capacity - out->length) {
-            out->overflowed = true;
-            return;
-        }
-        memcpy(out->text + out->length, text, length + 1);
-        out->length += length;
+void append_format(bounded_text *out, const char *format, ...) {
+    if (out->overflowed) {
+        return;
     }
-}
-
-void append_number(bounded_text *out, int number, int width) {
-    char digits[] = "-2147483648"; // the longest; filled from its end
-    char *const end = digits + sizeof digits - 1;
-    char *first = end;
-    const bool is_negative = number < 0;
-    unsigned rest =
-        is_negative ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
-    const int least_digits = is_negative ? width - 1 : width;
-    do {
-        *--first = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    } while (rest != 0 || end - first < least_digits);
-    if (is_negative) {
-        *--first = '-';
+    const std::size_t room = out->capacity - out->length;
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = vsnprintf(out->text + out->length, room, format, arguments);
+    va_end(arguments);
+    // A negative length, an error of vsnprintf, is a huge one here.
+    if (static_cast<std::size_t>(length) >= room) {
+        out->overflowed = true;
+        return;
     }
-    append_texts(out, {first});
+    out->length += static_cast<std::size_t>(length);
 }

@@ -10,7 +10,6 @@
 #include "webservice/soapcallsclientutil.h"
 
 #include <iterator>
-#include <utility>
 
 using local_client = int(const char *socket_path, const char *function, const char *parameters);
 
@@ -21,7 +20,6 @@ struct dispatch_row {
     local_client *client = nullptr; ///< null: the web service
 };
 
-/// The builders of gateways are declared by LOCAL_BUILDERS in gateways/localclientutil.h.
 inline constexpr dispatch_row DISPATCH[] = {
     {REQUEST_SOAP, "main->main processing a soap request"},
     {REQUEST_EIBLOCAL, "main->main processing an EIB local request", make_eibuslocal_request},
@@ -49,45 +47,22 @@ inline const dispatch_row *find_dispatch(int type) {
     return nullptr;
 }
 
-/// find_dispatch() for the compiler: to the sanitizers' build an address here is no constant.
-constexpr bool is_dispatched(request_type type) {
-    for (const dispatch_row &row : DISPATCH) {
-        if (row.type == type) {
-            return true;
+/// True when the local types and the web service have a row in DISPATCH, and nothing else has.
+consteval bool dispatch_fits_request_types() {
+    std::size_t types = 0;
+    for (const request_type_row &row : REQUEST_TYPES) {
+        const bool needs_client = row.kind == LOCAL_KIND || row.kind == WEB_SERVICE_KIND;
+        bool is_dispatched = false;
+        for (const dispatch_row &dispatch : DISPATCH) {
+            is_dispatched = is_dispatched || dispatch.type == row.type;
         }
-    }
-    return false;
-}
-
-constexpr bool needs_client(const request_type_row &row) {
-    return row.kind == LOCAL_KIND || row.kind == WEB_SERVICE_KIND;
-}
-
-template <request_type Type, bool NeedsClient> constexpr bool check_dispatch() {
-    static_assert(is_dispatched(Type) == NeedsClient,
-                  "a local or web-service type of REQUEST_TYPES needs a row in DISPATCH, and no "
-                  "other may have one: add or remove the row of the type that is named above");
-    return true;
-}
-
-template <std::size_t... Index>
-constexpr bool check_every_dispatch(std::index_sequence<Index...> /*all*/) {
-    return (check_dispatch<REQUEST_TYPES[Index].type, needs_client(REQUEST_TYPES[Index])>() && ...);
-}
-static_assert(check_every_dispatch(std::make_index_sequence<std::size(REQUEST_TYPES)>{}));
-
-/// True when every row has a type that is a row of REQUEST_TYPES.
-consteval bool every_dispatch_has_a_type() {
-    for (const dispatch_row &row : DISPATCH) {
-        bool is_known = false;
-        for (const request_type_row &type : REQUEST_TYPES) {
-            is_known = is_known || type.type == row.type;
-        }
-        if (!is_known) {
+        if (is_dispatched != needs_client) {
             return false;
         }
+        types += is_dispatched ? 1U : 0U;
     }
-    return true;
+    return types == std::size(DISPATCH);
 }
-static_assert(every_dispatch_has_a_type(),
-              "a type of DISPATCH has no row in REQUEST_TYPES: add it to front/request_types.h");
+static_assert(dispatch_fits_request_types(),
+              "each local or web-service type of REQUEST_TYPES needs one row in DISPATCH, and "
+              "nothing else may have one");

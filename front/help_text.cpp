@@ -36,10 +36,10 @@ void print_keywords(FILE *stream) {
 
 void print_local_type(FILE *stream, const request_type_row &row) {
     const help_lines &help = row.help;
-    const bool is_gateway = *help.service == '\0';
+    const bool is_gateway = help.service == nullptr;
     const char *service = is_gateway ? row.name : help.service;
     const char *kind = is_gateway ? "Gateway" : "";
-    const bool is_misnamed = *help.socket_service != '\0';
+    const bool is_misnamed = help.socket_service != nullptr;
     fprintf(stream, "   %-*s-s: unix socket of Lumotron-%s%s service\n", help.width, row.keyword,
             is_misnamed ? help.socket_service : service, is_misnamed ? "" : kind);
     fprintf(stream, "                      [%s]\n", help.socket);

@@ -16,7 +16,7 @@
 
 namespace {
 
-int carry(const dispatch_row &row) {
+int call_client(const dispatch_row &row) {
     trace("%s", row.mark);
     if (row.client == nullptr) {
         return make_webservice_request(g_config.url, g_config.function, g_config.parameters,
@@ -29,7 +29,7 @@ int carry(const dispatch_row &row) {
 int dispatch(int type) {
     const dispatch_row *row = find_dispatch(type);
     if (row != nullptr) {
-        return carry(*row);
+        return call_client(*row);
     }
     if (find_request_type(type) != nullptr) {
         // The internet types are accepted and checked by the parser, but no client is called.

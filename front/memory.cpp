@@ -24,8 +24,8 @@ char *copy_characters(const char *source, std::size_t length, std::size_t size) 
 
 enum cut_report { REPORT_BARE, REPORT_TEXT };
 
-/// The checks that all cutters share. False when there is nothing left to cut.
-bool may_cut(char *text, std::size_t length, const char *function, cut_report report) {
+/// The checks that all cutters share. False when there is nothing to cut.
+bool is_long_enough(char *text, std::size_t length, const char *function, cut_report report) {
     if (text == nullptr || *text == '\0') {
         error("memory->%s recevied a null pointer", function);
         return false;
@@ -131,25 +131,14 @@ char *xstrconcat_free(char *first, char *second, int release_first, int release_
     return joined;
 }
 
-char *take_line(char **unread) {
-    char *line = *unread;
-    while (*line == '\n') {
-        line++;
-    }
-    char *end = strchrnul(line, '\n');
-    *unread = *end == '\0' ? end : end + 1;
-    *end = '\0';
-    return line == end ? nullptr : line;
-}
-
 void cut_message_to_preserve_newline(char *text, std::size_t length) {
-    if (may_cut(text, length, "cut_message_to_preserve_newline", REPORT_TEXT)) {
+    if (is_long_enough(text, length, "cut_message_to_preserve_newline", REPORT_TEXT)) {
         memmove(text, text + length, strlen(text + length) + 1);
     }
 }
 
 void cut_message_to_trim_newline(char *text, std::size_t length) {
-    if (!may_cut(text, length, "cut_message_to_trim_newline", REPORT_TEXT)) {
+    if (!is_long_enough(text, length, "cut_message_to_trim_newline", REPORT_TEXT)) {
         return;
     }
     const std::size_t rest = strlen(text + length);
@@ -159,13 +148,13 @@ void cut_message_to_trim_newline(char *text, std::size_t length) {
 }
 
 void cutparamto(char *text, std::size_t length) {
-    if (may_cut(text, length, "cutparamto", REPORT_BARE)) {
+    if (is_long_enough(text, length, "cutparamto", REPORT_BARE)) {
         keep_value(text, length, " \t=", " \t");
     }
 }
 
 void cutqueryparamto(char *text, std::size_t length) {
-    if (may_cut(text, length, "cutqueryparamto", REPORT_BARE)) {
+    if (is_long_enough(text, length, "cutqueryparamto", REPORT_BARE)) {
         keep_value(text, length, " \t'|", " \t'");
     }
 }

@@ -37,11 +37,6 @@ char *xstrconcat(const char *first, const char *second);
 /// Like xstrconcat(), then frees the arguments whose flags are non-zero.
 char *xstrconcat_free(char *first, char *second, int release_first, int release_second);
 
-/// Takes the next non-empty line out of a text, as the daemons' answers are read.
-/// @param unread the rest of the text, moved behind the line; its line feed becomes a terminator.
-/// @return the line, within the text, or null when none is left.
-char *take_line(char **unread);
-
 /// Removes the first length characters in place and keeps the rest, line feed included.
 /// A null or empty text is reported and left alone; a text shorter than length is reported and
 /// made empty. The other cutters check alike.

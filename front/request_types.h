@@ -46,13 +46,11 @@ enum request_kind {
     UNSUPPORTED_KIND,
 };
 
-// All texts of these tables are held, so that the loader need not write their addresses.
-
 /// What the types of one kind have in common.
 struct request_kind_row {
-    unsigned fields;   ///< required_field bits
-    char selected[32]; ///< end of the selection line, behind the name
-    char required[40]; ///< the fields, as the message about a missing one lists them
+    unsigned fields;      ///< required_field bits
+    const char *selected; ///< end of the selection line, behind the name
+    const char *required; ///< the fields, as the message about a missing one lists them
 };
 
 inline constexpr request_kind_row REQUEST_KINDS[] = {
@@ -66,21 +64,21 @@ inline constexpr request_kind_row REQUEST_KINDS[] = {
 
 /// The help's lines about a local type. Slips in them are part of the interface.
 struct help_lines {
-    char socket[32];              ///< usual name of the daemon's socket
-    char functions[48];           ///< as advertised, which need not be what is served
-    char parameters[64];          ///< as advertised
-    char service[8] = "";         ///< empty: the type's name and "Gateway"
-    char socket_service[12] = ""; ///< service that the socket line names; empty: service
-    int width = 18;               ///< of the column with the keyword
+    const char *socket = nullptr;         ///< usual name of the daemon's socket
+    const char *functions = nullptr;      ///< as advertised, which need not be what is served
+    const char *parameters = nullptr;     ///< as advertised
+    const char *service = nullptr;        ///< null: the type's name and "Gateway"
+    const char *socket_service = nullptr; ///< service that the socket line names; null: service
+    int width = 18;                       ///< of the column with the keyword
 };
 
 struct request_type_row {
-    char keyword[20];
+    const char *keyword;
     request_type type;
     request_kind kind;
-    char name[12];
+    const char *name;
     help_lines help = {};
-    char selected[28] = ""; ///< end of the selection line where the kind's does not fit
+    const char *selected = nullptr; ///< end of the selection line where the kind's does not fit
 };
 
 /// In comparison order, which is the order of the help as well.

@@ -8,7 +8,7 @@
 struct status_range {
     int first;
     int last; ///< inclusive
-    char prefix[6];
+    const char *prefix;
     int digits; ///< width of the number, zero-filled
 };
 

@@ -1,6 +1,5 @@
 #include "front/utility.h"
 
-#include "front/bounded_text.h"
 #include "front/diagnostics.h"
 #include "front/help_text.h"
 #include "front/memory.h"
@@ -18,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -76,7 +76,7 @@ scan_step take_type(const option_row & /*row*/, const char *argument, request_ty
             error("%s%s", row.name, REQUEST_KINDS[row.kind].selected);
         } else {
             verbose_info("[lumocmd] %s%s", row.name,
-                         *row.selected != '\0' ? row.selected : REQUEST_KINDS[row.kind].selected);
+                         row.selected != nullptr ? row.selected : REQUEST_KINDS[row.kind].selected);
         }
         return SCAN_ON;
     }
@@ -244,25 +244,7 @@ int parse_parameters(const char *list, int *count, char ***items) {
 }
 
 bool names_match(const char *name, const char *known) {
-    const char *rest = behind_beginning(name, known);
-    return rest != nullptr && *rest == '\0';
-}
-
-const char *behind_beginning(const char *text, const char *known) {
-    // ASCII alone: strcasecmp() would look every letter up in the locale's tables, and each start
-    // would read two pages for a locale that is never set.
-    const auto lower_case = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? letter + ('a' - 'A') : letter;
-    };
-    if (text == nullptr) {
-        return nullptr;
-    }
-    for (; *known != '\0'; text++, known++) {
-        if (*text != *known && lower_case(*text) != lower_case(*known)) {
-            return nullptr;
-        }
-    }
-    return text;
+    return name != nullptr && strcasecmp(name, known) == 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -270,16 +252,15 @@ const char *behind_beginning(const char *text, const char *known) {
 
 char *format_status_code(int code) {
     constexpr std::size_t size = sizeof("LMCM--2147483648");
-    bounded_text text = {static_cast<char *>(xmalloc(size)), size, 0, false};
+    auto *text = static_cast<char *>(xmalloc(size));
     // One range always holds the code; see ranges_are_complete().
     for (const status_range &range : STATUS_RANGES) {
         if (code >= range.first && code <= range.last) {
-            append_texts(&text, {range.prefix, "-"});
-            append_number(&text, code, range.digits);
+            snprintf(text, size, "%s-%0*d", range.prefix, range.digits, code);
             break;
         }
     }
-    return text.text;
+    return text;
 }
 
 int extract_error_code(const char *text) {

@@ -33,12 +33,6 @@ int parse_parameters(const char *list, int *count, char ***items);
 /// @param known not null.
 bool names_match(const char *name, const char *known);
 
-/// Compares the beginning of a text with a known one, ignoring case.
-/// @param text null begins with nothing.
-/// @param known not null.
-/// @return what follows the beginning, or null when the text has another.
-const char *behind_beginning(const char *text, const char *known);
-
 /// Formats a status code with the prefix of its range, such as "LMCM-505".
 /// @return a new text, owned by the caller.
 char *format_status_code(int code);

@@ -9,6 +9,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -25,7 +26,6 @@ constexpr char COUNT_TAG[] = "Parameter Count: ";
 constexpr std::size_t TAG_LENGTH = 17; // "Param000 Length: " as well
 static_assert(sizeof(STATUS_TAG) - 1 == TAG_LENGTH && sizeof(COUNT_TAG) - 1 == TAG_LENGTH,
               "all tags are cut by TAG_LENGTH: a tag of another length needs its own");
-constexpr int INDEX_DIGITS = 3; // of a parameter's number in its tags
 constexpr char STATUS_PREFIX[] = "FSMC-";
 constexpr std::size_t PREFIX_LENGTH = sizeof(STATUS_PREFIX) - 1;
 
@@ -34,7 +34,8 @@ struct exchange {
     const char *tag; ///< source file and function, opens every message
     const char *function;
     int descriptor;
-    char *unread; ///< rest of the answer behind the line last taken
+    char *answer; ///< for the first line; null for those behind it
+    char *rest;   ///< of the answer, behind the line last taken
 };
 
 /// What a well-formed answer says.
@@ -46,9 +47,8 @@ struct answer {
 
 bool assemble_request(const char *tag, const char *function, int count, const char *slots,
                       const char *waittime, bounded_text *request) {
-    append_texts(request, {"Request: ", function, "\nParameter Count: "});
-    append_number(request, count);
-    append_texts(request, {"\n"});
+    append_format(request, "Request: %s\n", function);
+    append_format(request, "Parameter Count: %d\n", count);
     for (int i = 0; i < count && !request->overflowed; i++) {
         const char *value = slots + static_cast<std::size_t>(i) * FSMC_SLOT_SIZE;
         const std::size_t length = strnlen(value, FSMC_SLOT_SIZE);
@@ -57,24 +57,27 @@ bool assemble_request(const char *tag, const char *function, int count, const ch
                   tag, i + 1, static_cast<int>(FSMC_SLOT_SIZE) - 1, function);
             return false;
         }
-        append_texts(request, {"Param"});
-        append_number(request, i, INDEX_DIGITS);
-        append_texts(request, {" Length: "});
-        append_number(request, static_cast<int>(length));
-        append_texts(request, {"\nParam"});
-        append_number(request, i, INDEX_DIGITS);
-        append_texts(request, {":\n", value, "\n"});
+        append_format(request, "Param%03d Length: %d\n", i, static_cast<int>(length));
+        append_format(request, "Param%03d:\n", i);
+        append_format(request, "%s\n", value);
     }
     if (waittime != nullptr) {
-        append_texts(request, {"Waittime: ", waittime, "\n"});
+        append_format(request, "Waittime: %s\n", waittime);
     }
-    append_texts(request, {"\n"});
+    append_format(request, "\n");
     if (request->overflowed) {
         error("%s error request text is longer than %d characters for function '%s'", tag,
               static_cast<int>(REQUEST_SIZE) - 1, function);
         return false;
     }
     return true;
+}
+
+/// Takes the next non-empty line of the answer; null when none is left.
+char *take_line(exchange *x) {
+    char *line = strtok_r(x->answer, "\n", &x->rest);
+    x->answer = nullptr;
+    return line;
 }
 
 /// Ends an exchange whose answer is not acceptable; the message has been written.
@@ -84,8 +87,8 @@ bool refuse_answer(const exchange &x) {
 }
 
 bool read_status_line(exchange *x, int *status) {
-    char *line = take_line(&x->unread);
-    if (behind_beginning(line, STATUS_TAG) == nullptr) {
+    char *line = take_line(x);
+    if (line == nullptr || strncasecmp(line, STATUS_TAG, TAG_LENGTH) != 0) {
         error("%s strtok parsing 'Response Status: ' response tag failed for function '%s'", x->tag,
               x->function);
         return refuse_answer(*x);
@@ -107,8 +110,8 @@ bool read_status_line(exchange *x, int *status) {
 }
 
 bool read_count_line(exchange *x, int *count) {
-    char *line = take_line(&x->unread);
-    if (behind_beginning(line, COUNT_TAG) == nullptr) {
+    char *line = take_line(x);
+    if (line == nullptr || strncasecmp(line, COUNT_TAG, TAG_LENGTH) != 0) {
         error("%s strtok parsing 'Parameter Count: ' response tag failed for function '%s'", x->tag,
               x->function);
         return refuse_answer(*x);
@@ -125,7 +128,7 @@ bool read_count_line(exchange *x, int *count) {
 
 /// Reads one returned parameter. Its tags are not looked at: only their lengths are certain.
 bool read_parameter(exchange *x, char **value) {
-    char *length_line = take_line(&x->unread);
+    char *length_line = take_line(x);
     if (length_line == nullptr) {
         error("%s strtok parsing 'ParamNNN Length: ' response tag failed, not a well formed "
               "response from FSMCore for function '%s'",
@@ -143,8 +146,8 @@ bool read_parameter(exchange *x, char **value) {
     if (length <= 0) {
         return true; // the daemon sends an empty parameter as its length line alone
     }
-    const char *tag_line = take_line(&x->unread);
-    char *text = tag_line == nullptr ? nullptr : take_line(&x->unread);
+    const char *tag_line = take_line(x);
+    char *text = tag_line == nullptr ? nullptr : take_line(x);
     if (text == nullptr || strlen(text) != static_cast<std::size_t>(length)) {
         error("%s strtok parsing 'ParamNNN: ' response tag failed, not a well formed response from "
               "FSMCore for function '%s'",
@@ -167,7 +170,7 @@ bool read_parameters(exchange *x, answer *result) {
             return false;
         }
     }
-    if (take_line(&x->unread) != nullptr) {
+    if (take_line(x) != nullptr) {
         error("%s strtok parsing '\\n' response tag failed, not a well formed response from "
               "FSMCore for function '%s'",
               x->tag, x->function);
@@ -177,8 +180,8 @@ bool read_parameters(exchange *x, answer *result) {
 }
 
 /// Sends the request and reads the answer. Everything that local and remote share.
-int carry_request(exchange x, const bounded_text &request, int *returned_count,
-                  char ***returned_values) {
+int exchange_texts(exchange x, const bounded_text &request, int *returned_count,
+                   char ***returned_values) {
     if (send(x.descriptor, request.text, request.length, 0) < 0) {
         error("%s send writing request failed with error '%s' for function '%s'", x.tag,
               strerror(errno), x.function);
@@ -194,7 +197,7 @@ int carry_request(exchange x, const bounded_text &request, int *returned_count,
         close(x.descriptor);
         return FSMC_RESPONSE_FAILED;
     }
-    x.unread = received;
+    x.answer = received;
     answer result = {};
     if (!read_status_line(&x, &result.status) || !read_count_line(&x, &result.count) ||
         !read_parameters(&x, &result)) {
@@ -213,7 +216,7 @@ int carry_request(exchange x, const bounded_text &request, int *returned_count,
 int fsmcore_requeststatic(const char *socket_path, const char *function, int count,
                           const char *slots, int *returned_count, char ***returned_values,
                           const char *waittime) {
-    exchange x = {"FSMCoreutil->fsmcore_requeststatic", function, -1, nullptr};
+    exchange x = {"FSMCoreutil->fsmcore_requeststatic", function, -1, nullptr, nullptr};
     char text[REQUEST_SIZE] = {};
     bounded_text request = {text, sizeof text, 0, false};
     if (!assemble_request(x.tag, function, count, slots, waittime, &request)) {
@@ -224,13 +227,13 @@ int fsmcore_requeststatic(const char *socket_path, const char *function, int cou
         error("%s error opening socket FSMCore clientside for function '%s'", x.tag, function);
         return FSMC_CONNECT_FAILED;
     }
-    return carry_request(x, request, returned_count, returned_values);
+    return exchange_texts(x, request, returned_count, returned_values);
 }
 
 int fsmcore_m2mrequeststatic(const char *address, const char *port, const char *function, int count,
                              const char *slots, int *returned_count, char ***returned_values) {
     constexpr int highest_refused_port = 1024;
-    exchange x = {"FSMCoreutil->fsmcore_m2mrequeststatic", function, -1, nullptr};
+    exchange x = {"FSMCoreutil->fsmcore_m2mrequeststatic", function, -1, nullptr, nullptr};
     in_addr parsed = {};
     if (address == nullptr || inet_aton(address, &parsed) == 0) {
         error("%s error hostip parameter '%s' is not in a valid numbers-and-dots notation", x.tag,
@@ -254,5 +257,5 @@ int fsmcore_m2mrequeststatic(const char *address, const char *port, const char *
               function);
         return FSMC_CONNECT_FAILED;
     }
-    return carry_request(x, request, returned_count, returned_values);
+    return exchange_texts(x, request, returned_count, returned_values);
 }

@@ -32,21 +32,6 @@ int code_of(const gateway_row &exchange, int message) {
     return exchange.base + offsets[message];
 }
 
-/// The exchanges by their place among the gateways.
-std::vector<exchange_call> find_exchanges() {
-    std::vector<exchange_call> exchanges;
-    for (const gateway_row *row : protocol::GATEWAYS) {
-        for (const builder_row &each : protocol::builder_rows()) {
-            if (each.gateway->source_tag == std::string(row->tag)) {
-                exchanges.push_back(each.gateway->exchange);
-                break;
-            }
-        }
-    }
-    fuzz::require(exchanges.size() == std::size(protocol::GATEWAYS), "every gateway is found");
-    return exchanges;
-}
-
 /// A well-formed answer: the tag in any case, a number in any notation, line feeds around it.
 std::string proper_answer(const gateway_row &exchange, input *in, int *status) {
     std::string text(in->below(4), '\n');
@@ -83,12 +68,12 @@ std::string lines_of(const gateway_row &exchange, const expectation &wanted,
            fuzz::red(verbose, exchange_message(exchange, wanted.message, function, wanted.reason));
 }
 
-void check(const gateway_row &exchange, exchange_call call, const function_row &request,
-           const peer_script &script, const std::string &function, const expectation &wanted,
-           bool verbose) {
+void check(const gateway_row &exchange, const function_row &request, const peer_script &script,
+           const std::string &function, const expectation &wanted, bool verbose) {
     const outcome seen = fuzz::run_product(script, verbose, [&] {
-        return call({"gateway.socket", protocol::LOOPBACK_ADDRESS, 4711}, function.c_str(),
-                    protocol::NUMBERED_VALUES);
+        return protocol::longest_row(exchange).exchange(
+            {"gateway.socket", protocol::LOOPBACK_ADDRESS, 4711, function.c_str(),
+             protocol::NUMBERED_VALUES});
     });
     fuzz::require_equal("output", seen.output,
                         lines_of(exchange, wanted, script, function, verbose));
@@ -134,9 +119,7 @@ enum scene {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     input in(data, size);
-    static const std::vector<exchange_call> exchanges = find_exchanges();
-    const std::size_t place = in.below(exchanges.size());
-    const gateway_row &exchange = *protocol::GATEWAYS[place];
+    const gateway_row &exchange = *protocol::GATEWAYS[in.below(std::size(protocol::GATEWAYS))];
     const std::size_t scene = in.below(SCENES);
     const bool verbose = in.below(2) == 1;
     const function_row &request = exchange.functions[in.below(exchange.functions.size())];
@@ -183,6 +166,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         script.answer = scene == FULL_ANSWER ? in.stretched_rest(1024) : in.rest();
         wanted = meaning_of(exchange, script);
     }
-    check(exchange, exchanges[place], request, script, function, wanted, verbose);
+    check(exchange, request, script, function, wanted, verbose);
     return 0;
 }

@@ -88,18 +88,6 @@ void check_cutter(input in) {
     require_silent_but(seen, wanted.message);
 }
 
-void check_lines(input in) {
-    const exact_text text(in.field());
-    const std::vector<std::string> wanted = reference::lines_of(text.get());
-    char *unread = text.get();
-    for (const std::string &line : wanted) {
-        const char *taken = take_line(&unread);
-        require(taken != nullptr, "there is a further line");
-        require_equal("line", taken == nullptr ? "" : taken, line);
-    }
-    require(take_line(&unread) == nullptr && take_line(&unread) == nullptr, "no line is left");
-}
-
 /// A copy that the product made, taken over.
 std::string taken(char *copy) {
     std::string text = copy;
@@ -137,7 +125,7 @@ void check_copies(input in) {
 }
 
 void (*const CHECKS[])(input) = {check_status_text, check_status_reading, check_number,
-                                 check_cutter,      check_lines,          check_copies};
+                                 check_cutter, check_copies};
 
 } // namespace
 

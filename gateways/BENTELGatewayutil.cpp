@@ -1,8 +1,6 @@
-#include "gateways/BENTELGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -27,7 +25,6 @@ constexpr gateway_profile BENTEL_GATEWAY = {
     .format_label = "BENG-NNNN",
     .code_base = 1300,
     .functions = FUNCTIONS,
-    .exchange = over_socket<bentelgateway_local_request>,
 };
 
 int bentelgateway_local_request(const char *socket_path, const char *function,

@@ -1,8 +1,6 @@
-#include "gateways/ByMEGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -60,7 +58,6 @@ constexpr gateway_profile BYME_GATEWAY = {
     .format_label = "BYMEG-NNN",
     .code_base = 2000,
     .functions = FUNCTIONS,
-    .exchange = over_socket<bymegateway_request>,
 };
 
 int bymegateway_request(const char *socket_path, const char *function, const char *section_name,

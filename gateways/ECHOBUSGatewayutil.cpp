@@ -1,8 +1,6 @@
-#include "gateways/ECHOBUSGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -25,7 +23,6 @@ constexpr gateway_profile ECHOBUS_GATEWAY = {
     .quoting = "BBBBBQQQ",
     .code_base = 200,
     .functions = FUNCTIONS,
-    .exchange = over_socket<echobusgateway_local_request>,
 };
 
 constexpr gateway_profile ECHOBUS_INTERNET_GATEWAY = [] {
@@ -34,7 +31,6 @@ constexpr gateway_profile ECHOBUS_INTERNET_GATEWAY = [] {
     // Deliberate: this text names the local exchange.
     profile.unsupported_tag = ECHOBUS_GATEWAY.source_tag;
     profile.quoting = "QBBBQQQQ";
-    profile.exchange = over_internet<echobusgateway_internet_request>;
     return profile;
 }();
 

@@ -1,8 +1,6 @@
-#include "gateways/EIBGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -30,13 +28,11 @@ constexpr gateway_profile EIB_GATEWAY = {
     .quoting = "BBBBBBBB",
     .code_base = 100,
     .functions = FUNCTIONS,
-    .exchange = over_socket<eibgateway_local_request>,
 };
 
 constexpr gateway_profile EIB_INTERNET_GATEWAY = [] {
     gateway_profile profile = EIB_GATEWAY;
     profile.source_tag = "EIBGatewayutil->eibgateway_internet_request";
-    profile.exchange = over_internet<eibgateway_internet_request>;
     return profile;
 }();
 

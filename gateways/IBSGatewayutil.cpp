@@ -1,8 +1,6 @@
-#include "gateways/IBSGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -24,7 +22,6 @@ constexpr gateway_profile IBS_GATEWAY = {
     .format_label = "IBSG-NNNN",
     .code_base = 1400,
     .functions = FUNCTIONS,
-    .exchange = over_socket<ibsgateway_request>,
 };
 
 int ibsgateway_request(const char *socket_path, const char *function, const char *section_name,

@@ -1,8 +1,6 @@
-#include "gateways/LINTRONICGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -28,7 +26,6 @@ constexpr gateway_profile LINTRONIC_GATEWAY = {
     .format_label = "LINT-XXX",
     .code_base = 1000,
     .functions = FUNCTIONS,
-    .exchange = over_socket<lintronicgateway_local_request>,
 };
 
 int lintronicgateway_local_request(const char *socket_path, const char *function,

@@ -1,8 +1,6 @@
-#include "gateways/MARTINGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -26,7 +24,6 @@ constexpr gateway_profile MARTIN_GATEWAY = {
     .format_label = "MARG-XXX",
     .code_base = 600,
     .functions = FUNCTIONS,
-    .exchange = over_socket<martingateway_local_request>,
 };
 
 int martingateway_local_request(const char *socket_path, const char *function,

@@ -1,8 +1,6 @@
-#include "gateways/SMSTOOLGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -34,7 +32,6 @@ constexpr gateway_profile SMSTOOL_GATEWAY = {
     .format_label = "SMST-XXX",
     .code_base = 800,
     .functions = FUNCTIONS,
-    .exchange = over_socket<smstoolgateway_local_request>,
 };
 
 int smstoolgateway_local_request(const char *socket_path, const char *function,

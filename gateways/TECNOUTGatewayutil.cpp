@@ -1,8 +1,6 @@
-#include "gateways/TECNOUTGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -27,7 +25,6 @@ constexpr gateway_profile TECNOUT_GATEWAY = {
     .format_label = "TECG-NNNN",
     .code_base = 1200,
     .functions = FUNCTIONS,
-    .exchange = over_socket<tecnoutgateway_local_request>,
 };
 
 int tecnoutgateway_local_request(const char *socket_path, const char *function,

@@ -1,8 +1,6 @@
-#include "gateways/TUTONDOGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -36,7 +34,6 @@ constexpr gateway_profile TUTONDO_GATEWAY = {
     .format_label = "TUTG-NNNN",
     .code_base = 1500,
     .functions = FUNCTIONS,
-    .exchange = over_socket<tutondogateway_local_request>,
 };
 
 int tutondogateway_local_request(const char *socket_path, const char *function,

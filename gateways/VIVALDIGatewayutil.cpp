@@ -1,8 +1,6 @@
-#include "gateways/VIVALDIGatewayutil.h"
-
 #include "front/utility.h"
-#include "gateways/exchange_call.h"
 #include "gateways/gateway_exchange.h"
+#include "gateways/gateways.h"
 
 namespace {
 
@@ -36,7 +34,6 @@ constexpr gateway_profile VIVALDI_GATEWAY = {
     .format_label = "VIVG-NNNN",
     .code_base = 900,
     .functions = FUNCTIONS,
-    .exchange = over_socket<vivaldigateway_local_request>,
 };
 
 int vivaldigateway_local_request(const char *socket_path, const char *function,

@@ -37,9 +37,8 @@ const char *quote(const gateway_profile &profile, message_kind kind) {
     return profile.quoting[kind] == 'Q' ? "'" : "";
 }
 
-/// The exceptional text of a profile, or the usual one where it has none.
-const char *either(const char *exceptional, const char *usual) {
-    return exceptional != nullptr ? exceptional : usual;
+const char *text_or(const char *text, const char *otherwise) {
+    return text != nullptr ? text : otherwise;
 }
 
 const gateway_function *find_function(const gateway_profile &profile, const char *name) {
@@ -53,21 +52,23 @@ const gateway_function *find_function(const gateway_profile &profile, const char
 
 void assemble_request(bounded_text *request, const char *function,
                       std::span<const gateway_line> lines, std::span<const char *const> values) {
-    append_texts(request, {"Request: ", function, "\n"});
+    append_format(request, "Request: %s\n", function);
     for (const gateway_line &line : lines) {
-        const char *value =
-            *line.fixed != '\0' ? line.fixed : values[static_cast<std::size_t>(line.parameter) - 1];
-        append_texts(request, {line.name, ": ", value, "\n"});
+        const char *value = line.fixed != nullptr
+                                ? line.fixed
+                                : values[static_cast<std::size_t>(line.parameter) - 1];
+        append_format(request, "%s: %s\n", line.name, value);
     }
-    append_texts(request, {"\n"});
+    append_format(request, "\n");
 }
 
 /// Parses the answer in place. True when it is well formed; otherwise its message is written and
 /// the connection is closed, or left open after an unreadable number.
 bool parse_answer(const gateway_profile &profile, int descriptor, const char *function,
                   char *received, int *status) {
-    char *line = take_line(&received);
-    if (behind_beginning(line, STATUS_TAG) == nullptr) {
+    char *rest = nullptr;
+    char *line = strtok_r(received, "\n", &rest);
+    if (line == nullptr || strncasecmp(line, STATUS_TAG, STATUS_TAG_LENGTH) != 0) {
         const char *mark = quote(profile, NO_STATUS_LINE);
         error("%s strtok parsing 'Response Status: ' response tag failed for function %s%s%s",
               profile.source_tag, mark, function, mark);
@@ -87,15 +88,15 @@ bool parse_answer(const gateway_profile &profile, int descriptor, const char *fu
         // The connection stays open here; the process ends right after.
         const char *mark = quote(profile, BAD_NUMBER);
         error("%s error strtol with error '%s' for function %s%s%s",
-              either(profile.tail_tag, profile.source_tag), strerror(errno), mark, function, mark);
+              text_or(profile.tail_tag, profile.source_tag), strerror(errno), mark, function, mark);
         return false;
     }
-    if (take_line(&received) != nullptr) {
+    if (strtok_r(nullptr, "\n", &rest) != nullptr) {
         const char *mark = quote(profile, TRAILING_TEXT);
         error("%s strtok parsing '\\n' response tag failed, not a well formed response from %s for "
               "function %s%s%s",
-              either(profile.tail_tag, profile.source_tag),
-              either(profile.tail_daemon, profile.daemon), mark, function, mark);
+              text_or(profile.tail_tag, profile.source_tag),
+              text_or(profile.tail_daemon, profile.daemon), mark, function, mark);
         close(descriptor);
         return false;
     }
@@ -103,8 +104,8 @@ bool parse_answer(const gateway_profile &profile, int descriptor, const char *fu
 }
 
 /// Sends the assembled request and reads the answer.
-int carry_request(const gateway_profile &profile, int descriptor, const char *function,
-                  const bounded_text &request) {
+int exchange_texts(const gateway_profile &profile, int descriptor, const char *function,
+                   const bounded_text &request) {
     if (send(descriptor, request.text, request.length, 0) < 0) {
         const char *mark = quote(profile, SEND_FAILED);
         error("%s send writing request failed with error '%s' for function %s%s%s",
@@ -145,7 +146,7 @@ int run_gateway_exchange(const gateway_profile &profile, int descriptor, const c
         // The connection stays open here; the process ends right after.
         const char *mark = quote(profile, UNKNOWN_FUNCTION);
         error("%s error function %s%s%s not supported",
-              either(profile.unsupported_tag, profile.source_tag), mark, function, mark);
+              text_or(profile.unsupported_tag, profile.source_tag), mark, function, mark);
         return profile.code_base + GATEWAY_FUNCTION_NOT_SUPPORTED;
     }
     char text[REQUEST_SIZE] = {};
@@ -158,5 +159,5 @@ int run_gateway_exchange(const gateway_profile &profile, int descriptor, const c
         close(descriptor);
         return profile.code_base + GATEWAY_SEND_FAILED;
     }
-    return carry_request(profile, descriptor, function, request);
+    return exchange_texts(profile, descriptor, function, request);
 }

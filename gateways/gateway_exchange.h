@@ -3,17 +3,14 @@
 
 #pragma once
 
-#include "gateways/exchange_call.h"
-
 #include <span>
 
 /// A header line: "<name>: <value>". The value is parameter number `parameter`, counted from 1 in
-/// the order of the exchange function's arguments, or `fixed` when that is not empty. Both texts
-/// are held, so that the loader need not write their addresses.
+/// the order of the exchange function's arguments, or `fixed` when that is not null.
 struct gateway_line {
-    char name[20];
+    const char *name;
     int parameter;
-    char fixed[4] = "";
+    const char *fixed = nullptr;
 };
 
 /// A function that the daemon knows, with its header lines in wire order.
@@ -34,7 +31,6 @@ struct gateway_profile {
     const char *quoting = "QQQQQQQQ";  ///< per message kind: Q shows 'function', B shows it bare
     int code_base;                     ///< hundred-block of the gateway's own codes
     std::span<const gateway_function> functions;
-    exchange_call exchange; ///< the gateway's own exchange function
 };
 
 // The gateway's own codes, added to code_base.

@@ -1,31 +1,60 @@
 #include "gateways/internetclientutil.h"
 
-#include "gateways/ECHOBUSGatewayutil.h"
-#include "gateways/EIBGatewayutil.h"
+#include "gateways/gateways.h"
 #include "gateways/request_builder.h"
 
 namespace {
 
-constexpr builder_row ROWS[] = {
-    {"make_eibusinternet_request", "SENDEIBUSSETDATAGRAM",
-     "SectionName, Destination, EISType, Payload", &EIB_INTERNET_GATEWAY},
-    {"make_eibusinternet_request", "SENDEIBUSGETDATAGRAM",
-     "SectionName, Destination, EISType, Payload", &EIB_INTERNET_GATEWAY},
-    {"make_echobusinternet_request", "SENDECHOBUSDATAGRAM",
-     "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value",
-     &ECHOBUS_INTERNET_GATEWAY},
+constexpr builder_row EIB_ROWS[] = {
+    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload",
+     [](const gateway_call &c) {
+         return eibgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1], c.p[2],
+                                            c.p[3]);
+     }},
+    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload",
+     [](const gateway_call &c) {
+         return eibgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1], c.p[2],
+                                            c.p[3]);
+     }},
+};
+
+constexpr request_builder EIB_BUILDER = {.source = "internetclientutil",
+                                         .name = "make_eibusinternet_request",
+                                         .gateway = &EIB_INTERNET_GATEWAY,
+                                         .rows = EIB_ROWS,
+                                         .trailing_trace = true};
+
+constexpr builder_row ECHOBUS_ROWS[] = {
+    {"SENDECHOBUSDATAGRAM", "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value",
+     [](const gateway_call &c) {
+         return echobusgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1],
+                                                c.p[2], c.p[3], c.p[4], c.p[5]);
+     }},
+};
+
+constexpr request_builder ECHOBUS_BUILDER = {.source = "internetclientutil",
+                                             .name = "make_echobusinternet_request",
+                                             .gateway = &ECHOBUS_INTERNET_GATEWAY,
+                                             .rows = ECHOBUS_ROWS,
+                                             .trailing_trace = true};
+
+constexpr internet_builder INTERNET_BUILDERS[] = {
+    {make_eibusinternet_request, &EIB_BUILDER},
+    {make_echobusinternet_request, &ECHOBUS_BUILDER},
 };
 
 } // namespace
 
-#define DEFINE_INTERNET_BUILDER(NAME)                                                              \
-    int NAME(const char *address, int port, const char *function, const char *parameters) {        \
-        static constexpr request_builder BUILDER = {"internetclientutil", #NAME, #NAME, true,      \
-                                                    rows_of(#NAME, ROWS)};                         \
-        return build_gateway_request(BUILDER, {nullptr, address, port}, function, parameters);     \
-    }
-INTERNET_BUILDERS(DEFINE_INTERNET_BUILDER)
+int make_eibusinternet_request(const char *address, int port, const char *function,
+                               const char *parameters) {
+    return build_gateway_request(EIB_BUILDER, {nullptr, address, port}, function, parameters);
+}
 
-std::span<const builder_row> internet_builder_rows() {
-    return ROWS;
+int make_echobusinternet_request(const char *address, int port, const char *function,
+                                 const char *parameters) {
+    return build_gateway_request(ECHOBUS_BUILDER, {nullptr, address, port}, function, parameters);
+}
+
+std::span<const internet_builder> internet_builders() {
+    return INTERNET_BUILDERS;
 }

@@ -1,17 +1,7 @@
 #include "gateways/localclientutil.h"
 
 #include "front/diagnostics.h"
-#include "gateways/BENTELGatewayutil.h"
-#include "gateways/ByMEGatewayutil.h"
-#include "gateways/ECHOBUSGatewayutil.h"
-#include "gateways/EIBGatewayutil.h"
-#include "gateways/IBSGatewayutil.h"
-#include "gateways/LINTRONICGatewayutil.h"
-#include "gateways/MARTINGatewayutil.h"
-#include "gateways/SMSTOOLGatewayutil.h"
-#include "gateways/TECNOUTGatewayutil.h"
-#include "gateways/TUTONDOGatewayutil.h"
-#include "gateways/VIVALDIGatewayutil.h"
+#include "gateways/gateways.h"
 #include "gateways/request_builder.h"
 
 #include <cstring>
@@ -20,15 +10,15 @@ namespace {
 
 /// LINTRONIC only: the daemon reads Device and Command by position. Their lengths are tested, not
 /// that they are digits.
-bool lintronic_lengths_are_right(char *const *parameters) {
+bool lintronic_lengths_are_right(const char *const *p) {
     constexpr std::size_t device_length = 2;
     constexpr std::size_t command_length = 3;
-    if (strlen(parameters[1]) != device_length) {
+    if (strlen(p[1]) != device_length) {
         error("localclientutil->make_lintroniclocal_request error Device is not in "
               "2-digit-zero-filled format");
         return false;
     }
-    if (strlen(parameters[2]) != command_length) {
+    if (strlen(p[2]) != command_length) {
         error("localclientutil->make_lintroniclocal_request error Command is not in "
               "3-digit-zero-filled format");
         return false;
@@ -36,109 +26,258 @@ bool lintronic_lengths_are_right(char *const *parameters) {
     return true;
 }
 
-/// The functions that the builders serve, builder by builder. Double blanks are part of the count
-/// messages, and so of the interface.
-constexpr builder_row ROWS[] = {
-    {"make_eibuslocal_request", "SENDEIBUSSETDATAGRAM",
-     "SectionName, Destination, EISType, Payload", &EIB_GATEWAY},
-    {"make_eibuslocal_request", "SENDEIBUSGETDATAGRAM",
-     "SectionName, Destination, EISType, Payload", &EIB_GATEWAY},
-    {"make_smstoollocal_request", "SENDSMSTOOLDATAGRAM", "SectionName, PhoneNumber, Msg",
-     &SMSTOOL_GATEWAY},
-    // No section: the exchange gets none, then the two parameters.
-    {"make_smstoollocal_request",
-     "RECVSMSTOOLDATAGRAM",
-     "PhoneNumber, Msg",
-     &SMSTOOL_GATEWAY,
-     {.absent_before = 1}},
-    {"make_lintroniclocal_request",
-     "SENDLINTRONICDATAGRAM",
-     "SectionName, Device, Command,  Payload",
-     &LINTRONIC_GATEWAY,
-     {.acceptable = lintronic_lengths_are_right}},
-    {"make_tecnoutlocal_request", "SENDTECNOUTCOMMANDDATAGRAM",
-     "SectionName, UserCode, Command, Payload", &TECNOUT_GATEWAY},
-    // The get request is not served, although the exchange knows it.
-    {"make_vivaldilocal_request", "SENDVIVALDISETDATAGRAM",
-     "SectionName, CentralNumber, RC20Number, RC20OnOff, RC20Volume, RC20High, RC20Low, "
-     "RC20Channel, RC20Cd, RC20Track, RC20Tuner",
-     &VIVALDI_GATEWAY},
-    {"make_bentellocal_request", "SENDBENTELCOMMANDDATAGRAM",
-     "SectionName, UserCode, Command, Payload", &BENTEL_GATEWAY},
-    {"make_tutondolocal_request", "SENDTUTONDOSETDATAGRAM",
-     "SectionName,  ZoneNumber, Command, Payload", &TUTONDO_GATEWAY},
-    {"make_tutondolocal_request", "SENDTUTONDOGETDATAGRAM",
-     "SectionName, ZoneNumber, Command, Payload", &TUTONDO_GATEWAY},
-    {"make_echobuslocal_request", "SENDECHOBUSDATAGRAM",
-     "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value", &ECHOBUS_GATEWAY},
-    // The message names the EIB builder, deliberately.
-    {"make_martinlocal_request",
-     "SENDLJMARTINDATAGRAM",
-     "SectionName, LJCommand, LJType, Payload",
-     &MARTIN_GATEWAY,
-     {.blamed = "make_eibuslocal_request"}},
-    {"make_ibslocal_request", "SENDIBSSETDATAGRAM",
-     "SectionName, DestinationDevice, DestinationChannel, DestinationType, DataType, Payload",
-     &IBS_GATEWAY},
-    {"make_bymelocal_request", "SENDBYMEGROUPVALUEREADDATAGRAM", "SectionName,  Destination",
-     &BYME_GATEWAY},
-    {"make_bymelocal_request", "SENDBYMEGROUPVALUEWRITEDATAGRAM",
-     "SectionName, Destination, DPT, Payload", &BYME_GATEWAY},
-    {"make_bymelocal_request", "SENDBYMEPROPERTYREADDATAGRAM",
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
-     &BYME_GATEWAY},
-    {"make_bymelocal_request",
-     "SENDBYMEPROPERTYWRITEDATAGRAM",
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
-     &BYME_GATEWAY,
-     {.unserved = true}},
-    {"make_bymelocal_request", "SENDBYMEFUNCTIONPROPERTYCOMMANDDATAGRAM",
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
-     &BYME_GATEWAY},
-    {"make_bymelocal_request", "SENDBYMEFUNCTIONPROPERTYSTATEREADDATAGRAM",
-     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
-     &BYME_GATEWAY},
-    {"make_bymelocal_request", "SENDBYMEOBJECTVALUEDATAGRAM",
-     "SectionName, Index, ObjectID, Payload", &BYME_GATEWAY},
+// Double blanks are part of the count messages, and so of the interface.
+
+constexpr builder_row EIB_ROWS[] = {
+    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload",
+     [](const gateway_call &c) {
+         return eibgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
+     }},
+    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload",
+     [](const gateway_call &c) {
+         return eibgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
+     }},
 };
 
-#define BUILDER_NAME(NAME) #NAME,
-constexpr std::string_view BUILDERS[] = {LOCAL_BUILDERS(BUILDER_NAME)};
-#undef BUILDER_NAME
+// The exiting mark deliberately has a name of its own.
+constexpr request_builder EIB_BUILDER = {.source = "localclientutil",
+                                         .name = "make_eibuslocal_request",
+                                         .gateway = &EIB_GATEWAY,
+                                         .rows = EIB_ROWS,
+                                         .exits_as = "make_local_request"};
 
-consteval bool every_row_has_a_builder() {
-    for (const builder_row &row : ROWS) {
-        bool is_known = false;
-        for (const std::string_view builder : BUILDERS) {
-            is_known = is_known || builder == row.builder;
-        }
-        if (!is_known) {
-            return false;
-        }
-    }
-    return true;
-}
-static_assert(every_row_has_a_builder(),
-              "a builder of ROWS is not declared: add it to LOCAL_BUILDERS in localclientutil.h");
+constexpr builder_row SMSTOOL_ROWS[] = {
+    {"SENDSMSTOOLDATAGRAM", "SectionName, PhoneNumber, Msg",
+     [](const gateway_call &c) {
+         return smstoolgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2]);
+     }},
+    {"RECVSMSTOOLDATAGRAM", "PhoneNumber, Msg",
+     [](const gateway_call &c) {
+         return smstoolgateway_local_request(c.socket_path, c.function, nullptr, c.p[0], c.p[1]);
+     }},
+};
 
-/// The name in a builder's exiting mark. Two are deliberately not their own.
-consteval const char *exits_as(const char *builder) {
-    const std::string_view name = builder;
-    return name == "make_eibuslocal_request"  ? "make_local_request"
-           : name == "make_bymelocal_request" ? "make_tutondolocal_request"
-                                              : builder;
-}
+constexpr request_builder SMSTOOL_BUILDER = {"localclientutil", "make_smstoollocal_request",
+                                             &SMSTOOL_GATEWAY, SMSTOOL_ROWS};
+
+constexpr builder_row LINTRONIC_ROWS[] = {
+    {"SENDLINTRONICDATAGRAM", "SectionName, Device, Command,  Payload",
+     [](const gateway_call &c) {
+         return lintronicgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                               c.p[3]);
+     },
+     lintronic_lengths_are_right},
+};
+
+constexpr request_builder LINTRONIC_BUILDER = {"localclientutil", "make_lintroniclocal_request",
+                                               &LINTRONIC_GATEWAY, LINTRONIC_ROWS};
+
+constexpr builder_row TECNOUT_ROWS[] = {
+    {"SENDTECNOUTCOMMANDDATAGRAM", "SectionName, UserCode, Command, Payload",
+     [](const gateway_call &c) {
+         return tecnoutgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                             c.p[3]);
+     }},
+};
+
+constexpr request_builder TECNOUT_BUILDER = {"localclientutil", "make_tecnoutlocal_request",
+                                             &TECNOUT_GATEWAY, TECNOUT_ROWS};
+
+constexpr builder_row VIVALDI_ROWS[] = {
+    {"SENDVIVALDISETDATAGRAM",
+     "SectionName, CentralNumber, RC20Number, RC20OnOff, RC20Volume, RC20High, RC20Low, "
+     "RC20Channel, RC20Cd, RC20Track, RC20Tuner",
+     [](const gateway_call &c) {
+         return vivaldigateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                             c.p[3], c.p[4], c.p[5], c.p[6], c.p[7], c.p[8], c.p[9],
+                                             c.p[10]);
+     }},
+};
+
+// The get request is not served, although the exchange knows it.
+constexpr request_builder VIVALDI_BUILDER = {"localclientutil", "make_vivaldilocal_request",
+                                             &VIVALDI_GATEWAY, VIVALDI_ROWS};
+
+constexpr builder_row BENTEL_ROWS[] = {
+    {"SENDBENTELCOMMANDDATAGRAM", "SectionName, UserCode, Command, Payload",
+     [](const gateway_call &c) {
+         return bentelgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                            c.p[3]);
+     }},
+};
+
+constexpr request_builder BENTEL_BUILDER = {"localclientutil", "make_bentellocal_request",
+                                            &BENTEL_GATEWAY, BENTEL_ROWS};
+
+constexpr builder_row TUTONDO_ROWS[] = {
+    {"SENDTUTONDOSETDATAGRAM", "SectionName,  ZoneNumber, Command, Payload",
+     [](const gateway_call &c) {
+         return tutondogateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                             c.p[3]);
+     }},
+    {"SENDTUTONDOGETDATAGRAM", "SectionName, ZoneNumber, Command, Payload",
+     [](const gateway_call &c) {
+         return tutondogateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                             c.p[3]);
+     }},
+};
+
+constexpr request_builder TUTONDO_BUILDER = {"localclientutil", "make_tutondolocal_request",
+                                             &TUTONDO_GATEWAY, TUTONDO_ROWS};
+
+constexpr builder_row ECHOBUS_ROWS[] = {
+    {"SENDECHOBUSDATAGRAM", "SectionName, DeviceType, CardNumber, CommandType, PortNumber, Value",
+     [](const gateway_call &c) {
+         return echobusgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                             c.p[3], c.p[4], c.p[5]);
+     }},
+};
+
+constexpr request_builder ECHOBUS_BUILDER = {"localclientutil", "make_echobuslocal_request",
+                                             &ECHOBUS_GATEWAY, ECHOBUS_ROWS};
+
+constexpr builder_row MARTIN_ROWS[] = {
+    {"SENDLJMARTINDATAGRAM", "SectionName, LJCommand, LJType, Payload",
+     [](const gateway_call &c) {
+         return martingateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
+                                            c.p[3]);
+     }},
+};
+
+// The count message names the EIB builder, deliberately.
+constexpr request_builder MARTIN_BUILDER = {.source = "localclientutil",
+                                            .name = "make_martinlocal_request",
+                                            .gateway = &MARTIN_GATEWAY,
+                                            .rows = MARTIN_ROWS,
+                                            .blamed = "make_eibuslocal_request"};
+
+constexpr builder_row IBS_ROWS[] = {
+    {"SENDIBSSETDATAGRAM",
+     "SectionName, DestinationDevice, DestinationChannel, DestinationType, DataType, Payload",
+     [](const gateway_call &c) {
+         return ibsgateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                   c.p[4], c.p[5]);
+     }},
+};
+
+constexpr request_builder IBS_BUILDER = {"localclientutil", "make_ibslocal_request", &IBS_GATEWAY,
+                                         IBS_ROWS};
+
+constexpr builder_row BYME_ROWS[] = {
+    {"SENDBYMEGROUPVALUEREADDATAGRAM", "SectionName,  Destination",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], nullptr, nullptr,
+                                    nullptr, nullptr, nullptr);
+     }},
+    {"SENDBYMEGROUPVALUEWRITEDATAGRAM", "SectionName, Destination, DPT, Payload",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                    nullptr, nullptr, nullptr);
+     }},
+    {"SENDBYMEPROPERTYREADDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                    c.p[4], c.p[5], c.p[6]);
+     }},
+    {"SENDBYMEPROPERTYWRITEDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
+     nullptr},
+    {"SENDBYMEFUNCTIONPROPERTYCOMMANDDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                    c.p[4], c.p[5], c.p[6]);
+     }},
+    {"SENDBYMEFUNCTIONPROPERTYSTATEREADDATAGRAM",
+     "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                    c.p[4], c.p[5], c.p[6]);
+     }},
+    {"SENDBYMEOBJECTVALUEDATAGRAM", "SectionName, Index, ObjectID, Payload",
+     [](const gateway_call &c) {
+         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
+                                    nullptr, nullptr, nullptr);
+     }},
+};
+
+// The exiting mark deliberately names another builder.
+constexpr request_builder BYME_BUILDER = {.source = "localclientutil",
+                                          .name = "make_bymelocal_request",
+                                          .gateway = &BYME_GATEWAY,
+                                          .rows = BYME_ROWS,
+                                          .exits_as = "make_tutondolocal_request"};
+
+constexpr local_builder LOCAL_BUILDERS[] = {
+    {make_eibuslocal_request, &EIB_BUILDER},
+    {make_smstoollocal_request, &SMSTOOL_BUILDER},
+    {make_lintroniclocal_request, &LINTRONIC_BUILDER},
+    {make_tecnoutlocal_request, &TECNOUT_BUILDER},
+    {make_vivaldilocal_request, &VIVALDI_BUILDER},
+    {make_bentellocal_request, &BENTEL_BUILDER},
+    {make_tutondolocal_request, &TUTONDO_BUILDER},
+    {make_echobuslocal_request, &ECHOBUS_BUILDER},
+    {make_martinlocal_request, &MARTIN_BUILDER},
+    {make_ibslocal_request, &IBS_BUILDER},
+    {make_bymelocal_request, &BYME_BUILDER},
+};
 
 } // namespace
 
-#define DEFINE_LOCAL_BUILDER(NAME)                                                                 \
-    int NAME(const char *socket_path, const char *function, const char *parameters) {              \
-        static constexpr request_builder BUILDER = {"localclientutil", #NAME, exits_as(#NAME),     \
-                                                    false, rows_of(#NAME, ROWS)};                  \
-        return build_gateway_request(BUILDER, {socket_path, nullptr, 0}, function, parameters);    \
-    }
-LOCAL_BUILDERS(DEFINE_LOCAL_BUILDER)
+int make_eibuslocal_request(const char *socket_path, const char *function, const char *parameters) {
+    return build_gateway_request(EIB_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
 
-std::span<const builder_row> local_builder_rows() {
-    return ROWS;
+int make_smstoollocal_request(const char *socket_path, const char *function,
+                              const char *parameters) {
+    return build_gateway_request(SMSTOOL_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_lintroniclocal_request(const char *socket_path, const char *function,
+                                const char *parameters) {
+    return build_gateway_request(LINTRONIC_BUILDER, {socket_path, nullptr, 0}, function,
+                                 parameters);
+}
+
+int make_tecnoutlocal_request(const char *socket_path, const char *function,
+                              const char *parameters) {
+    return build_gateway_request(TECNOUT_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_vivaldilocal_request(const char *socket_path, const char *function,
+                              const char *parameters) {
+    return build_gateway_request(VIVALDI_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_bentellocal_request(const char *socket_path, const char *function,
+                             const char *parameters) {
+    return build_gateway_request(BENTEL_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_tutondolocal_request(const char *socket_path, const char *function,
+                              const char *parameters) {
+    return build_gateway_request(TUTONDO_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_echobuslocal_request(const char *socket_path, const char *function,
+                              const char *parameters) {
+    return build_gateway_request(ECHOBUS_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_martinlocal_request(const char *socket_path, const char *function,
+                             const char *parameters) {
+    return build_gateway_request(MARTIN_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_ibslocal_request(const char *socket_path, const char *function, const char *parameters) {
+    return build_gateway_request(IBS_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+int make_bymelocal_request(const char *socket_path, const char *function, const char *parameters) {
+    return build_gateway_request(BYME_BUILDER, {socket_path, nullptr, 0}, function, parameters);
+}
+
+std::span<const local_builder> local_builders() {
+    return LOCAL_BUILDERS;
 }

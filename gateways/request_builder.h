@@ -1,22 +1,19 @@
 // The request builder that all gateways share: it accepts a function, counts the parameters and
-// calls the gateway's exchange. What differs between builders is a table of builder_row.
+// calls the gateway's exchange. What differs between builders is a request_builder and its rows.
 
 #pragma once
 
-#include "gateways/exchange_call.h"
-
 #include <span>
-#include <string_view>
 
 struct gateway_profile;
 
-/// What can make a function exceptional; the usual ones have none of it.
-struct builder_exceptions {
-    bool unserved = false;        ///< counted, and then refused all the same
-    int absent_before = 0;        ///< values that the exchange takes before the first parameter
-    const char *blamed = nullptr; ///< builder that the count message names instead
-    /// Rejects parameters by their format after writing a message; null: any will do.
-    bool (*acceptable)(char *const *parameters) = nullptr;
+/// One request on its way: where it goes, by socket path or by address and port, and what it says.
+struct gateway_call {
+    const char *socket_path;
+    const char *address;
+    int port;
+    const char *function = nullptr;
+    const char *const *p = nullptr; ///< the parameters, as many as the function takes
 };
 
 /// The number of names in a list like "SectionName, Payload".
@@ -30,11 +27,13 @@ constexpr int count_names(const char *names) {
 
 /// A function that a builder serves.
 struct builder_row {
-    const char *builder; ///< the builder's own name
     const char *function;
     const char *needed; ///< the parameters' names, as the count message lists them
-    const gateway_profile *gateway;
-    builder_exceptions exceptional = {};
+    /// Hands the parameters to the gateway's exchange function; null: they are counted, and then
+    /// the function is refused all the same.
+    int (*exchange)(const gateway_call &c);
+    /// Rejects parameters by their format after writing a message; null: any will do.
+    bool (*acceptable)(const char *const *p) = nullptr;
     int count = count_names(needed); ///< exact number of parameters
 };
 
@@ -42,35 +41,18 @@ struct builder_row {
 struct request_builder {
     const char *source; ///< source file
     const char *name;
-    const char *exits_as; ///< the name in the exiting mark
-    bool trailing_trace;  ///< an empty mark follows both marks
+    const gateway_profile *gateway;
     std::span<const builder_row> rows;
+    const char *exits_as = nullptr; ///< the name in the exiting mark; null: name
+    const char *blamed = nullptr;   ///< builder that the count message names; null: name
+    bool trailing_trace = false;    ///< an empty mark follows both marks
 };
 
-/// Declared, never defined: a compiler error that names it says that a builder has no row.
-void builder_has_no_row_in_the_table();
-
-/// The rows of one builder, which stand together in their table.
-consteval std::span<const builder_row> rows_of(std::string_view builder,
-                                               std::span<const builder_row> table) {
-    std::size_t first = 0;
-    while (first < table.size() && table[first].builder != builder) {
-        first++;
-    }
-    std::size_t end = first;
-    while (end < table.size() && table[end].builder == builder) {
-        end++;
-    }
-    if (first == end) {
-        builder_has_no_row_in_the_table();
-    }
-    return table.subspan(first, end - first);
-}
-
 /// Builds and carries one request.
+/// @param call where the request goes; the function and the parameters are filled in.
 /// @param function function name; null is a function that is not served.
 /// @param parameters raw parameter list; null counts as empty.
 /// @return 503 for a function without a row, 505 for a wrong count, 502 for a wrong format,
 ///         otherwise what the exchange returns.
-int build_gateway_request(const request_builder &builder, const request_target &target,
-                          const char *function, const char *parameters);
+int build_gateway_request(const request_builder &builder, gateway_call call, const char *function,
+                          const char *parameters);

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <strings.h>
 
 namespace {
 
@@ -69,10 +70,11 @@ bool is_usable_endpoint(const char *url) {
     if (url == nullptr) {
         return true;
     }
-    const char *host = behind_beginning(url, SCHEME);
-    if (host == nullptr || strlen(url) >= sizeof(soap::endpoint) || has_blank_or_control(url)) {
+    if (strncasecmp(url, SCHEME, strlen(SCHEME)) != 0 || strlen(url) >= sizeof(soap::endpoint) ||
+        has_blank_or_control(url)) {
         return false;
     }
+    const char *host = url + strlen(SCHEME);
     // The runtime takes what stands before the first "@" for the user, wherever that is.
     if (const char *user_end = strchr(host, '@'); user_end != nullptr) {
         if (user_end > host + strcspn(host, "/?#") || !is_readable_user(host, user_end)) {

@@ -26,6 +26,9 @@ int conclude(const operation_row &row, const char *result, void *response) {
         return STATUS_NO_RESULT;
     }
     for (const result_line &line : row.lines) {
+        if (line.text == nullptr) {
+            break;
+        }
         verbose_info("%s%s", line.text, line.field(response));
     }
     return extract_error_code(result);

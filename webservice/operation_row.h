@@ -6,8 +6,6 @@
 
 #include "webservice/service_calls.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <span>
 #include <type_traits>
@@ -40,6 +38,7 @@ enum response_group {
 };
 
 constexpr std::size_t MOST_ARGUMENTS = 8; ///< of any operation, wait time included
+constexpr std::size_t MOST_LINES = 8;     ///< of any operation
 constexpr int ANY_COUNT = -1;
 
 /// What can make an operation exceptional; the usual ones have none of it.
@@ -51,14 +50,15 @@ struct operation_exceptions {
     void (*complete)(void *response) = nullptr;
 };
 
-/// Carries one call and returns the status; conclude() prints the lines in between.
+/// One function of the service. Its call returns the status; conclude() prints the lines in
+/// between.
 struct operation_row {
     const char *name;   ///< the -f name
     const char *needed; ///< what the message about a wrong count asks for; null: no list is read
     int count;          ///< exact number of entries, or ANY_COUNT
     response_group group;
-    int (*carry)(const webservice_call &call, const operation_row &row);
-    std::span<const result_line> lines;
+    int (*call)(const webservice_call &call, const operation_row &row);
+    result_line lines[MOST_LINES]; ///< a null text ends them
     operation_exceptions exceptional;
 };
 
@@ -109,7 +109,7 @@ void invoke(const webservice_call &call, char **arguments, response_of<Call> *re
     Call(call.context, call.url, nullptr, arguments[Index]..., response);
 }
 
-template <auto Call> int carry(const webservice_call &call, const operation_row &row) {
+template <auto Call> int call_operation(const webservice_call &call, const operation_row &row) {
     constexpr std::size_t argument_count = traits<Call>::argument_count;
     static_assert(argument_count <= MOST_ARGUMENTS,
                   "more fields than any operation before: raise MOST_ARGUMENTS");
@@ -124,45 +124,38 @@ template <auto Call> int carry(const webservice_call &call, const operation_row 
     return conclude(row, result_of(response), &response);
 }
 
-/// A text that a template can take.
-template <std::size_t Size> struct line_text {
-    char text[Size];
-    consteval line_text(const char (&literal)[Size]) {
-        std::copy_n(literal, Size, text);
-    }
-};
-
 /// A line that knows which record it reads.
-template <auto Member, line_text Text> struct line {
-    using record = typename member_traits<decltype(Member)>::record;
-    static constexpr result_line value = {Text.text, read_field<Member>};
-};
+template <typename Record> struct line_of { result_line line; };
 
-/// The lines of a row, in a table of just their number.
-template <typename... Lines>
-constexpr std::array<result_line, sizeof...(Lines)> LINES = {Lines::value...};
+template <auto Member>
+consteval line_of<typename member_traits<decltype(Member)>::record> line(const char *text) {
+    return {{text, read_field<Member>}};
+}
 
-template <auto Call, response_group Group, typename... Lines>
-consteval operation_row row(const char *name, int count, const char *needed, Lines... /*lines*/) {
-    static_assert((std::is_same_v<typename Lines::record, response_of<Call>> && ...),
+template <auto Call, response_group Group, typename... Records>
+consteval operation_row row(const char *name, int count, const char *needed,
+                            line_of<Records>... lines) {
+    static_assert((std::is_same_v<Records, response_of<Call>> && ...),
                   "a line reads a field of another operation's response");
-    static_assert((Group == SINGLE_RESULT) == (sizeof...(Lines) == 0),
+    static_assert((Group == SINGLE_RESULT) == (sizeof...(lines) == 0),
                   "SINGLE_RESULT goes with no lines, the other groups with at least one");
-    return {name, needed, count, Group, carry<Call>, LINES<Lines...>, {}};
+    static_assert(sizeof...(lines) <= MOST_LINES,
+                  "more lines than any operation before: raise MOST_LINES");
+    return {name, needed, count, Group, call_operation<Call>, {lines.line...}, {}};
 }
 
 /// A row of an operation that takes entries: one for each of its fields but the wait time, less
 /// AbsentLast, the fields before the wait time that always go out absent.
-template <auto Call, response_group Group, int AbsentLast = 0, typename... Lines>
-consteval operation_row takes(const char *name, const char *needed, Lines... lines) {
+template <auto Call, response_group Group, int AbsentLast = 0, typename... Records>
+consteval operation_row takes(const char *name, const char *needed, line_of<Records>... lines) {
     constexpr int entries = static_cast<int>(traits<Call>::argument_count) - 1 - AbsentLast;
     static_assert(entries > 0, "an operation without entries is a row of takes_nothing");
     return row<Call, Group>(name, entries, needed, lines...);
 }
 
 /// A row of an operation without entries: its list is not read.
-template <auto Call, response_group Group, typename... Lines>
-consteval operation_row takes_nothing(const char *name, Lines... lines) {
+template <auto Call, response_group Group, typename... Records>
+consteval operation_row takes_nothing(const char *name, line_of<Records>... lines) {
     static_assert(traits<Call>::argument_count <= 1, "the operation has fields: use takes");
     return row<Call, Group>(name, 0, nullptr, lines...);
 }

@@ -1,6 +1,5 @@
 #include "webservice/soapcallsclientutil.h"
 
-#include "front/bounded_text.h"
 #include "front/diagnostics.h"
 #include "front/memory.h"
 #include "front/product.h"
@@ -57,7 +56,7 @@ using operation::takes_nothing;
 consteval operation_row version_info_row() {
     operation_row row = takes_nothing<soap_call_ns__service_versioninfo, TEXT_LINES>(
         "SERVICE_VERSIONINFO",
-        line<&ns__service_versioninfoResponse::version, "[lumocmd] Software Version: ">{});
+        line<&ns__service_versioninfoResponse::version>("[lumocmd] Software Version: "));
     row.exceptional.complete = append_own_version;
     return row;
 }
@@ -78,24 +77,23 @@ constexpr operation_row OPERATIONS[] = {
     version_info_row(),
     takes_nothing<soap_call_ns__service_systeminfo, TEXT_LINES>(
         "SERVICE_SYSTEMINFO",
-        line<&ns__service_systeminfoResponse::systemcode, "[lumocmd] Software system code: ">{}),
+        line<&ns__service_systeminfoResponse::systemcode>("[lumocmd] Software system code: ")),
     takes_nothing<soap_call_ns__service_test, SINGLE_RESULT>("SERVICE_TEST"),
     takes<soap_call_ns__service_getelementstatus, RECORD_LINES, 1>(
         "SERVICE_GETELEMENTSTATUS", "sessionID, idobject, retrivefromdevice are needed",
-        line<&ns__service_getelementstatusResponse::status, "[lumocmd] Status: ">{},
-        line<&ns__service_getelementstatusResponse::currentvalue, "[lumocmd] Current Value: ">{}),
+        line<&ns__service_getelementstatusResponse::status>("[lumocmd] Status: "),
+        line<&ns__service_getelementstatusResponse::currentvalue>("[lumocmd] Current Value: ")),
     takes<soap_call_ns__service_getelementstatusarray, RECORD_LINES, 1>(
         "SERVICE_GETELEMENTSTATUSARRAY", "sessionID, idobject is needed",
-        line<&ns__service_getelementstatusarrayResponse::currentstate,
-             "[lumocmd] Current State: ">{},
-        line<&ns__service_getelementstatusarrayResponse::currentvalues,
-             "[lumocmd] Current Values: ">{}),
+        line<&ns__service_getelementstatusarrayResponse::currentstate>("[lumocmd] Current State: "),
+        line<&ns__service_getelementstatusarrayResponse::currentvalues>(
+            "[lumocmd] Current Values: ")),
     run_on_element_row(),
     takes<soap_call_ns__service_installcrontab, SINGLE_RESULT>(
         "SERVICE_INSTALLCRONTAB", "sessionID, newcrontabfile is needed"),
     takes<soap_call_ns__service_elementhaschanged, TEXT_LINES>(
         "SERVICE_ELEMENTHASCHANGED", "idobject, idcaller, currentvalue are needed",
-        line<&ns__service_elementhaschangedResponse::currentvalue, "[lumocmd] Current Value: ">{}),
+        line<&ns__service_elementhaschangedResponse::currentvalue>("[lumocmd] Current Value: ")),
     takes<soap_call_ns__service_swapondemand, SINGLE_RESULT>("SERVICE_SWAPONDEMAND",
                                                              "sessionID, payload is needed"),
     takes<soap_call_ns__service_uploadlumolfile, SINGLE_RESULT>("SERVICE_UPLOADLUMOLFILE",
@@ -104,8 +102,7 @@ constexpr operation_row OPERATIONS[] = {
         "SERVICE_OBJECTCYCLESAVOIDANCE", "IdObjectSource, IdObjectDestination are needed"),
     takes<soap_call_ns__service_search4neighbours, RECORD_LINES>(
         "SERVICE_SEARCH4NEIGHBOURS", "ipmcast, port are needed",
-        line<&ns__service_search4neighboursResponse::neighbourlist,
-             "[lumocmd] Neighbours List: ">{}),
+        line<&ns__service_search4neighboursResponse::neighbourlist>("[lumocmd] Neighbours List: ")),
     takes<soap_call_ns__service_attach2neighbour, SINGLE_RESULT>(
         "SERVICE_ATTACH2NEIGHBOUR",
         "remoteip, remoteport, neighbouruid, neighbourname, neighbouroptionals are needed"),
@@ -113,72 +110,72 @@ constexpr operation_row OPERATIONS[] = {
         "SERVICE_DETACH2NEIGHBOUR", "remoteip, remoteport, neighbouruid are needed"),
     takes<soap_call_ns__service_discover2neighbour, RECORD_LINES>(
         "SERVICE_DISCOVER2NEIGHBOUR", "remoteip, remoteport, neighbouruid are needed",
-        line<&ns__service_discover2neighbourResponse::interfacesidlist,
-             "[lumocmd] Interfaces ID List: ">{},
-        line<&ns__service_discover2neighbourResponse::interfacesnamelist,
-             "[lumocmd] Interfaces Name List: ">{},
-        line<&ns__service_discover2neighbourResponse::interfacestypelist,
-             "[lumocmd] Interfaces Type List: ">{},
-        line<&ns__service_discover2neighbourResponse::interfacesvaluelist,
-             "[lumocmd] Interfaces Value List: ">{},
-        line<&ns__service_discover2neighbourResponse::interfacesaccessmodelist,
-             "[lumocmd] Interfaces AccessMode List: ">{}),
+        line<&ns__service_discover2neighbourResponse::interfacesidlist>(
+            "[lumocmd] Interfaces ID List: "),
+        line<&ns__service_discover2neighbourResponse::interfacesnamelist>(
+            "[lumocmd] Interfaces Name List: "),
+        line<&ns__service_discover2neighbourResponse::interfacestypelist>(
+            "[lumocmd] Interfaces Type List: "),
+        line<&ns__service_discover2neighbourResponse::interfacesvaluelist>(
+            "[lumocmd] Interfaces Value List: "),
+        line<&ns__service_discover2neighbourResponse::interfacesaccessmodelist>(
+            "[lumocmd] Interfaces AccessMode List: ")),
     takes<soap_call_ns__service_openobjectchannel, SINGLE_RESULT>(
         "SERVICE_OPENOBJECTCHANNEL",
         "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, "
         "idlocalinterface are needed"),
     takes<soap_call_ns__service_abbmacreadtagdata, RECORD_LINES>(
         "SERVICE_ABBMACREADTAGDATA", "sessionID, idtag-programmer is needed",
-        line<&ns__service_abbmacreadtagdataResponse::tagnumber, "[lumocmd] Tag Number: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::tagtype, "[lumocmd] Tag Type: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::tagtypeoptionals,
-             "[lumocmd] Tag Type Optionals: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::tagplantcode, "[lumocmd] Tag PlantCode: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::isblank, "[lumocmd] Is blank?: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::hasvalidplantcode,
-             "[lumocmd] Has Valid PlantCode?: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::expiredatetime,
-             "[lumocmd] Tag ExpireDateTime: ">{},
-        line<&ns__service_abbmacreadtagdataResponse::ispresent, "[lumocmd] Is present?: ">{}),
+        line<&ns__service_abbmacreadtagdataResponse::tagnumber>("[lumocmd] Tag Number: "),
+        line<&ns__service_abbmacreadtagdataResponse::tagtype>("[lumocmd] Tag Type: "),
+        line<&ns__service_abbmacreadtagdataResponse::tagtypeoptionals>(
+            "[lumocmd] Tag Type Optionals: "),
+        line<&ns__service_abbmacreadtagdataResponse::tagplantcode>("[lumocmd] Tag PlantCode: "),
+        line<&ns__service_abbmacreadtagdataResponse::isblank>("[lumocmd] Is blank?: "),
+        line<&ns__service_abbmacreadtagdataResponse::hasvalidplantcode>(
+            "[lumocmd] Has Valid PlantCode?: "),
+        line<&ns__service_abbmacreadtagdataResponse::expiredatetime>(
+            "[lumocmd] Tag ExpireDateTime: "),
+        line<&ns__service_abbmacreadtagdataResponse::ispresent>("[lumocmd] Is present?: ")),
     takes<soap_call_ns__service_databasesocketoperation, RECORD_LINES>(
         "SERVICE_DATABASESOCKETOPERATION",
         "client_address, sessionID, function, type, statement_len, statement are needed",
-        line<&ns__service_databasesocketoperationResponse::result_len,
-             "[lumocmd] Results Length: ">{},
-        line<&ns__service_databasesocketoperationResponse::payload_len,
-             "[lumocmd] Payload Length: ">{},
-        line<&ns__service_databasesocketoperationResponse::payload, "[lumocmd] Payload: ">{}),
+        line<&ns__service_databasesocketoperationResponse::result_len>(
+            "[lumocmd] Results Length: "),
+        line<&ns__service_databasesocketoperationResponse::payload_len>(
+            "[lumocmd] Payload Length: "),
+        line<&ns__service_databasesocketoperationResponse::payload>("[lumocmd] Payload: ")),
     takes<soap_call_ns__service_retrieveconfiguration, TEXT_LINES>(
         "SERVICE_RETRIEVECONFIGURATION", "sessionID is needed",
-        line<&ns__service_retrieveconfigurationResponse::url, "[lumocmd] Url: ">{}),
+        line<&ns__service_retrieveconfigurationResponse::url>("[lumocmd] Url: ")),
     takes<soap_call_ns__service_login, SINGLE_RESULT>("SERVICE_LOGIN", "user, pass are needed"),
     takes<soap_call_ns__service_retrievemessages, RECORD_LINES>(
         "SERVICE_RETRIEVEMESSAGES", "sessionID, type, count, from, to are needed",
-        line<&ns__service_retrievemessagesResponse::messagecount, "[lumocmd] MessageCount: ">{},
-        line<&ns__service_retrievemessagesResponse::message, "[lumocmd] Message: ">{}),
+        line<&ns__service_retrievemessagesResponse::messagecount>("[lumocmd] MessageCount: "),
+        line<&ns__service_retrievemessagesResponse::message>("[lumocmd] Message: ")),
     takes<soap_call_ns__service_keltoclimateeventsettimeschedule, SINGLE_RESULT>(
         "SERVICE_KELTOCLIMATEEVENTSETTIMESCHEDULE",
         "sessionID, id-object, mode, type, schedule are needed"),
     takes<soap_call_ns__service_keltoclimateeventgettimeschedule, RECORD_LINES>(
         "SERVICE_KELTOCLIMATEEVENTGETTIMESCHEDULE",
         "sessionID, id-object, mode, type, weekday, season are needed",
-        line<&ns__service_keltoclimateeventgettimescheduleResponse::schedule,
-             "[lumocmd] Schedule: ">{}),
+        line<&ns__service_keltoclimateeventgettimescheduleResponse::schedule>(
+            "[lumocmd] Schedule: ")),
     takes<soap_call_ns__service_keltosaigetusergrants, RECORD_LINES>(
         "SERVICE_KELTOSAIGETUSERGRANTS", "sessionID, pin are needed",
-        line<&ns__service_keltosaigetusergrantsResponse::partializationgrants,
-             "[lumocmd] PartializationGrants: ">{}),
+        line<&ns__service_keltosaigetusergrantsResponse::partializationgrants>(
+            "[lumocmd] PartializationGrants: ")),
     takes<soap_call_ns__service_keltosaistopalarm, SINGLE_RESULT>("SERVICE_KELTOSAISTOPALARM",
                                                                   "sessionID, pin are needed"),
     takes<soap_call_ns__service_multidatabasesocketoperation, RECORD_LINES>(
         "SERVICE_MULTIDATABASESOCKETOPERATION",
         "client_address, sessionID, function, type, statement_len, statement, databaseport are "
         "needed",
-        line<&ns__service_multidatabasesocketoperationResponse::result_len,
-             "[lumocmd] Results Length: ">{},
-        line<&ns__service_multidatabasesocketoperationResponse::payload_len,
-             "[lumocmd] Payload Length: ">{},
-        line<&ns__service_multidatabasesocketoperationResponse::payload, "[lumocmd] Payload: ">{}),
+        line<&ns__service_multidatabasesocketoperationResponse::result_len>(
+            "[lumocmd] Results Length: "),
+        line<&ns__service_multidatabasesocketoperationResponse::payload_len>(
+            "[lumocmd] Payload Length: "),
+        line<&ns__service_multidatabasesocketoperationResponse::payload>("[lumocmd] Payload: ")),
     takes_nothing<soap_call_ns__service_keltorunproducttests, SINGLE_RESULT>(
         "SERVICE_KELTORUNPRODUCTTESTS"),
     takes_nothing<soap_call_ns__service_rundailyschedule, SINGLE_RESULT>(
@@ -270,20 +267,19 @@ int make_webservice_request(const char *url, const char *function, const char *p
     context->fposthdr = post_header;
     read_head_as_client(context);
 
-    char waittime_buffer[sizeof("-2147483648")] = {};
-    bounded_text waittime_text = {waittime_buffer, sizeof waittime_buffer, 0, false};
-    append_number(&waittime_text, waittime);
+    char waittime_text[sizeof("-2147483648")] = {};
+    snprintf(waittime_text, sizeof waittime_text, "%d", waittime);
     int status = STATUS_FUNCTION_NOT_SUPPORTED;
     const operation_row *row = find_operation(function);
     if (row != nullptr) {
-        webservice_call call = {context, url, waittime_buffer, 0, nullptr, is_usable_endpoint(url)};
+        webservice_call call = {context, url, waittime_text, 0, nullptr, is_usable_endpoint(url)};
         if (!take_entries(*row, parameters, &call)) {
             return STATUS_MALFORMED_REQUEST; // the process ends right after, context and all
         }
         if (!call.sendable) {
             report_unusable_url(context, url);
         }
-        status = row->carry(call, *row);
+        status = row->call(call, *row);
     }
     release_context(context);
     trace("exiting soapcallsclientutil->make_webservice_request");

@@ -2,7 +2,6 @@
 // to the one and forgotten in the other fails here by its name.
 
 #include "front/request_types.h"
-#include "gateways/exchange_call.h"
 #include "tests/protocol/gateway_calls.h"
 #include "tests/protocol/request_types.h"
 #include "tests/protocol/service_functions.h"
@@ -49,9 +48,9 @@ TEST(Completeness, EveryRequestTypeHasARow) {
 
 TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
     names program;
-    for (const builder_row &row : protocol::builder_rows()) {
-        for (const gateway_function &function : row.gateway->functions) {
-            program.insert(std::string(row.gateway->source_tag) + " " + function.name);
+    for (const request_builder *builder : protocol::request_builders()) {
+        for (const gateway_function &function : builder->gateway->functions) {
+            program.insert(std::string(builder->gateway->source_tag) + " " + function.name);
         }
     }
     names rows;
@@ -65,8 +64,10 @@ TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
 
 TEST(Completeness, EveryFunctionOfABuilderHasARow) {
     names program;
-    for (const builder_row &row : protocol::builder_rows()) {
-        program.insert(std::string(row.builder) + " " + row.function);
+    for (const request_builder *builder : protocol::request_builders()) {
+        for (const builder_row &row : builder->rows) {
+            program.insert(std::string(builder->name) + " " + row.function);
+        }
     }
     names rows;
     for (const auto &[gateway, function] : protocol::functions_that(
@@ -75,8 +76,8 @@ TEST(Completeness, EveryFunctionOfABuilderHasARow) {
              })) {
         rows.insert(protocol::function_of(gateway->builder) + " " + function->name);
     }
-    expect_the_same(program, "ROWS of gateways/localclientutil.cpp or internetclientutil.cpp", rows,
-                    "tests/protocol/gateways.h");
+    expect_the_same(program, "the ROWS of gateways/localclientutil.cpp or internetclientutil.cpp",
+                    rows, "tests/protocol/gateways.h");
 }
 
 TEST(Completeness, EveryFunctionOfTheServiceHasARow) {
