@@ -7,6 +7,14 @@ lumo_newline='
 lumo_escape=$(printf '\033')
 lumo_red="${lumo_escape}[0;31m[lumocmd] "
 
+# No call yet.
+LUMO_CODE=
+LUMO_PREFIX=
+LUMO_EXIT=
+LUMO_OUTPUT=
+lumo_raw=
+lumo_types=
+
 # Runs lumocmd with these arguments and sets LUMO_EXIT, LUMO_CODE, LUMO_PREFIX and LUMO_OUTPUT.
 # Succeeds only with code 0: codes such as 256 look like success in 8 bits.
 lumo_call() {
@@ -15,11 +23,7 @@ lumo_call() {
     # Some shells remark on a command that a time limit ended; what lumocmd says is all kept.
     {
         LUMO_EXIT=0
-        lumo_raw=$(
-            set -- lumocmd "$@"
-            [ -z "${LUMO_LIMIT:-}" ] || set -- timeout "$LUMO_LIMIT" "$@"
-            "$@" 2>&1
-        ) || LUMO_EXIT=$?
+        lumo_raw=$(lumo_run "$@") || LUMO_EXIT=$?
     } 2>/dev/null
     lumo_read_status "${lumo_raw##*"$lumo_newline"}"
     lumo_above=$lumo_raw
@@ -33,8 +37,59 @@ lumo_call() {
     case $LUMO_OUTPUT in
     *"$lumo_escape"*) LUMO_OUTPUT=$(printf '%s\n' "$LUMO_OUTPUT" | lumo_plain) ;;
     esac
+    lumo_read_types "$@"
+    case $lumo_types,$LUMO_CODE in
+    s,503 | s,505 | s,507) lumo_own=$(lumo_ask_again "$@" 2>/dev/null) ;;
+    esac
     [ "$LUMO_CODE" = 0 ] || [ "$LUMO_EXIT" -ne 0 ] || return 1
     return "$LUMO_EXIT"
+}
+
+# Writes all that lumocmd says with these arguments, within the time limit.
+lumo_run() {
+    set -- lumocmd "$@"
+    [ -z "${LUMO_LIMIT:-}" ] || set -- timeout "$LUMO_LIMIT" "$@"
+    "$@" 2>&1
+}
+
+# Notes every type that the arguments name: s for the web service, d for another. Each option has an
+# argument, attached or as the next word.
+lumo_read_types() {
+    lumo_types=
+    lumo_option=
+    for lumo_word in "$@"; do
+        case $lumo_option$lumo_word in
+        -?)
+            lumo_option=$lumo_word
+            continue
+            ;;
+        -t[Ss][Oo][Aa][Pp]) lumo_types=${lumo_types}s ;;
+        -t*) lumo_types=${lumo_types}d ;;
+        esac
+        lumo_option=
+    done
+}
+
+# Prints the outcome of a call whose code the web service or lumocmd itself may have found. With a
+# url that cannot be used nothing is sent, and lumocmd finds out the same before it looks at that.
+lumo_ask_again() {
+    set -- -u : "$@"
+    lumo_option=
+    for lumo_word in "$@"; do
+        shift
+        case $lumo_option$lumo_word in
+        -?) lumo_option=$lumo_word ;;
+        -u*) lumo_word=-u: lumo_option= ;; # attached, or as a url: neither can be used
+        *) lumo_option= ;;
+        esac
+        set -- "$@" "$lumo_word"
+    done
+    lumo_again=$(lumo_run "$@") || :
+    case ${lumo_again##*"$lumo_newline"} in
+    "${lumo_raw##*"$lumo_newline"}") echo invalid ;;
+    LMCM-502 | LMCM-508) echo refused ;;
+    *) echo unknown ;;
+    esac
 }
 
 # Takes the last line apart. It is a status only if its low 8 bits are the exit status: a run that
@@ -57,28 +112,31 @@ lumo_read_status() {
     case $lumo_number in
     -*) lumo_digits=-$lumo_digits ;;
     esac
-    [ $((lumo_digits & 255)) -eq "$LUMO_EXIT" ] || return 0
+    [ "$((lumo_digits & 255))" -eq "$LUMO_EXIT" ] || return 0
     LUMO_CODE=$lumo_digits
     # shellcheck disable=SC2034 # it is the caller's to read
     LUMO_PREFIX=${1%%-*}
 }
 
-# Prints the status text of the last call, or its exit status when there was none.
+# Prints the status text of the last call, or its exit status when there was none; "exit" alone
+# before the first call.
 lumo_status() {
     if [ -n "$LUMO_CODE" ]; then
         printf '%s\n' "${lumo_raw##*"$lumo_newline"}"
     else
-        printf 'exit %s\n' "$LUMO_EXIT"
+        printf '%s\n' "exit${LUMO_EXIT:+ $LUMO_EXIT}"
     fi
 }
 
 # Prints what became of the last call: done, refused, unreachable, invalid or unknown.
 lumo_outcome() {
-    case $LUMO_CODE in
-    0) echo 'done' ;;
-    503 | 505 | 507) echo invalid ;;
-    502 | 508) lumo_outcome_of_service ;;
-    '') lumo_outcome_without_status ;;
+    case $LUMO_CODE,$lumo_types in
+    0,*) echo 'done' ;;
+    ,*) lumo_outcome_without_status ;;
+    *,s) lumo_outcome_of_service ;;
+    *s*) echo unknown ;; # which of several types was called, lumocmd alone knows
+    503,* | 505,* | 507,*) echo invalid ;;
+    502,* | 508,*) echo unknown ;;
     *) lumo_outcome_of_daemon ;;
     esac
 }
@@ -90,15 +148,14 @@ lumo_outcome_without_status() {
     esac
 }
 
-# The report of a failed call comes before everything else.
+# A service can send any code, and relay any report but the one that lumocmd begins with when it
+# refuses a url.
 lumo_outcome_of_service() {
-    case $lumo_above in
-    *"$lumo_red"*" error url "*" cannot be used"*) echo invalid ;;
-    "SOAP 1.1 fault "*"${lumo_newline}Detail: connect failed in tcp_connect()"* | \
-        "SOAP 1.1 fault "*"${lumo_newline}Detail: getaddrinfo failed in tcp_connect()"*)
-        echo unreachable
-        ;;
-    *) echo unknown ;;
+    case $LUMO_CODE,$lumo_raw in
+    502,"Error 12 fault "* | 508,"Error 12 fault "*) echo invalid ;;
+    502,* | 508,*) echo unknown ;;
+    503,* | 505,* | 507,*) echo "$lumo_own" ;;
+    *) echo refused ;;
     esac
 }
 
@@ -128,8 +185,8 @@ lumo_value() {
     printf '%s\n' "${lumo_rest%%"${lumo_escape}[0;39m"*}"
 }
 
-# lumo_call, again and again while nothing could be sent: LUMO_TRIES calls (5) with pauses that
-# begin at LUMO_DELAY seconds (1) and double.
+# lumo_call, again and again while a daemon could not be reached: LUMO_TRIES calls (5) with pauses
+# that begin at LUMO_DELAY seconds (1) and double.
 lumo_retry() {
     lumo_tries=${LUMO_TRIES:-5}
     lumo_delay=${LUMO_DELAY:-1}

@@ -1,9 +1,8 @@
 // lumo.sh on its own, in every shell under "set -eu": a script stands for lumocmd and says what a
 // row tells it to say.
 
-#include "tests/recipes/shell_room.h"
+#include "tests/recipes/stage.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -11,55 +10,6 @@ namespace {
 
 using namespace harness;
 
-const std::string START = std::string("set -eu\n. ") + INSTALLED_LIBRARY + "\n";
-
-/// Notes its arguments, a call per line; what the call with number N says is in say.N and fault.N,
-/// what it exits with in exit.N.
-const char *const STAND_IN = R"sh(printf '<%s>' "$@" >>calls
-echo >>calls
-number=$(wc -l <calls)
-cat "fault.$number" >&2
-cat "say.$number"
-exit "$(cat "exit.$number")")sh";
-
-struct saying {
-    std::string output;
-    int exit;
-    std::string errors = {};
-};
-
-struct stage {
-    explicit stage(const shell_row &shell, const std::vector<saying> &sayings) : room(shell) {
-        room.add_script("lumocmd", STAND_IN);
-        for (std::size_t i = 0; i < sayings.size(); i++) {
-            const std::string number = std::to_string(i + 1);
-            std::ofstream(directory.path + "/say." + number) << sayings[i].output;
-            std::ofstream(directory.path + "/fault." + number) << sayings[i].errors;
-            std::ofstream(directory.path + "/exit." + number) << sayings[i].exit;
-        }
-    }
-    run_result run(const std::string &script) const {
-        return room.run(START + script, directory.path);
-    }
-    std::string noted(const char *file) const {
-        return file_text(directory.path + "/" + file);
-    }
-    shell_room room;
-    temporary_directory directory;
-};
-
-std::string red(const std::string &message) {
-    return "\x1b[0;31m[lumocmd] " + message + "\x1b[0;39m\n";
-}
-
-std::string green(const std::string &text) {
-    return "\x1b[1;32m<4711>\x1b[0;39m \x1b[0;32m[lumocmd] " + text + "\x1b[0;39m\n";
-}
-
-const std::string UNOPENED =
-    red("utility->make_localtcpclient_socket connect failed with error 'Connection refused'") +
-    red("EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside for "
-        "function SENDEIBUSSETDATAGRAM");
 const std::string TAGGED_UNOPENED =
     "\x1b[1;31m<4711>\x1b[0;39m " +
     red("FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside for function "
@@ -67,14 +17,6 @@ const std::string TAGGED_UNOPENED =
 const std::string UNREADABLE =
     red("EIBGatewayutil->eibgateway_local_request strtok parsing 'Response Status: ' response tag "
         "failed for function SENDEIBUSSETDATAGRAM");
-const std::string REFUSED_CONNECTION = "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n"
-                                       "\"Connection refused\"\n"
-                                       "Detail: connect failed in tcp_connect()\n";
-const std::string NO_SUCH_HOST = "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n"
-                                 "\"Name or service not known\"\n"
-                                 "Detail: getaddrinfo failed in tcp_connect()\n";
-const std::string FAULT = "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n"
-                          "\"out of order\"\nDetail: [no detail]\n";
 
 /// What lumocmd says, and what the caller finds.
 struct call_row {
@@ -161,41 +103,16 @@ const call_row CALLS[] = {
      "FSMC-008",
      "invalid",
      "[lumocmd] x->y error request text is longer than 1023 characters for function 'F'"},
-    {"UnsupportedServiceFunction", {"LMCM-503\n", 247}, "503", "LMCM", 247, "LMCM-503", "invalid"},
-    {"ServiceRefusesConnection",
-     {"LMCM-502\n", 246, REFUSED_CONNECTION},
+    {"UnsupportedFunction", {"LMCM-503\n", 247}, "503", "LMCM", 247, "LMCM-503", "invalid"},
+    {"TextThatAServiceReports",
+     {"LMCM-502\n", 246, UNUSABLE_URL},
      "502",
      "LMCM",
      246,
      "LMCM-502",
-     "unreachable",
-     "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"Connection refused\"\nDetail: connect failed "
-     "in tcp_connect()"},
-    {"ServiceHasNoHost",
-     {"LMCM-508\n", 252, NO_SUCH_HOST},
-     "508",
-     "LMCM",
-     252,
-     "LMCM-508",
-     "unreachable",
-     "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"Name or service not known\"\nDetail: "
-     "getaddrinfo failed in tcp_connect()"},
-    {"ServiceFault",
-     {"LMCM-508\n", 252, FAULT},
-     "508",
-     "LMCM",
-     252,
-     "LMCM-508",
      "unknown",
-     "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"out of order\"\nDetail: [no detail]"},
-    {"UnusableUrl",
-     {red("x->y error url 'u' cannot be used, one like v is needed") + "LMCM-502\n", 246},
-     "502",
-     "LMCM",
-     246,
-     "LMCM-502",
-     "invalid",
-     "[lumocmd] x->y error url 'u' cannot be used, one like v is needed"},
+     "Error 12 fault at source [no subcode]\n\"url 'u' cannot be used\"\nDetail: one like v is "
+     "needed"},
     {"RefusedCommandLine",
      {red("utility->parse_cmd_line malformed request"), 249},
      "",
@@ -256,6 +173,8 @@ INSTANTIATE_TEST_SUITE_P(Library, Call,
                                     std::get<1>(row.param).name;
                          });
 
+const saying NOT_REACHED = {UNOPENED + "EIBG-105\n", 105};
+
 class InShell : public testing::TestWithParam<shell_row> {};
 
 TEST_P(InShell, CallEndsAScriptThatStopsAtFailures) {
@@ -279,6 +198,26 @@ TEST_P(InShell, CallSaysWhenThereIsNoProgram) {
     EXPECT_EQ(seen.errors, "");
 }
 
+TEST_P(InShell, NothingIsKnownBeforeTheFirstCall) {
+    const stage stage(GetParam(), {});
+    const run_result seen = stage.run(R"sh(lumo_status
+lumo_outcome
+lumo_value Status || echo none
+echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT>")sh");
+    EXPECT_EQ(seen.output, "exit\nunknown\nnone\n<>\n");
+    EXPECT_EQ(seen.errors, "");
+}
+
+TEST_P(InShell, CallBearsAnySeparators) {
+    const stage stage(GetParam(), {NOT_REACHED, {"LMCM-503\n", 247}, {"LMCM-503\n", 247}});
+    const run_result seen = stage.run(R"sh(IFS='0123456789 -|LMCabcdefghijklmnopqrstuvwxyz'
+lumo_retry -f F -t SOAP || lumo_status
+lumo_retry -t SOAP -f F || lumo_outcome
+lumo_list 1 2)sh");
+    EXPECT_EQ(seen.output, "EIBG-105\ninvalid\n1|2\n");
+    EXPECT_EQ(seen.errors, "");
+}
+
 TEST_P(InShell, CallTakesATimeLimit) {
     const stage stage(GetParam(), {{"LMCM-0000\n", 0}});
     stage.room.add_script("timeout", "echo \"$*\" >>limits\nshift\nexec \"$@\"");
@@ -299,8 +238,6 @@ lumo_value 'Payload Length'
 lumo_value 'Payload L' || echo none)sh");
     EXPECT_EQ(seen.output, "one\ntwo [*] \xe9\n\n11\nnone\n");
 }
-
-const saying NOT_REACHED = {UNOPENED + "EIBG-105\n", 105};
 
 TEST_P(InShell, RetryPausesLongerAndLonger) {
     const stage stage(GetParam(), {NOT_REACHED, NOT_REACHED, NOT_REACHED, {"LMCM-0000\n", 0}});
