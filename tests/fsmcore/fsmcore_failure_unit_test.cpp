@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <poll.h>
 
 namespace {
 
@@ -55,8 +56,12 @@ TEST_P(FsmcoreFailure, SendFails) {
 }
 
 TEST_P(FsmcoreFailure, DaemonClosesBeforeTheRequest) {
-    const meeting_point point(x.where, {reset()});
-    client.before_send = [&] { EXPECT_EQ(point.daemon->finish(), ""); };
+    const meeting_point point(x.where, {await_end(), reset()});
+    client.before_send = [&](int connection) {
+        EXPECT_EQ(point.daemon->finish(), "");
+        pollfd gone = {connection, 0, 0};
+        EXPECT_EQ(poll(&gone, 1, PATIENCE_MS), 1);
+    };
     expect_failure(point, message(2, x.where == family::UNIX_SOCKET ? EPIPE : ECONNRESET), 7);
 }
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <poll.h>
 
 namespace {
 
@@ -95,9 +96,13 @@ TEST(GatewayFailure, DaemonClosesBeforeTheRequest) {
     for (const gateway_row *each : GATEWAYS) {
         const gateway_row &x = *each;
         SCOPED_TRACE(title(x));
-        const meeting_point point(x.where, {reset()});
+        const meeting_point point(x.where, {await_end(), reset()});
         watched_client client;
-        client.before_send = [&] { EXPECT_EQ(point.daemon->finish(), ""); };
+        client.before_send = [&](int connection) {
+            EXPECT_EQ(point.daemon->finish(), "");
+            pollfd gone = {connection, 0, 0};
+            EXPECT_EQ(poll(&gone, 1, PATIENCE_MS), 1);
+        };
         const outcome got = run_exchange(x, point, &client, usual_function(x));
         const int number = x.where == family::UNIX_SOCKET ? EPIPE : ECONNRESET;
         EXPECT_EQ(got.output, red(exchange_message(x, 3, usual_function(x), reason(number))));

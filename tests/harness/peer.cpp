@@ -22,6 +22,9 @@ step expect(std::string bytes) {
 step await_bytes() {
     return {step_kind::AWAIT, {}};
 }
+step await_end() {
+    return {step_kind::AWAIT_END, {}};
+}
 step collect_until(std::string end) {
     return {step_kind::COLLECT, std::move(end)};
 }
@@ -200,6 +203,12 @@ void peer::follow(const script &steps, int *connection) {
         case step_kind::AWAIT:
             if (!wait_readable(*connection)) {
                 complaint_ = "time-out: the client did not send";
+                return;
+            }
+            break;
+        case step_kind::AWAIT_END:
+            if (!wait_readable(stop_[0])) {
+                complaint_ = "time-out: the test did not end the script";
                 return;
             }
             break;

@@ -12,6 +12,7 @@ namespace harness {
 enum class step_kind {
     EXPECT,     ///< receive exactly these bytes
     AWAIT,      ///< wait until bytes have come, leave them unreceived
+    AWAIT_END,  ///< wait until the test calls finish()
     COLLECT,    ///< receive until these bytes have come, keep everything for received()
     SEND,       ///< send these bytes in one write
     DRIP,       ///< send these bytes one per write
@@ -33,6 +34,7 @@ int bind_to_loopback(int descriptor);
 // The vocabulary of scripts.
 step expect(std::string bytes);
 step await_bytes();
+step await_end();
 step collect_until(std::string end);
 step reply(std::string bytes);
 step drip(std::string bytes);

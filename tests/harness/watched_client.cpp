@@ -99,7 +99,7 @@ extern "C" ssize_t send(int descriptor, const void *bytes, size_t size, int flag
         if (watcher->before_send) {
             // The hook may use sockets itself; those calls are not the client's.
             watched_client *client = std::exchange(watcher, nullptr);
-            client->before_send();
+            client->before_send(descriptor);
             watcher = client;
         }
         if (watcher->send_error != 0) {

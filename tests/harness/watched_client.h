@@ -24,8 +24,9 @@ class watched_client {
     int connect_error = 0; ///< no connection is attempted
     int send_error = 0;
     int recv_error = 0;
-    std::size_t send_at_most = 0;      ///< a send takes no more bytes than this; 0: all of them
-    std::function<void()> before_send; ///< what happens between connecting and sending
+    std::size_t send_at_most = 0; ///< a send takes no more bytes than this; 0: all of them
+    /// What happens between connecting and sending.
+    std::function<void(int connection)> before_send;
 
     // What the client called.
     int connects = 0;
