@@ -47,3 +47,8 @@ struct temporary_directory {
 };
 
 } // namespace harness
+
+/// Skips a test where something that it needs is missing; `reason` says what, or is empty.
+#define SKIP_WHERE_MISSING(reason)                                                                 \
+    if (const std::string missing = reason; !missing.empty())                                      \
+    GTEST_SKIP() << missing

@@ -264,6 +264,7 @@ TEST(Connection, ResetBeforeTheRequestIsReported) {
 }
 
 TEST(Connection, UnknownHostIsReported) {
+    SKIP_WHERE_MISSING(missing_private_machine());
     const std::string seen = on_private_machine([] {
         const run_result run =
             lumocmd({"-t", "SOAP", "-u", "http://no-such-host.invalid/", "-f", "SERVICE_TEST"});

@@ -8,6 +8,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <net/if.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sched.h>
@@ -84,6 +85,18 @@ std::string on_private_machine(const std::function<std::string()> &action) {
     int status = 0;
     waitpid(child, &status, 0);
     return status == 0 ? text : "the private machine broke down after: " + text;
+}
+
+std::string missing_private_machine(const std::string &host) {
+    return on_private_machine([&] {
+        addrinfo *found = nullptr;
+        const int error = getaddrinfo(host.c_str(), nullptr, nullptr, &found);
+        if (error != 0) {
+            return host + " has no address: " + gai_strerror(error);
+        }
+        freeaddrinfo(found);
+        return std::string();
+    });
 }
 
 well_known_service::well_known_service(std::string answer) {

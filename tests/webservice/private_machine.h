@@ -13,6 +13,9 @@ namespace harness {
 /// @return the action's text, or a complaint when there is no such process to be had.
 std::string on_private_machine(const std::function<std::string()> &action);
 
+/// Why no service of such a process can be called by this name of its host; empty when it can.
+std::string missing_private_machine(const std::string &host = "127.0.0.1");
+
 /// A web server on port 80 of 127.0.0.1 that answers one request. It listens before the constructor
 /// returns.
 class well_known_service {
