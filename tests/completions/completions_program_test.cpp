@@ -92,7 +92,8 @@ struct answer {
 
 class Completion : public testing::TestWithParam<shell> {
   protected:
-    Completion() {
+    void SetUp() override {
+        SKIP_WHERE_MISSING(harness::missing_terminal());
         const std::string startup = home_.path + "/" + GetParam().startup_file;
         std::filesystem::create_directories(std::filesystem::path(startup).parent_path());
         std::ofstream(startup) << with_path(GetParam().startup, LUMOCMD_COMPLETIONS);

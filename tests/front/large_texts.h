@@ -4,13 +4,13 @@
 
 #include "tests/front/saved_globals.h"
 
-#include <cinttypes>
-#include <cstdio>
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <malloc.h>
-#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/asan_interface.h>
@@ -42,16 +42,10 @@ class LargeTexts : public FreshGlobals {
 #ifdef __SANITIZE_ADDRESS__
         return __asan_address_is_poisoned(reinterpret_cast<void *>(block)) != 0;
 #else
-        std::ifstream mappings("/proc/self/maps");
-        for (std::string line; std::getline(mappings, line);) {
-            std::uintptr_t first = 0;
-            std::uintptr_t end = 0;
-            if (sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR, &first, &end) == 2 &&
-                first <= block + SIZE / 2 && block + SIZE / 2 < end) {
-                return false;
-            }
-        }
-        return true;
+        const auto page_size = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+        const std::uintptr_t page = (block + SIZE / 2) / page_size * page_size;
+        unsigned char resident = 0;
+        return mincore(reinterpret_cast<void *>(page), 1, &resident) != 0 && errno == ENOMEM;
 #endif
     }
 };

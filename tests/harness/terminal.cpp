@@ -1,8 +1,10 @@
 #include "tests/harness/terminal.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <poll.h>
 #include <pty.h>
 #include <regex>
@@ -23,6 +25,16 @@ std::string plain(const std::string &shown) {
 }
 
 } // namespace
+
+std::string missing_terminal() {
+    int ends[2];
+    if (openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) != 0) {
+        return std::string("no pseudo-terminal: ") + strerror(errno);
+    }
+    close(ends[0]);
+    close(ends[1]);
+    return "";
+}
 
 terminal::terminal(const words &command) {
     std::vector<char *> arguments;

@@ -9,6 +9,9 @@
 
 namespace harness {
 
+/// Why there is no terminal to be had; empty when there is one.
+std::string missing_terminal();
+
 class terminal {
   public:
     /// Starts the program on a wide dumb terminal.

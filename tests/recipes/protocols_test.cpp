@@ -2,7 +2,6 @@
 // after it.
 
 #include "tests/harness/meeting_point.h"
-#include "tests/harness/terminal.h"
 #include "tests/recipes/shell_room.h"
 #include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"
@@ -191,18 +190,19 @@ TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
 struct example_daemon {
     example_daemon()
         : path(directory.path + "/lumo_bentelgateway.socket"),
-          program({"/usr/bin/python3", PROJECT_DIRECTORY "/examples/gateway_daemon.py", path}) {
-        program.shown_until("ready");
-    }
+          program("/usr/bin/python3", {PROJECT_DIRECTORY "/examples/gateway_daemon.py", path}),
+          ready(wait_for_output(program, "ready\n")) {}
     temporary_directory directory;
     std::string path;
-    terminal program;
+    Program program;
+    bool ready;
 };
 
 TEST(ExampleDaemon, ServesTheProgram) {
     example_daemon daemon;
+    ASSERT_TRUE(daemon.ready) << daemon.program.errors;
     EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
-    EXPECT_NO_THROW(daemon.program.shown_until("hall: ARM 1"));
+    EXPECT_TRUE(wait_for_output(daemon.program, "hall: ARM 1\n"));
     EXPECT_EQ(
         call({"-t", "BENTELLOCAL", "-f", "sendbentelcommanddatagram", "-p", "hall|9|ARM|1", "-s"},
              daemon.path)
@@ -247,6 +247,7 @@ TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
         {"Request: \xff\n\n", false, "Response Status: BENG-1301\n"},
     };
     example_daemon daemon;
+    ASSERT_TRUE(daemon.ready) << daemon.program.errors;
     for (const daemon_row &row : rows) {
         EXPECT_EQ(ask_daemon(daemon.directory.path, "bentelgateway", row.sent, row.drip),
                   row.answer)

@@ -122,7 +122,7 @@ TEST(Clients, SilentOnesBlockNobody) {
 }
 
 TEST(Clients, LeavingWithoutReadingTheAnswerIsSurvived) {
-    Simulator simulator({"--answer-raw", "eib=@/proc/self/exe"});
+    Simulator simulator({"--answer-raw", "eib=@" LUMOSIM_PROGRAM});
     ASSERT_TRUE(simulator.ready) << simulator.program.errors;
     const int leaving = connect_daemon(simulator.home.path, "eibgateway");
     ASSERT_TRUE(send_bytes(leaving, "Request: x\n\n"));
