@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <httplib.h>
+#include <netinet/in.h>
 #include <sstream>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
@@ -96,6 +98,17 @@ std::string missing_browser() {
         }
     }
     return "";
+}
+
+bool has_ipv6_loopback() {
+    sockaddr_in6 address{};
+    address.sin6_family = AF_INET6;
+    address.sin6_addr = in6addr_loopback;
+    const int descriptor = socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool bound =
+        bind(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    close(descriptor);
+    return bound;
 }
 
 Browser::Browser() {

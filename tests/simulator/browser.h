@@ -10,6 +10,9 @@
 /// Why no browser can be started here; empty when one can.
 std::string missing_browser();
 
+/// Whether a socket can be bound to ::1.
+bool has_ipv6_loopback();
+
 struct Browser {
     Browser();
     ~Browser();
