@@ -19,6 +19,7 @@ pkg_check_modules(GSOAP REQUIRED gsoap)
 pkg_get_variable(GSOAP_LIBRARY_DIR gsoap libdir)
 pkg_get_variable(GSOAP_INCLUDE_DIR gsoap includedir)
 set(GSOAP_LIBRARY ${GSOAP_LIBRARY_DIR}/libgsoap.a)
+include(cmake/gsoap.cmake)
 
 set(GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
 set(GENERATED_FILES
@@ -47,9 +48,7 @@ endif()
 # WITH_COMPAT keeps C++'s own streams and constructors out of the header; the C side has none.
 target_compile_definitions(lumows_client PUBLIC $<$<COMPILE_LANGUAGE:CXX>:WITH_COMPAT>)
 target_compile_options(lumows_client PUBLIC ${GSOAP_CFLAGS_OTHER})
-target_link_libraries(lumows_client PUBLIC ${GSOAP_LIBRARY} PRIVATE lumocmd_product)
-# The runtime, which stands last on the link line, wants the table of the library before it.
-target_link_options(lumows_client INTERFACE -Wl,--undefined=namespaces)
+target_link_libraries(lumows_client PUBLIC soap_runtime PRIVATE lumocmd_product)
 
 if(NOT CMAKE_CROSSCOMPILING)
     include(cmake/description.cmake)

@@ -27,7 +27,6 @@
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker names them
 extern "C" {
-void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
 void __real_free(void *block);
@@ -136,8 +135,9 @@ extern "C" {
 // ---------------------------------------------------------------------------------------------
 // Memory and exit
 
-void *__wrap_malloc(size_t size) {
-    void *block = __real_malloc(size);
+/// The SOAP runtime's, instead of the program's own: its blocks must be gone by themselves.
+void *lumocmd_runtime_malloc(size_t size) {
+    void *block = malloc(size);
     remember(block, MALLOC);
     return block;
 }

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <elf.h>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -49,17 +48,6 @@ TEST_F(ShippedProgram, IsFortified) {
     // Names that the runtime, which is fortified by itself, does not import.
     EXPECT_TRUE(imports("__printf_chk"));
     EXPECT_TRUE(imports("__vprintf_chk"));
-}
-
-/// What only servers, dates and the like need of libc does not reach it.
-TEST_F(ShippedProgram, ImportsNothingThatIsUnreachable) {
-    std::istringstream names(UNREACHABLE_RUNTIME_CALLS);
-    int checked = 0;
-    for (std::string name; names >> name; checked++) {
-        EXPECT_FALSE(imports(name)) << name;
-    }
-    EXPECT_GT(checked, 0);
-    EXPECT_FALSE(imports("time"));
 }
 
 TEST_F(ShippedProgram, NeedsLibcAlone) {
