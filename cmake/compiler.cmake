@@ -9,14 +9,17 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 include(CheckPIESupported)
 check_pie_supported()
 
+option(LUMOCMD_WERROR "Take warnings for errors; for developers, as another compiler has other warnings" OFF)
+
 # For everything written here, tests included; never for generated code.
 add_library(lumocmd_warnings INTERFACE)
 target_compile_options(lumocmd_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2
     -Wno-format-zero-length # an empty trace mark is part of the trail
-    -Wcast-align -Wcast-qual -Wundef -Wnull-dereference -Wdouble-promotion -Wvla -Werror
+    -Wcast-align -Wcast-qual -Wundef -Wnull-dereference -Wdouble-promotion -Wvla
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond> $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches>
-    $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
+    $<$<BOOL:${LUMOCMD_WERROR}>:-Werror>)
 
 # For what does not ship: compiled in less time rather than to run in less, its memory watched where the
 # product's is, its arithmetic not.
@@ -24,33 +27,35 @@ add_library(lumocmd_quick INTERFACE)
 target_compile_options(lumocmd_quick INTERFACE
     $<$<CONFIG:Release>:-O0> $<$<CONFIG:Debug>:-fno-sanitize=undefined>)
 
-# Not on the controller: two pages of its flash for one large frame. The gap below the stack is of a
-# megabyte: a touch every 64 KiB cannot miss it, and leaves the pages between to whoever needs them.
-if(NOT CMAKE_CROSSCOMPILING)
-    set(STACK_CLASH_PROTECTION -fstack-clash-protection
-        $<$<CXX_COMPILER_ID:GNU>:--param=stack-clash-protection-guard-size=16>
-        $<$<CXX_COMPILER_ID:GNU>:--param=stack-clash-protection-probe-interval=16>)
+# Whoever builds may have chosen another level, and so may have the compiler's maker: theirs stands.
+include(CheckCXXSourceCompiles)
+set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
+check_cxx_source_compiles("
+    #ifdef _FORTIFY_SOURCE
+    #error its level is chosen
+    #endif
+    int main() { return 0; }" LUMOCMD_CHOOSES_FORTIFY_LEVEL)
+unset(CMAKE_TRY_COMPILE_CONFIGURATION)
+add_library(lumocmd_fortified INTERFACE)
+if(LUMOCMD_CHOOSES_FORTIFY_LEVEL)
+    # It has an effect with the optimizer alone, and is warned about without.
+    target_compile_definitions(lumocmd_fortified INTERFACE
+        $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=3>)
+endif()
+
+# Not on 32-bit ARM: two pages of the controller's flash for one large frame.
+if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+    set(STACK_CLASH_PROTECTION -fstack-clash-protection)
 endif()
 
 # For the program and the library under it: no run-time library beyond libc, hardened.
 add_library(lumocmd_product INTERFACE)
 target_compile_options(lumocmd_product INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
-    "$<$<CONFIG:Release>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3>"
     $<$<CXX_COMPILER_ID:GNU>:-ftrivial-auto-var-init=zero>
     ${STACK_CLASH_PROTECTION}
     -fno-strict-overflow -fno-strict-aliasing -fno-delete-null-pointer-checks
     -ffunction-sections -fdata-sections -fstack-protector-strong)
+target_link_libraries(lumocmd_product INTERFACE lumocmd_fortified)
 target_link_options(lumocmd_product INTERFACE
-    $<$<CONFIG:Release>:-s>
-    -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack
-    # No function of that name: the usual one does nothing, in a page that nothing else needs.
-    -Wl,-fini=no_end_function)
-
-# The addresses in tables, packed: a twentieth of the file. It needs glibc 2.36 at run time; the
-# controller's linker cannot.
-include(CheckLinkerFlag)
-check_linker_flag(CXX -Wl,-z,pack-relative-relocs LINKER_PACKS_ADDRESSES)
-if(LINKER_PACKS_ADDRESSES AND NOT CMAKE_CROSSCOMPILING)
-    target_link_options(lumocmd_product INTERFACE -Wl,-z,pack-relative-relocs)
-endif()
+    -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

@@ -13,8 +13,8 @@ check_format() {
 }
 
 # Both read the flags of a build whose sources are compiled one by one, without what GCC has precompiled.
-# The compiler's own warnings are GCC's, and so are the parameters of its protections; clang does not know
-# all of their names, and wants a word of its own for zeroed variables.
+# The compiler's own warnings are GCC's; clang does not know all of their names, and wants a word of its
+# own for zeroed variables.
 clang_tidy() {
     cmake --preset release -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
         -DLUMOSIM_IN_PIECES=OFF </dev/null >/dev/null || return 1
