@@ -1,8 +1,48 @@
-# The SOAP runtime: found, and copied with its own allocator. It would go on without the memory that it
-# did not get, so in the copy its calls of malloc have another name, which webservice/runtime_memory.cpp
+# gSOAP as the toolchain has it: from pkg-config, or below GSOAP_ROOT. Each part can be named by itself,
+# for whoever keeps the generator, a program of this machine, apart from the target's library.
+
+set(GSOAP_ROOT "" CACHE PATH "Prefix of a gSOAP that is not pkg-config's")
+if(GSOAP_ROOT)
+    # Its own file says how the library was compiled.
+    set(usual_search "$ENV{PKG_CONFIG_LIBDIR}")
+    set(directories ${GSOAP_ROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE} ${GSOAP_ROOT}/lib ${GSOAP_ROOT}/lib64)
+    list(TRANSFORM directories APPEND /pkgconfig OUTPUT_VARIABLE search)
+    list(JOIN search ":" search)
+    set(ENV{PKG_CONFIG_LIBDIR} "${search}")
+    set(library_search HINTS ${directories} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+    set(header_search HINTS ${GSOAP_ROOT}/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+endif()
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(GSOAP gsoap)
+if(GSOAP_ROOT)
+    # An empty one would find nothing at all.
+    unset(ENV{PKG_CONFIG_LIBDIR})
+    if(usual_search)
+        set(ENV{PKG_CONFIG_LIBDIR} "${usual_search}")
+    endif()
+    if(NOT CMAKE_CROSSCOMPILING)
+        set(program_search HINTS ${GSOAP_ROOT}/bin)
+    endif()
+else()
+    set(library_search HINTS ${GSOAP_LIBDIR})
+    set(header_search HINTS ${GSOAP_INCLUDEDIR})
+endif()
+
+find_program(SOAPCPP2 soapcpp2 ${program_search} REQUIRED DOC "gSOAP's generator, of this machine")
+find_library(GSOAP_LIBRARY libgsoap.a ${library_search} REQUIRED DOC "gSOAP's static library for C")
+find_path(GSOAP_INCLUDE_DIR stdsoap2.h ${header_search} REQUIRED DOC "Where gSOAP's stdsoap2.h is")
+# Other ones link and then crash.
+if(NOT GSOAP_FOUND AND NOT DEFINED CACHE{GSOAP_FLAGS})
+    message(FATAL_ERROR "pkg-config knows no gsoap: name its prefix in GSOAP_ROOT, or in GSOAP_FLAGS "
+        "the definitions that ${GSOAP_LIBRARY} was compiled with, such as \"-DWITH_IPV6;-DWITH_DOM\".")
+endif()
+set(GSOAP_FLAGS "${GSOAP_CFLAGS_OTHER}" CACHE STRING
+    "Flags that GSOAP_LIBRARY was compiled with, separated by semicolons")
+
+# The copy that is linked has its own allocator. The runtime would go on without the memory that it did
+# not get, so in the copy its calls of malloc have another name, which webservice/runtime_memory.cpp
 # defines. Renaming concerns the runtime's calls alone, however the program is linked; --wrap would take
 # libc's own calls as well when that is linked statically.
-
 file(READ ${GSOAP_LIBRARY} beginning LIMIT 8 HEX)
 string(HEX "!<arch>\n" archive_mark)
 if(NOT beginning STREQUAL archive_mark)
@@ -21,6 +61,9 @@ add_custom_target(soap_runtime_copy DEPENDS ${runtime})
 add_library(soap_runtime STATIC IMPORTED)
 set_target_properties(soap_runtime PROPERTIES IMPORTED_LOCATION ${runtime})
 add_dependencies(soap_runtime soap_runtime_copy)
+# Before the desk's /usr/include, which Debian's cross compilers search as well.
+target_include_directories(soap_runtime SYSTEM INTERFACE ${GSOAP_INCLUDE_DIR})
+target_compile_options(soap_runtime INTERFACE ${GSOAP_FLAGS})
 # The runtime stands last on the link line and wants these of the libraries before it.
 target_link_options(soap_runtime INTERFACE
     -Wl,--undefined=namespaces -Wl,--undefined=lumocmd_runtime_malloc)
