@@ -1,0 +1,42 @@
+# The program that fills the templates, for a cross build: its sources and those of the library under it
+# are compiled once more, for the machine that builds.
+
+find_program(HOST_CXX NAMES c++ g++ clang++ REQUIRED NO_CMAKE_FIND_ROOT_PATH
+    DOC "C++ compiler for the machine that builds")
+
+get_target_property(library_sources lumocmd_core SOURCES)
+list(TRANSFORM sources PREPEND catalogue/)
+set(host_directory ${CMAKE_CURRENT_BINARY_DIR}/host)
+file(MAKE_DIRECTORY ${host_directory})
+set(objects)
+foreach(source IN LISTS sources library_sources)
+    cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
+    cmake_path(GET source FILENAME name)
+    set(object ${host_directory}/${name}.o)
+    add_custom_command(
+        OUTPUT ${object}
+        COMMAND ${HOST_CXX} -std=c++20 -MD -MF ${object}.d -MT ${object} -I${PROJECT_SOURCE_DIR}
+            -isystem ${GENERATED_DIR} -isystem ${GSOAP_INCLUDE_DIR} ${GSOAP_FLAGS} -DWITH_COMPAT
+            -c ${source} -o ${object}
+        DEPENDS ${source} lumows_client # with it come the generated headers
+        DEPFILE ${object}.d
+        COMMENT "Compiling ${name} for this machine"
+        VERBATIM)
+    list(APPEND objects ${object})
+endforeach()
+
+# It reads the tables and calls nothing that they name, so it does without the SOAP runtime, of which
+# there may be the target's alone.
+add_custom_command(
+    OUTPUT ${host_directory}/catalogue
+    COMMAND ${HOST_CXX} -no-pie -Wl,--unresolved-symbols=ignore-all ${objects}
+        -o ${host_directory}/catalogue
+    DEPENDS ${objects}
+    COMMENT "Linking lumocmd_catalogue for this machine"
+    VERBATIM)
+add_custom_target(host_catalogue DEPENDS ${host_directory}/catalogue)
+
+add_executable(lumocmd_catalogue IMPORTED GLOBAL)
+set_target_properties(lumocmd_catalogue PROPERTIES
+    IMPORTED_LOCATION ${host_directory}/catalogue CROSSCOMPILING_EMULATOR "")
+add_dependencies(lumocmd_catalogue host_catalogue)
