@@ -54,7 +54,7 @@ void check_run(const request &wanted, const peer_script &script, const outcome &
                 seen.report.starts_with("Error "),
             "report is one of the runtime");
     // No answer makes a report begin so.
-    const bool is_refused = seen.report.starts_with("Error 12 fault ");
+    const bool is_refused = seen.report.starts_with("Error 3986 fault ");
     require(!is_refused || wanted.any_url, "url can be used");
     require(is_refused || !service::must_be_refused(wanted), "url cannot be used");
     require(seen.report.empty() || !passed.text, "a failed call has no result");

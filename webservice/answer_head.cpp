@@ -7,8 +7,7 @@
 
 namespace {
 
-/// Bytes of an error answer's body that are worth reporting. The runtime allocates what its head
-/// announces.
+/// Bytes of an error answer's body that are worth reporting.
 constexpr int LONGEST_ERROR_TEXT = 65536;
 
 int (*runtime_read_head)(struct soap *);
@@ -30,7 +29,8 @@ int read_head(struct soap *context) {
         return context->error;
     }
     if (error != SOAP_OK) {
-        context->recv_maxlength = LONGEST_ERROR_TEXT;
+        // The runtime counts the bytes of chunks twice, and those of the head.
+        context->recv_maxlength = 4 * LONGEST_ERROR_TEXT;
         if (context->length > LONGEST_ERROR_TEXT) {
             context->length = LONGEST_ERROR_TEXT;
         }
@@ -50,6 +50,15 @@ int read_header(struct soap *context, const char *name, const char *value) {
     return SOAP_OK;
 }
 
+/// The runtime asks this before it allocates an attachment. Null without an error: it may.
+void *open_attachment(struct soap *context, const char * /*id*/, const char * /*type*/,
+                      const char * /*options*/) {
+    if (context->dime.size > SOAP_MAXDIMESIZE) {
+        context->error = SOAP_DIME_ERROR;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 void read_head_as_client(struct soap *context) {
@@ -57,4 +66,5 @@ void read_head_as_client(struct soap *context) {
     context->fparse = read_head;
     runtime_read_header = context->fparsehdr;
     context->fparsehdr = read_header;
+    context->fdimewriteopen = open_attachment;
 }

@@ -1,4 +1,5 @@
-// Where the SOAP runtime's memory comes from: cmake/gsoap.cmake renames its calls of malloc to this.
+// Where the SOAP runtime's memory comes from: cmake/gsoap.cmake renames its calls of malloc to
+// this.
 
 #include "front/memory.h"
 

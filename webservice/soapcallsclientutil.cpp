@@ -229,14 +229,18 @@ int post_header(struct soap *context, const char *key, const char *value) {
     return runtime_post_header(context, key, is_agent ? "gSOAP/2.7" : value);
 }
 
-/// Leaves the report that release_context() prints. No peer can forge its first line: the runtime
-/// begins with "Error" before it has written an envelope, and what it writes so of an answer has
-/// another number.
+/// Shown by the report about a url. No answer brings it: it is no error of the runtime, and no HTTP
+/// status, which has three digits. Scripts know by it that nothing was sent.
+constexpr int UNUSABLE_URL = 3986;
+
+/// Leaves the report that release_context() prints.
 void report_unusable_url(struct soap *context, const char *url) {
     char advice[128];
     snprintf(advice, sizeof advice, "one like %s of at most %d characters is needed",
              LUMOWS_DEFAULT_URL, longest_endpoint());
+    // Not freed: the process ends right after.
     soap_sender_fault(context, xstrconcat(xstrconcat("url '", url), "' cannot be used"), advice);
+    context->error = UNUSABLE_URL;
 }
 
 void release_context(struct soap *context) {

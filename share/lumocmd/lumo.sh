@@ -152,7 +152,7 @@ lumo_outcome_without_status() {
 # refuses a url.
 lumo_outcome_of_service() {
     case $LUMO_CODE,$lumo_raw in
-    502,"Error 12 fault "* | 508,"Error 12 fault "*) echo invalid ;;
+    502,"Error 3986 fault "* | 508,"Error 3986 fault "*) echo invalid ;;
     502,* | 508,*) echo unknown ;;
     503,* | 505,* | 507,*) echo "$lumo_own" ;;
     *) echo refused ;;

@@ -204,7 +204,6 @@ TEST_P(DaemonAnswer, IsJudgedByItsFirstRead) {
     const measured_run measured = program.finish();
     expect_outcome(measured, outcome_of(daemon, row.wanted));
     EXPECT_EQ(peer.finish(), 1);
-    note_cost(measured, size_of(answer));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, DaemonAnswer,
@@ -284,7 +283,6 @@ class DaemonPrefix : public testing::TestWithParam<daemon_kind> {
     const daemon_kind &daemon = GetParam();
     temporary_directory directory;
     std::string path = directory.path + "/s";
-    measured_run dearest = {};
 
     void expect_cut(const std::string &answer, const outcome &wanted) {
         SCOPED_TRACE(answer);
@@ -294,7 +292,6 @@ class DaemonPrefix : public testing::TestWithParam<daemon_kind> {
         const measured_run measured = program.finish();
         expect_outcome(measured, wanted);
         EXPECT_EQ(peer.finish(), 1);
-        keep_dearest(&dearest, measured);
     }
 };
 
@@ -310,7 +307,6 @@ TEST_P(DaemonPrefix, IsJudgedAsItStands) {
             }
         }
     }
-    note_cost(dearest, answer.size());
 }
 
 /// The program reads once, and how much has come by then is the machine's affair.
@@ -328,7 +324,6 @@ TEST_P(DaemonPrefix, IsWhatByteByByteComesDownTo) {
     EXPECT_TRUE(possible.contains({measured.run.output, measured.run.status}))
         << measured.run.output;
     EXPECT_EQ(peer.finish(), 1);
-    note_cost(measured, answer.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Daemons, DaemonPrefix, testing::ValuesIn(DAEMONS), NAME_OF_DAEMON);
@@ -353,7 +348,6 @@ class DaemonSocket : public testing::TestWithParam<daemon_kind> {
         measured_program program(command(daemon, path));
         const measured_run measured = program.finish();
         expect_outcome(measured, unreached(reason));
-        note_cost(measured, 0);
     }
 };
 
@@ -365,7 +359,6 @@ TEST_P(DaemonSocket, SilentIsWaitedForUntilItCloses) {
     EXPECT_EQ(peer.finish(), 1);
     const measured_run measured = program.finish();
     expect_outcome(measured, unreadable(daemon, daemon.no_status_line));
-    note_cost(measured, 0);
 }
 
 TEST_P(DaemonSocket, SilentIsLeftOnASignal) {
@@ -375,7 +368,6 @@ TEST_P(DaemonSocket, SilentIsLeftOnASignal) {
     program.terminate();
     const measured_run measured = program.finish();
     expect_outcome(measured, {"", 128 + SIGTERM});
-    note_cost(measured, 0);
 }
 
 TEST_P(DaemonSocket, NeverAcceptingIsWaitedForUntilItCloses) {
@@ -385,7 +377,6 @@ TEST_P(DaemonSocket, NeverAcceptingIsWaitedForUntilItCloses) {
     crowded.close_down();
     const measured_run measured = program.finish();
     expect_outcome(measured, unreached("Connection refused"));
-    note_cost(measured, 0);
 }
 
 TEST_P(DaemonSocket, OfDatagramsIsNoDaemon) {
@@ -417,7 +408,6 @@ TEST_P(DaemonReset, BehindHalfAnAnswerLeavesTheHalf) {
     const measured_run measured = program.finish();
     expect_outcome(measured, unreadable(daemon, daemon.no_status_line));
     EXPECT_EQ(peer.finish(), 1);
-    note_cost(measured, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Daemons, DaemonReset, testing::ValuesIn(DAEMONS), NAME_OF_DAEMON);

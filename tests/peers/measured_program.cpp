@@ -1,6 +1,5 @@
 #include "tests/peers/measured_program.h"
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -20,12 +19,6 @@ namespace {
 
 /// A program that gives up does so at once; this is how long "at once" may take.
 constexpr int MOMENT_MS = 300;
-
-long milliseconds_now() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
 
 int open_memory(const char *name) {
     const int file = memfd_create(name, MFD_CLOEXEC);
@@ -62,7 +55,7 @@ words whole_command(const words &arguments) {
 } // namespace
 
 measured_program::measured_program(const words &arguments)
-    : output_(open_memory("output")), errors_(open_memory("errors")), started_(milliseconds_now()) {
+    : output_(open_memory("output")), errors_(open_memory("errors")) {
     const words command = whole_command(arguments);
     std::vector<char *> texts;
     for (const std::string &word : command) {
@@ -114,7 +107,6 @@ measured_run measured_program::finish() {
     close(process_);
     process_ = -1;
     measured_run measured = {};
-    measured.milliseconds = milliseconds_now() - started_;
     measured.kilobytes = used.ru_maxrss;
     measured.run.output = take_content(output_);
     measured.run.errors = take_content(errors_);
@@ -133,28 +125,6 @@ bool is_shipped_program() {
 #else
     return false;
 #endif
-}
-
-void note_cost(const measured_run &measured, std::size_t sent_bytes) {
-    std::string last_line = measured.run.output;
-    if (!last_line.empty()) {
-        last_line.pop_back();
-        last_line = last_line.substr(last_line.rfind('\n') + 1);
-    }
-    testing::Test::RecordProperty("sent", std::to_string(sent_bytes));
-    testing::Test::RecordProperty("last_line", last_line);
-    testing::Test::RecordProperty("kilobytes", std::to_string(measured.kilobytes));
-    testing::Test::RecordProperty("milliseconds", std::to_string(measured.milliseconds));
-}
-
-void keep_dearest(measured_run *dearest, const measured_run &measured) {
-    if (measured.kilobytes > dearest->kilobytes) {
-        dearest->kilobytes = measured.kilobytes;
-    }
-    if (measured.milliseconds > dearest->milliseconds) {
-        dearest->milliseconds = measured.milliseconds;
-    }
-    dearest->run = measured.run;
 }
 
 } // namespace harness

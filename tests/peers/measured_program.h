@@ -11,8 +11,7 @@ namespace harness {
 /// How a run ended and what it cost.
 struct measured_run {
     run_result run;
-    long kilobytes;    ///< most memory that was resident at any time
-    long milliseconds; ///< from start to end
+    long kilobytes; ///< most memory that was resident at any time
 };
 
 /// A started lumocmd. It is killed when it outlives the record.
@@ -39,17 +38,10 @@ class measured_program {
     int process_ = -1;
     int output_ = -1;
     int errors_ = -1;
-    long started_ = 0;
 };
 
 /// Whether memory and time are the shipped program's own. Instrumented and emulated ones are slow
 /// and large: they get smaller floods and no bounds.
 bool is_shipped_program();
-
-/// Notes the cost of a run, and what its peer sent, beside the result of the running test.
-void note_cost(const measured_run &measured, std::size_t sent_bytes);
-
-/// Notes the dearest of several runs.
-void keep_dearest(measured_run *dearest, const measured_run &measured);
 
 } // namespace harness

@@ -160,7 +160,6 @@ TEST_P(Flood, CostsAFewTimesItsSize) {
                   USUAL_KILOBYTES + row.growth * sent / KIBIBYTE);
     }
     EXPECT_EQ(peer.finish(), 1);
-    note_cost(measured, sent);
 }
 
 INSTANTIATE_TEST_SUITE_P(Head, Flood, testing::ValuesIn(HEAD_FLOODS), NAME_OF_ROW);
@@ -199,7 +198,6 @@ TEST_P(Silence, IsWaitedForUntilTheServiceCloses) {
     const measured_run measured = program.finish();
     expect_no_result(measured);
     EXPECT_NE(measured.run.errors, "");
-    note_cost(measured, answer.size());
 }
 
 TEST_P(Silence, IsLeftOnASignal) {
@@ -210,7 +208,6 @@ TEST_P(Silence, IsLeftOnASignal) {
     EXPECT_EQ(measured.run.output, "");
     EXPECT_EQ(measured.run.errors, "");
     EXPECT_EQ(measured.run.status, 128 + SIGTERM);
-    note_cost(measured, answer.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, Silence, testing::ValuesIn(SILENCE_CASES), NAME_OF_ROW);
@@ -223,7 +220,6 @@ TEST(NeverAcceptingService, IsWaitedForUntilItCloses) {
     const measured_run measured = program.finish();
     expect_no_result(measured);
     EXPECT_NE(measured.run.errors, "");
-    note_cost(measured, 0);
 }
 
 } // namespace

@@ -111,7 +111,7 @@ const call_row CALLS[] = {
      246,
      "LMCM-502",
      "unknown",
-     "Error 12 fault at source [no subcode]\n\"url 'u' cannot be used\"\nDetail: one like v is "
+     "Error 3986 fault at source [no subcode]\n\"url 'u' cannot be used\"\nDetail: one like v is "
      "needed"},
     {"RefusedCommandLine",
      {red("utility->parse_cmd_line malformed request"), 249},

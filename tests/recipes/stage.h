@@ -35,5 +35,5 @@ inline const std::string UNOPENED =
     red("EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside for "
         "function SENDEIBUSSETDATAGRAM");
 inline const std::string UNUSABLE_URL =
-    "Error 12 fault at source [no subcode]\n"
+    "Error 3986 fault at source [no subcode]\n"
     "\"url 'u' cannot be used\"\nDetail: one like v is needed\n";

@@ -100,9 +100,9 @@ const framing_case FRAMING_CASES[] = {
     {"DimeRecordOfTheCut", head("200 OK", "Content-Type: application/dime\r\n"), BODY, dime},
 };
 
-class CutAnswer : public testing::TestWithParam<framing_case> {};
+class CutFraming : public testing::TestWithParam<framing_case> {};
 
-TEST_P(CutAnswer, HasItsOwnResultOrNone) {
+TEST_P(CutFraming, HasItsOwnResultOrNone) {
     const framing_case &row = GetParam();
     std::size_t results = 0;
     for (std::size_t length = 0; length <= row.cut.size(); length++) {
@@ -119,6 +119,32 @@ TEST_P(CutAnswer, HasItsOwnResultOrNone) {
     EXPECT_GT(results, 0U) << "not even the whole answer was read";
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, CutAnswer, testing::ValuesIn(FRAMING_CASES), NAME_OF_ROW);
+INSTANTIATE_TEST_SUITE_P(Table, CutFraming, testing::ValuesIn(FRAMING_CASES), NAME_OF_ROW);
+
+// What the other groups of functions make of a cut.
+
+TEST(CutAnswer, LeavesASingleResultOr502) {
+    const std::string body =
+        "<E:Envelope xmlns:E=\"http://schemas.xmlsoap.org/soap/envelope/\"><E:Body>"
+        "<n:service-testResponse xmlns:n=\"urn:xmethods-lumows\"><result>LMWS-042</result>"
+        "</n:service-testResponse></E:Body></E:Envelope>";
+    for (std::size_t length = 0; length <= body.size(); length++) {
+        SCOPED_TRACE(body.substr(0, length));
+        peer service(answering(head("400 Bad Request", "") + body.substr(0, length)));
+        const run_result run = call_service(service, {"-f", "SERVICE_TEST"});
+        EXPECT_EQ(service.finish(), "");
+        EXPECT_EQ(run.output, length == body.size() ? "FSMC-042\n" : "LMCM-502\n");
+    }
+}
+
+TEST(CutAnswer, LeavesTheLinesOfATextRowWithoutTheirFields) {
+    peer service(answering(head("500 Internal Server Error", "") +
+                           "<E:Envelope xmlns:E=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+                           "<E:Body><n:service-retrieveconfigurationResponse "
+                           "xmlns:n=\"urn:xmethods-lumows\"><url>http://a/</url><result>LMWS-0"));
+    const run_result run = call_service(service, TEXT_CALL);
+    EXPECT_EQ(service.finish(), "");
+    EXPECT_EQ(run.output, text_line(run.pid, "(null)") + "LMCM-502\n");
+}
 
 } // namespace

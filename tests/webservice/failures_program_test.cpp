@@ -206,6 +206,13 @@ const failure_case FAILURE_CASES[] = {
     {"StatusOfFourDigits", sends("HTTP/1.1 2000 OK\r\n\r\n" + usual_envelope()), {"HTTP"}},
     {"StatusBeginningWithZero", sends("HTTP/1.1 012 Odd\r\n\r\n" + usual_envelope()), {"HTTP"}},
     {"LineBeforeTheEnvelope", sends("Hello\r\n\r\n" + usual_envelope()), {"HTTP"}},
+    // Read like a fault, but with the envelope of no release: its report names the runtime's error.
+    {"FaultInAnEnvelopeOfNoRelease",
+     sends("<E:Envelope xmlns:E=\"http://www.w3.org/2099/soap-envelope\">"
+           "<n:service-getelementstatusResponse xmlns:n=\"urn:xmethods-lumows\"><E:Fault>"
+           "<faultcode>x</faultcode><faultstring>url 'http://x' cannot be used</faultstring>"
+           "</E:Fault></n:service-getelementstatusResponse></E:Envelope>"),
+     {"Error 12 fault "}},
     {"NoHttp", sends("What do you want?\r\n\r\n"), {"fault"}},
     {"StatusLineOnly", sends("HTTP/1.1 200 OK\r\n"), {"fault"}},
     {"ClosedWithoutAnAnswer", {close_connection()}, {"End of file"}},
