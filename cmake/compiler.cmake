@@ -4,10 +4,30 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+include(CheckCXXSourceCompiles)
 include(CheckPIESupported)
-check_pie_supported()
+
+# A static program starts whatever C library the machine has; at an address of chance only where the
+# toolchain can. It is not CMake's word for that: the -pie that comes with it undoes -static-pie.
+option(LUMOCMD_STATIC "Link the program statically" OFF)
+add_library(lumocmd_linkage INTERFACE)
+if(LUMOCMD_STATIC)
+    set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
+    check_cxx_source_compiles("int main() { return 0; }" LUMOCMD_STATIC_PIE)
+    unset(CMAKE_REQUIRED_LINK_OPTIONS)
+    if(LUMOCMD_STATIC_PIE)
+        add_compile_options(-fPIE)
+        target_link_options(lumocmd_linkage INTERFACE -static-pie)
+    else()
+        add_compile_options(-fno-pie)
+        add_link_options(-no-pie)
+        target_link_options(lumocmd_linkage INTERFACE -static)
+    endif()
+else()
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    check_pie_supported()
+endif()
 
 option(LUMOCMD_WERROR "Take warnings for errors; for developers, as another compiler has other warnings" OFF)
 
@@ -28,7 +48,6 @@ target_compile_options(lumocmd_quick INTERFACE
     $<$<CONFIG:Release>:-O0> $<$<CONFIG:Debug>:-fno-sanitize=undefined>)
 
 # Whoever builds may have chosen another level, and so may have the compiler's maker: theirs stands.
-include(CheckCXXSourceCompiles)
 set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
 check_cxx_source_compiles("
     #ifdef _FORTIFY_SOURCE

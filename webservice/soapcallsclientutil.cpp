@@ -7,6 +7,7 @@
 #include "front/utility.h"
 #include "webservice/answer_head.h"
 #include "webservice/endpoint.h"
+#include "webservice/name_service.h"
 #include "webservice/operation_row.h"
 
 #include <cstdio>
@@ -266,6 +267,7 @@ int make_webservice_request(const char *url, const char *function, const char *p
     // the runtime initialises what it reads.
     alignas(struct soap) __attribute__((uninitialized)) unsigned char storage[sizeof(struct soap)];
     auto *context = static_cast<struct soap *>(static_cast<void *>(storage));
+    use_linked_name_service();
     soap_init(context);
     runtime_post_header = context->fposthdr;
     context->fposthdr = post_header;
