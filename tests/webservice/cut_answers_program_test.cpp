@@ -100,12 +100,19 @@ const framing_case FRAMING_CASES[] = {
     {"DimeRecordOfTheCut", head("200 OK", "Content-Type: application/dime\r\n"), BODY, dime},
 };
 
+// Instrumented programs take their time: there every seventh byte must do.
+#ifdef NDEBUG
+constexpr std::size_t STEP = 1;
+#else
+constexpr std::size_t STEP = 7;
+#endif
+
 class CutFraming : public testing::TestWithParam<framing_case> {};
 
 TEST_P(CutFraming, HasItsOwnResultOrNone) {
     const framing_case &row = GetParam();
     std::size_t results = 0;
-    for (std::size_t length = 0; length <= row.cut.size(); length++) {
+    for (std::size_t length = row.cut.size() % STEP; length <= row.cut.size(); length += STEP) {
         SCOPED_TRACE(row.cut.substr(0, length));
         peer service(answering(row.head + row.frame(row.cut.substr(0, length))));
         const run_result run = call_service(service, RECORD_CALL);
@@ -128,7 +135,7 @@ TEST(CutAnswer, LeavesASingleResultOr502) {
         "<E:Envelope xmlns:E=\"http://schemas.xmlsoap.org/soap/envelope/\"><E:Body>"
         "<n:service-testResponse xmlns:n=\"urn:xmethods-lumows\"><result>LMWS-042</result>"
         "</n:service-testResponse></E:Body></E:Envelope>";
-    for (std::size_t length = 0; length <= body.size(); length++) {
+    for (std::size_t length = body.size() % STEP; length <= body.size(); length += STEP) {
         SCOPED_TRACE(body.substr(0, length));
         peer service(answering(head("400 Bad Request", "") + body.substr(0, length)));
         const run_result run = call_service(service, {"-f", "SERVICE_TEST"});
