@@ -100,35 +100,6 @@ std::vector<std::string> items_of(const std::string &list) {
     return counted;
 }
 
-std::string status_text(int code) {
-    struct row {
-        int last;
-        const char *prefix;
-        std::size_t digits;
-    };
-    const row rows[] = {
-        {0, "LMCM", 4},    {90, "FSMC", 3},     {100, "VRPT", 3},   {200, "EIBG", 3},
-        {300, "ECHG", 3},  {400, "DBMG", 3},    {500, "LMWS", 3},   {600, "LMCM", 3},
-        {700, "MARG", 3},  {800, "SQLS", 3},    {900, "SMST", 3},   {1000, "VIVG", 4},
-        {1100, "LINT", 4}, {1200, "ECHP", 4},   {1300, "TECN", 4},  {1400, "BENT", 4},
-        {1500, "IBSG", 4}, {1600, "TUTG", 4},   {1700, "VANG", 4},  {1800, "TLSG", 4},
-        {1900, "HNXG", 4}, {2000, "EIBDG", 4},  {2100, "BYMEG", 4}, {2200, "TLDG", 4},
-        {2300, "SAIG", 4}, {2400, "BMAG", 4},   {2500, "VTS10", 4}, {2700, "HEVOG", 4},
-        {2800, "DSMG", 4}, {2900, "EDPG", 4},   {3000, "SFG", 4},   {3100, "EBMG", 4},
-        {3200, "PESG", 4}, {INT_MAX, "LGMG", 4}};
-    const row *found = rows;
-    while (code > found->last) {
-        found++;
-    }
-    std::string digits = std::to_string(code);
-    const std::string sign = code < 0 ? "-" : "";
-    digits.erase(0, sign.size());
-    while (sign.size() + digits.size() < found->digits) {
-        digits.insert(0, "0");
-    }
-    return std::string(found->prefix) + "-" + sign + digits;
-}
-
 status read_status(const std::optional<std::string> &text) {
     const int unreadable = 502;
     if (!text || text->empty()) {
@@ -145,38 +116,14 @@ status read_status(const std::optional<std::string> &text) {
     return {read_number(text->substr(5)).value, ""};
 }
 
-cut cut_text(cutter kind, const std::string &text, std::size_t length) {
-    const char *const names[] = {"cut_message_to_preserve_newline", "cut_message_to_trim_newline",
-                                 "cutparamto", "cutqueryparamto"};
-    const auto complaint = [&](const std::string &what) {
-        return std::string("memory->") + names[static_cast<int>(kind)] + what;
-    };
-    if (text.empty()) {
-        return {"", complaint(" recevied a null pointer")};
+cut cut_text(const std::string &text, std::size_t length) {
+    if (length <= text.size()) {
+        return {text.substr(length), ""};
     }
-    if (length > text.size()) {
-        const bool shows_text = kind == cutter::PRESERVE_NEWLINE || kind == cutter::TRIM_NEWLINE;
-        return {"",
-                complaint(" len is greater than string length; returning a null string" +
-                          (shows_text ? ". str = " + text + ", len = " + std::to_string(text.size())
-                                      : ""))};
-    }
-    std::string left = text.substr(length);
-    if (kind == cutter::TRIM_NEWLINE && !left.empty()) {
-        left.pop_back();
-    }
-    if (kind == cutter::PARAMETER || kind == cutter::QUERY_PARAMETER) {
-        const bool is_query = kind == cutter::QUERY_PARAMETER;
-        while (!left.empty() && is_one_of(left[0], is_query ? " \t'|" : " \t=")) {
-            left.erase(0, 1);
-        }
-        std::size_t end = 0;
-        while (end < left.size() && !is_one_of(left[end], is_query ? " \t'" : " \t")) {
-            end++;
-        }
-        left.resize(end);
-    }
-    return {left, ""};
+    return {"",
+            "memory->cut_message_to_preserve_newline len is greater than string length; returning "
+            "a null string. str = " +
+                text + ", len = " + std::to_string(text.size())};
 }
 
 std::string fsmcore_request(const std::string &function, const std::vector<std::string> &values,
@@ -228,7 +175,7 @@ int read_parameters(const std::vector<std::string> &lines, fsmcore_answer *answe
         if (next == lines.size()) {
             return 9;
         }
-        const cut length_text = cut_text(cutter::PRESERVE_NEWLINE, lines[next++], 17);
+        const cut length_text = cut_text(lines[next++], 17);
         if (!length_text.message.empty()) {
             answer->complaints.push_back(length_text.message);
         }

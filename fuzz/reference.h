@@ -25,8 +25,6 @@ bool equal_ignoring_case(const std::string &one, const std::string &other);
 /// The items of a parameter list; an empty item ends it.
 std::vector<std::string> items_of(const std::string &list);
 
-std::string status_text(int code);
-
 /// A status text read back, with the message about an unreadable one.
 struct status {
     int code = 0;
@@ -34,13 +32,12 @@ struct status {
 };
 status read_status(const std::optional<std::string> &text);
 
-/// A text with its first characters cut off, and the message when there is nothing to cut.
+/// A line that is not empty with its first characters cut off, and the message when it has fewer.
 struct cut {
     std::string text;
     std::string message;
 };
-enum class cutter { PRESERVE_NEWLINE, TRIM_NEWLINE, PARAMETER, QUERY_PARAMETER };
-cut cut_text(cutter kind, const std::string &text, std::size_t length);
+cut cut_text(const std::string &text, std::size_t length);
 
 /// How a daemon's answer is taken. The failure is numbered like the exchange's messages, 0 is none.
 struct gateway_answer {
