@@ -156,6 +156,7 @@ class StaticProgram : public testing::Test {
             GTEST_SKIP()
                 << "the program takes its C library, and the modules of that, from the machine";
         }
+        SKIP_WHERE_MISSING(missing_private_machine());
     }
 
     const std::string answer_ =
