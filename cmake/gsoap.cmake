@@ -66,4 +66,5 @@ target_include_directories(soap_runtime SYSTEM INTERFACE ${GSOAP_INCLUDE_DIR})
 target_compile_options(soap_runtime INTERFACE ${GSOAP_FLAGS})
 # The runtime stands last on the link line and wants these of the libraries before it.
 target_link_options(soap_runtime INTERFACE
-    -Wl,--undefined=namespaces -Wl,--undefined=lumocmd_runtime_malloc)
+    -Wl,--undefined=namespaces -Wl,--undefined=lumocmd_runtime_malloc
+    -Wl,--undefined=lumows_runtime_release)
