@@ -17,4 +17,4 @@ add_custom_command(
     VERBATIM)
 add_custom_target(lumows_description ALL DEPENDS ${SERVICE_DESCRIPTION})
 install(FILES ${SERVICE_DESCRIPTION}
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd COMPONENT lumocmd)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)

@@ -32,7 +32,7 @@ TEST(Documents, SpeakOfFilesThatExist) {
          {"README.md", "docs/architecture.md", "docs/extending.md", "docs/protocols.md",
           "docs/controller.md", "docs/recipes.md", "docs/web-service-runtime.md", "docs/cost.md",
           "docs/many-controllers.md", "fuzz/README.md", "SECURITY.md", "CONTRIBUTING.md",
-          "CHANGELOG.md"}) {
+          "CHANGELOG.md", "packaging/README.md"}) {
         std::ifstream file(std::string(PROJECT_DIRECTORY "/") + page);
         const std::string text(std::istreambuf_iterator<char>(file), {});
         EXPECT_FALSE(text.empty()) << page;

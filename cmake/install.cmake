@@ -1,0 +1,15 @@
+# What an installation brings; packaging/debian divides it between two packages.
+
+install(TARGETS lumocmd)
+install(FILES ${PROJECT_BINARY_DIR}/man/lumocmd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${PROJECT_SOURCE_DIR}/man/lumo.sh.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+install(FILES ${PROJECT_SOURCE_DIR}/share/lumocmd/lumo.sh
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)
+
+if(TARGET lumosim)
+    install(TARGETS lumosim)
+    install(FILES ${PROJECT_BINARY_DIR}/man/lumosim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    # Below the prefix /usr this is where systemd looks for the units of packages.
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/lumosim.service
+        DESTINATION lib/systemd/system)
+endif()
