@@ -9,26 +9,24 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-enum { ANSWER_SIZE = 1024, FAILED = 1 };
-
 /* usage: bare_client SOCKET REQUEST */
 int main(int argument_count, char **arguments) {
     struct sockaddr_un address = {.sun_family = AF_UNIX};
     if (argument_count != 3 || strlen(arguments[1]) >= sizeof address.sun_path) {
-        return FAILED;
+        return EXIT_FAILURE;
     }
     memcpy(address.sun_path, arguments[1], strlen(arguments[1]) + 1);
     const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
     if (descriptor < 0 ||
         connect(descriptor, (const struct sockaddr *)&address, sizeof address) < 0 ||
         send(descriptor, arguments[2], strlen(arguments[2]), 0) < 0) {
-        return FAILED;
+        return EXIT_FAILURE;
     }
-    char answer[ANSWER_SIZE + 1] = {0};
+    char answer[1025] = {0};
     int status = 0;
-    if (recv(descriptor, answer, ANSWER_SIZE, 0) < 0 ||
+    if (recv(descriptor, answer, sizeof answer - 1, 0) < 0 ||
         sscanf(answer, "Response Status: BENG-%d", &status) != 1) {
-        return FAILED;
+        return EXIT_FAILURE;
     }
     close(descriptor);
     printf("LMCM-%04d\n", status);
