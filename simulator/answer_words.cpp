@@ -1,8 +1,8 @@
 // Reads answers leniently: whatever is not understood is told by its size.
-#include "answer_words.h"
+#include "simulator/answer_words.h"
 
-#include "envelope.h"
-#include "text.h"
+#include "simulator/envelope.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <array>

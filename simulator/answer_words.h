@@ -1,7 +1,7 @@
 // What the bytes of an answer say, in the words of the log: for answers that others made.
 #pragma once
 
-#include "daemons.h"
+#include "simulator/daemons.h"
 
 #include <string>
 #include <string_view>

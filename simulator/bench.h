@@ -1,10 +1,10 @@
 // Everything that the threads of one running simulator share.
 #pragma once
 
-#include "home.h"
-#include "journal.h"
-#include "options.h"
-#include "replay.h"
+#include "simulator/home.h"
+#include "simulator/journal.h"
+#include "simulator/options.h"
+#include "simulator/replay.h"
 
 struct Bench {
     const Settings &settings;

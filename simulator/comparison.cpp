@@ -1,9 +1,9 @@
 // The comparison pairs rows with requests and prints what is left of either. In order it is the
 // longest common subsequence; in any order the rows that state most choose first, so that a row
 // without an answer never takes the request that another one needs.
-#include "comparison.h"
+#include "simulator/comparison.h"
 
-#include "report.h"
+#include "simulator/report.h"
 
 #include <algorithm>
 #include <cstdint>

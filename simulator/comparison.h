@@ -1,8 +1,8 @@
 // What --expect tells at the end: the requests that a list names against those that came.
 #pragma once
 
-#include "options.h"
-#include "request_list.h"
+#include "simulator/options.h"
+#include "simulator/request_list.h"
 
 #include <cstddef>
 #include <string>

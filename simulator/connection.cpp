@@ -1,147 +1,113 @@
-// Non-blocking descriptor input and output on top of poll(2). Every wait also watches the stop
-// descriptor, so that no client can hold up the shutdown.
-#include "connection.h"
+#include "simulator/connection.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/write.hpp>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr std::size_t CHUNK_BYTES = 16384;
-constexpr long long LONGEST_POLL_MS = 3600000;
 constexpr std::chrono::seconds SEND_TIME{10};
 constexpr std::chrono::milliseconds DRAIN_TIME{500};
 
-enum class Wait { ready, late, stopped };
-
-int milliseconds_until(Clock::time_point deadline) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return static_cast<int>(std::clamp<long long>(left + 1, 0, LONGEST_POLL_MS));
-}
-
-/// Waits for `events` on `descriptor`; a negative descriptor waits for the deadline alone.
-Wait wait_for(const Connection &connection, int descriptor, short events,
-              Clock::time_point deadline) {
-    while (true) {
-        std::array<pollfd, 2> watched{
-            {{connection.stop_descriptor, POLLIN, 0}, {descriptor, events, 0}}};
-        const int ready = poll(watched.data(), watched.size(), milliseconds_until(deadline));
-        if (watched[0].revents != 0) {
-            return Wait::stopped;
-        }
-        if (ready > 0) {
-            return Wait::ready;
-        }
-        if (Clock::now() >= deadline) {
-            return Wait::late;
-        }
-    }
+void drain(const ConnectionPtr &connection) {
+    connection->socket.async_read_some(
+        asio::buffer(connection->chunk), [connection](const error_code &error, std::size_t) {
+            if (!error && Clock::now() < connection->timer.expiry()) {
+                drain(connection);
+            } else {
+                connection->timer.cancel();
+            }
+        });
 }
 
 } // namespace
 
-Arrival receive_some(Connection &connection) {
-    if (connection.received.size() >= connection.limit) {
-        return Arrival::full;
+Connection::Connection(Loop &runs_in, Socket connected, std::size_t most_bytes,
+                       std::chrono::milliseconds patience)
+    : loop(runs_in), socket(std::move(connected)), timer(runs_in.context),
+      deadline(Clock::now() + patience), limit(most_bytes) {
+    loop.connections.insert(this);
+}
+
+Connection::~Connection() {
+    loop.connections.erase(this);
+}
+
+void limit_time(const ConnectionPtr &connection, Clock::time_point moment) {
+    connection->timer.expires_at(connection->loop.stopping ? Clock::now() : moment);
+    connection->timer.async_wait([connection](const error_code &error) {
+        // The timer may have been set anew while this was on its way.
+        if (!error && connection->timer.expiry() <= Clock::now()) {
+            error_code ignored;
+            connection->socket.cancel(ignored);
+        }
+    });
+}
+
+Arrival arrival_of(const Connection &connection, const error_code &error) {
+    if (!error) {
+        return Arrival::data;
     }
-    while (true) {
-        switch (wait_for(connection, connection.descriptor, POLLIN, connection.deadline)) {
-        case Wait::late:
-            return Arrival::late;
-        case Wait::stopped:
-            return Arrival::stopped;
-        case Wait::ready:
-            break;
-        }
-        std::array<char, CHUNK_BYTES> chunk{};
-        const std::size_t room = connection.limit - connection.received.size();
-        const ssize_t count =
-            recv(connection.descriptor, chunk.data(), std::min(room, chunk.size()), 0);
-        if (count > 0) {
-            connection.received.append(chunk.data(), static_cast<std::size_t>(count));
-            return Arrival::data;
-        }
-        if (count == 0) {
-            return Arrival::end;
-        }
-        if (errno != EAGAIN && errno != EINTR) {
-            return Arrival::failed;
-        }
+    if (error == asio::error::eof) {
+        return Arrival::end;
     }
+    if (error == asio::error::operation_aborted) {
+        return connection.loop.stopping ? Arrival::stopped : Arrival::late;
+    }
+    return Arrival::failed;
+}
+
+void receive_some(const ConnectionPtr &connection, std::function<void(Arrival)> then) {
+    const std::size_t room = connection->limit - connection->received.size();
+    if (room == 0) {
+        then(Arrival::full);
+        return;
+    }
+    limit_time(connection, connection->deadline);
+    connection->socket.async_read_some(
+        asio::buffer(connection->chunk, room),
+        [connection, then = std::move(then)](const error_code &error, std::size_t count) {
+            connection->timer.cancel();
+            connection->received.append(connection->chunk.data(), count);
+            then(arrival_of(*connection, error));
+        });
 }
 
 void receive_pending(Connection &connection) {
-    std::array<char, CHUNK_BYTES> chunk{};
-    const ssize_t count = recv(connection.descriptor, chunk.data(), chunk.size(), MSG_DONTWAIT);
-    if (count > 0) {
-        connection.received.append(chunk.data(), static_cast<std::size_t>(count));
+    error_code ignored;
+    connection.socket.non_blocking(true, ignored);
+    const std::size_t count = connection.socket.read_some(asio::buffer(connection.chunk), ignored);
+    connection.received.append(connection.chunk.data(), count);
+}
+
+void send_all(const ConnectionPtr &connection, std::string bytes, std::function<void(bool)> then) {
+    connection->sent = std::move(bytes);
+    limit_time(connection, Clock::now() + SEND_TIME);
+    asio::async_write(connection->socket, asio::buffer(connection->sent),
+                      [connection, then = std::move(then)](const error_code &error, std::size_t) {
+                          connection->timer.cancel();
+                          then(!error);
+                      });
+}
+
+void wait(const ConnectionPtr &connection, std::chrono::milliseconds time,
+          std::function<void()> then) {
+    connection->timer.expires_after(connection->loop.stopping ? Clock::duration() : time);
+    connection->timer.async_wait(
+        [connection, then = std::move(then)](const error_code & /*error*/) { then(); });
+}
+
+void end_connection(const ConnectionPtr &connection) {
+    error_code ignored;
+    connection->socket.shutdown(asio::socket_base::shutdown_send, ignored);
+    limit_time(connection, Clock::now() + DRAIN_TIME);
+    drain(connection);
+}
+
+void stop_waiting(Loop &loop) {
+    loop.stopping = true;
+    for (Connection *connection : loop.connections) {
+        error_code ignored;
+        connection->timer.cancel();
+        connection->socket.cancel(ignored);
     }
-}
-
-bool send_all(const Connection &connection, std::string_view bytes) {
-    const auto deadline = Clock::now() + SEND_TIME;
-    while (!bytes.empty()) {
-        const ssize_t count = send(connection.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (count >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-            continue;
-        }
-        if (errno == EINTR) {
-            continue;
-        }
-        if (errno != EAGAIN ||
-            wait_for(connection, connection.descriptor, POLLOUT, deadline) != Wait::ready) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool wait_until_writable(const Connection &connection) {
-    return wait_for(connection, connection.descriptor, POLLOUT, connection.deadline) == Wait::ready;
-}
-
-bool wait_milliseconds(const Connection &connection, int milliseconds) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
-    return milliseconds <= 0 || wait_for(connection, -1, 0, deadline) == Wait::late;
-}
-
-void end_connection(Connection &connection) {
-    shutdown(connection.descriptor, SHUT_WR);
-    const auto deadline = Clock::now() + DRAIN_TIME;
-    std::array<char, CHUNK_BYTES> chunk{};
-    while (wait_for(connection, connection.descriptor, POLLIN, deadline) == Wait::ready) {
-        const ssize_t count = recv(connection.descriptor, chunk.data(), chunk.size(), 0);
-        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR) ||
-            Clock::now() >= deadline) {
-            break;
-        }
-    }
-    close(connection.descriptor);
-    connection.descriptor = -1;
-}
-
-const char *describe_arrival(Arrival arrival) {
-    switch (arrival) {
-    case Arrival::data:
-        return "";
-    case Arrival::end:
-        return "the client closed before the end of its request";
-    case Arrival::late:
-        return "the client took too long over its request";
-    case Arrival::stopped:
-        return "the simulator shuts down";
-    case Arrival::full:
-        return "the request is too long";
-    case Arrival::failed:
-        return "the connection broke";
-    }
-    return "";
 }

@@ -1,9 +1,9 @@
 // The operation table. Spellings such as retrivefromdevice, objectID and the plural results are
 // the service's own, and result-len comes before result: clients match these names literally.
 // An operation that remembers nothing is a row here and no more.
-#include "contract.h"
+#include "simulator/contract.h"
 
-#include "operations.h"
+#include "simulator/operations.h"
 
 #include <algorithm>
 

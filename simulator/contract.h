@@ -2,7 +2,7 @@
 // them need a session or a field, and the function that carries each out.
 #pragma once
 
-#include "home.h"
+#include "simulator/home.h"
 
 #include <cstddef>
 #include <map>

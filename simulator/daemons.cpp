@@ -1,12 +1,12 @@
 // The daemon table, and the requests that each gateway knows with their exact header lines: a new
 // gateway or function is rows here and nothing elsewhere. Prefixes and digit counts are those of
 // each daemon's own answers, which differ from the names that a client prints for the same numbers.
-#include "daemons.h"
+#include "simulator/daemons.h"
 
-#include "fsmcore.h"
-#include "gateway.h"
-#include "home.h"
-#include "http_front.h"
+#include "simulator/fsmcore.h"
+#include "simulator/gateway.h"
+#include "simulator/home.h"
+#include "simulator/http_front.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -47,15 +47,15 @@ constexpr GatewayRequest TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTOND
 
 // clang-format off
 constexpr Daemon DAEMON_ROWS[] = {
-    {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, exchange_fsmcore},
-    {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, exchange_gateway, EIB_REQUESTS},
-    {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, exchange_gateway, SMSTOOL_REQUESTS},
-    {"lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, exchange_gateway, LINTRONIC_REQUESTS},
-    {"tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, exchange_gateway, TECNOUT_REQUESTS},
-    {"vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, exchange_gateway, VIVALDI_REQUESTS},
-    {"bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, exchange_gateway, BENTEL_REQUESTS},
-    {"tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, exchange_gateway, TUTONDO_REQUESTS},
-    {"soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, exchange_http},
+    {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, fsmcore_progress, answer_fsmcore},
+    {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, gateway_progress, answer_gateway, EIB_REQUESTS},
+    {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, gateway_progress, answer_gateway, SMSTOOL_REQUESTS},
+    {"lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, gateway_progress, answer_gateway, LINTRONIC_REQUESTS},
+    {"tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, gateway_progress, answer_gateway, TECNOUT_REQUESTS},
+    {"vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, gateway_progress, answer_gateway, VIVALDI_REQUESTS},
+    {"bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, gateway_progress, answer_gateway, BENTEL_REQUESTS},
+    {"tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, gateway_progress, answer_gateway, TUTONDO_REQUESTS},
+    {"soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, http_progress, answer_http},
 };
 // clang-format on
 
@@ -76,18 +76,38 @@ std::string format_status(const Daemon &daemon, int number) {
     return text += digits;
 }
 
-bool is_told_to_answer(const Behaviour &told) {
-    return !told.statuses.empty() || told.raw || told.close;
-}
-
 int choose_status(const Conversation &conversation, int error) {
     const std::vector<int> &told = conversation.behaviour.statuses;
     if (told.empty()) {
         return error == 0 ? 0 : conversation.daemon.base + error;
     }
-    const std::scoped_lock held(conversation.home.lock);
     std::size_t &given = conversation.home.statuses_given[conversation.daemon.key];
     return told[given + 1 < told.size() ? given++ : told.size() - 1];
+}
+
+void answer_status(Conversation &conversation, int error, const std::string &complaint) {
+    const std::string status =
+        format_status(conversation.daemon, choose_status(conversation, error));
+    conversation.exchange.outcome = complaint.empty() ? status : status + " (" + complaint + ")";
+    conversation.exchange.answer = "Response Status: " + status + "\n";
+}
+
+const char *describe_arrival(Arrival arrival) {
+    switch (arrival) {
+    case Arrival::data:
+        return "";
+    case Arrival::end:
+        return "the client closed before the end of its request";
+    case Arrival::late:
+        return "the client took too long over its request";
+    case Arrival::stopped:
+        return "the simulator shuts down";
+    case Arrival::full:
+        return "the request is too long";
+    case Arrival::failed:
+        return "the connection broke";
+    }
+    return "";
 }
 
 const Daemon *find_daemon(std::string_view key) {

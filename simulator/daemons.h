@@ -2,7 +2,7 @@
 // between the server and whatever reads a daemon's requests.
 #pragma once
 
-#include "connection.h"
+#include "simulator/arrival.h"
 
 #include <cstddef>
 #include <optional>
@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-struct Home;
 struct Conversation;
+struct Home;
 
 /// A web request as it is passed on.
 struct WebRequest {
@@ -25,6 +25,9 @@ struct WebRequest {
 
 /// Whom an answer is for: a client of the daemon, or somebody who watches in a browser.
 enum class Audience { client, page, events };
+
+/// How far a request has come: more must arrive, or may once the client is told to go on, or not.
+enum class Progress { incomplete, awaits_continue, whole };
 
 /// What one request came to.
 struct Exchange {
@@ -58,7 +61,8 @@ struct Daemon {
     int digits;                                    ///< least number of digits in its status texts
     int base;                                      ///< added to its error numbers
     std::size_t limit;                             ///< most bytes of one request
-    Exchange (*exchange)(Conversation &);          ///< reads one request and makes its answer
+    Progress (*progress)(std::string_view);        ///< how far a request has come
+    void (*answer)(Conversation &);                ///< checks the request and makes its answer
     std::span<const GatewayRequest> requests = {}; ///< those that a gateway knows
 };
 
@@ -86,15 +90,14 @@ struct Behaviour {
     bool refuse = false;            ///< refuses connections
 };
 
-/// Whether the daemon was told what to answer, if anything.
-bool is_told_to_answer(const Behaviour &told);
-
-/// One connection to one daemon.
+/// One request to one daemon, read to its end.
 struct Conversation {
     const Daemon &daemon;
     const Behaviour &behaviour;
-    Connection &connection;
     Home &home;
+    std::string_view received = {};
+    Arrival arrival = Arrival::data; ///< how its reading ended
+    Exchange exchange = {};
 };
 
 /// The status text of a number, such as EIBG-000.
@@ -103,6 +106,9 @@ std::string format_status(const Daemon &daemon, int number);
 /// The number to answer: the proper one, which is 0 or the daemon's base and this error number,
 /// unless the daemon was told others: then the next of those.
 int choose_status(const Conversation &conversation, int error);
+
+/// Answers this error number, or whatever the daemon was told, in a status line.
+void answer_status(Conversation &conversation, int error, const std::string &complaint);
 
 /// The daemon with this option name, null when there is none.
 const Daemon *find_daemon(std::string_view key);

@@ -1,8 +1,8 @@
 // Envelope reading and writing on top of pugixml, which knows nothing of namespaces: prefixes
 // are resolved here by walking up to their declaration.
-#include "envelope.h"
+#include "simulator/envelope.h"
 
-#include "text.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <array>

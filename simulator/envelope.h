@@ -2,7 +2,7 @@
 // what clients of this service write; knows nothing of HTTP or of what operations do.
 #pragma once
 
-#include "contract.h"
+#include "simulator/contract.h"
 
 #include <string>
 #include <string_view>

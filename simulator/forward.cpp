@@ -1,91 +1,137 @@
 // Forwarding. The bytes of a socket daemon's request go out as they came; a web request gets a
 // new head, since its own names this machine. HTTP/1.0 makes the server close after its answer.
-#include "forward.h"
+#include "simulator/forward.h"
 
-#include "answer_words.h"
-#include "http_front.h"
-#include "journal.h"
+#include "simulator/answer_words.h"
+#include "simulator/connection.h"
+#include "simulator/http_front.h"
+#include "simulator/journal.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
-#include <cstring>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
 #include <netdb.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 /// A daemon that answers without closing has ended its answer when it says no more for so long.
 constexpr std::chrono::milliseconds QUIET_TIME{500};
 
-/// What the real side came to: its answer, or why there is none.
-struct RealAnswer {
-    std::string bytes;
-    std::string complaint;
+/// What is asked, of whom, and for whom.
+struct Question {
+    ConnectionPtr real;
+    std::string place;
+    std::string request;
+    Conversation &conversation;
+    std::function<void()> then;
+    std::vector<Protocol::endpoint> endpoints = {}; ///< of the place, tried in turn
+    std::size_t tried = 0;
 };
 
-std::string error_words(int error) {
-    return std::generic_category().message(error);
+using QuestionPtr = std::shared_ptr<Question>;
+
+bool is_on_socket(const Daemon &daemon) {
+    return !daemon.socket_file.empty();
 }
 
-/// Connects within the connection's time; returns what went wrong.
-std::string connect_within_time(const Connection &real, const sockaddr *address, socklen_t size) {
-    if (real.descriptor < 0) {
-        return error_words(errno);
+void conclude(const Question &question, const std::string &complaint) {
+    Exchange &exchange = question.conversation.exchange;
+    if (complaint.empty()) {
+        exchange.answer = question.real->received;
+        exchange.outcome = answer_words(question.conversation.daemon, *exchange.answer);
+    } else {
+        exchange.answer.reset();
+        exchange.outcome = std::string(CLOSED) + " (" + question.place + ": " + complaint + ")";
     }
-    if (connect(real.descriptor, address, size) == 0) {
-        return "";
-    }
-    if (errno != EINPROGRESS) {
-        return error_words(errno);
-    }
-    if (!wait_until_writable(real)) {
-        return "no connection in time";
-    }
-    int error = 0;
-    socklen_t length = sizeof error;
-    getsockopt(real.descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
-    return error == 0 ? "" : error_words(error);
+    question.then();
 }
 
-/// Sends the request and reads the answer to its end.
-RealAnswer ask(Connection &real, std::string_view request, bool until_closed) {
-    if (!send_all(real, request)) {
-        return {"", "the request could not be sent"};
-    }
-    Arrival arrival = Arrival::data;
-    while (arrival == Arrival::data) {
-        arrival = receive_some(real);
-        if (!until_closed && arrival == Arrival::data) {
-            real.deadline = std::min(real.deadline, Clock::now() + QUIET_TIME);
+/// Reads the answer to its end.
+void read_answer(const QuestionPtr &question) {
+    receive_some(question->real, [question](Arrival arrival) {
+        Connection &real = *question->real;
+        const bool until_closed = !is_on_socket(question->conversation.daemon);
+        if (arrival == Arrival::data) {
+            if (!until_closed) {
+                real.deadline = std::min(real.deadline, Clock::now() + QUIET_TIME);
+            }
+            read_answer(question);
+        } else if (arrival == Arrival::full) {
+            conclude(*question, "the answer is too long");
+        } else if (real.received.empty() || arrival == Arrival::failed ||
+                   (until_closed && arrival != Arrival::end)) {
+            conclude(*question, "the answer did not come to its end");
+        } else {
+            conclude(*question, "");
         }
-    }
-    if (arrival == Arrival::full) {
-        return {"", "the answer is too long"};
-    }
-    if (real.received.empty() || arrival == Arrival::failed ||
-        (until_closed && arrival != Arrival::end)) {
-        return {"", "the answer did not come to its end"};
-    }
-    return {real.received, ""};
+    });
 }
 
-RealAnswer ask_socket(const std::string &path, Connection &real, std::string_view request) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        return {"", "the name is too long for a socket"};
+void connect_next(const QuestionPtr &question);
+
+void go_on_connected(const QuestionPtr &question, const error_code &error) {
+    question->real->timer.cancel();
+    if (!error) {
+        send_all(question->real, question->request, [question](bool sent) {
+            if (sent) {
+                read_answer(question);
+            } else {
+                conclude(*question, "the request could not be sent");
+            }
+        });
+    } else if (++question->tried < question->endpoints.size()) {
+        connect_next(question);
+    } else {
+        conclude(*question, error == asio::error::operation_aborted ? "no connection in time"
+                                                                    : error.message());
     }
-    std::memcpy(static_cast<char *>(address.sun_path), path.c_str(), path.size());
-    real.descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const std::string complaint =
-        connect_within_time(real, reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    return complaint.empty() ? ask(real, request, false) : RealAnswer{"", complaint};
+}
+
+void connect_next(const QuestionPtr &question) {
+    error_code ignored;
+    question->real->socket.close(ignored);
+    limit_time(question->real, question->real->deadline);
+    question->real->socket.async_connect(
+        question->endpoints[question->tried],
+        [question](const error_code &error) { go_on_connected(question, error); });
+}
+
+void connect_to_socket(const QuestionPtr &question) {
+    if (question->place.size() >= sizeof(sockaddr_un::sun_path)) {
+        conclude(*question, "the name is too long for a socket");
+        return;
+    }
+    question->endpoints.emplace_back(asio::local::stream_protocol::endpoint(question->place));
+    connect_next(question);
+}
+
+/// The resolver's complaints in the words of the system.
+std::string resolver_words(const error_code &error) {
+    if (error == asio::error::host_not_found) {
+        return gai_strerror(EAI_NONAME);
+    }
+    if (error == asio::error::host_not_found_try_again) {
+        return gai_strerror(EAI_AGAIN);
+    }
+    return error.message();
+}
+
+void connect_to_service(const QuestionPtr &question, const WebAddress &address) {
+    using Resolver = asio::ip::basic_resolver<asio::ip::tcp, Executor>;
+    const auto resolver = std::make_shared<Resolver>(question->real->loop.context);
+    resolver->async_resolve(
+        address.host, address.port,
+        [question, resolver](const error_code &error, const Resolver::results_type &found) {
+            if (error) {
+                conclude(*question, resolver_words(error));
+                return;
+            }
+            for (const auto &row : found) {
+                question->endpoints.emplace_back(row.endpoint());
+            }
+            connect_next(question);
+        });
 }
 
 /// The request anew: its method, the headers that a web service reads, and its body.
@@ -99,30 +145,6 @@ std::string web_request(const WebAddress &address, const WebRequest &request) {
     }
     return text + "Content-Length: " + std::to_string(request.body.size()) + "\r\n\r\n" +
            request.body;
-}
-
-RealAnswer ask_service(const WebAddress &address, Connection &real, const WebRequest &request) {
-    addrinfo wanted{};
-    wanted.ai_socktype = SOCK_STREAM;
-    addrinfo *found = nullptr;
-    const int error = getaddrinfo(address.host.c_str(), address.port.c_str(), &wanted, &found);
-    if (error != 0) {
-        return {"", gai_strerror(error)};
-    }
-    std::string complaint;
-    for (const addrinfo *row = found; row != nullptr; row = row->ai_next) {
-        if (real.descriptor >= 0) {
-            close(real.descriptor);
-        }
-        real.descriptor = socket(row->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-        complaint = connect_within_time(real, row->ai_addr, row->ai_addrlen);
-        if (complaint.empty()) {
-            break;
-        }
-    }
-    freeaddrinfo(found);
-    return complaint.empty() ? ask(real, web_request(address, request), true)
-                             : RealAnswer{"", complaint};
 }
 
 } // namespace
@@ -146,30 +168,24 @@ std::optional<WebAddress> read_web_address(const std::string &text) {
 }
 
 bool is_forwarded(const Settings &settings, const Daemon &daemon) {
-    return !(daemon.socket_file.empty() ? settings.forward_url : settings.forward_directory)
-                .empty();
+    return !(is_on_socket(daemon) ? settings.forward_directory : settings.forward_url).empty();
 }
 
-void forward_request(const Settings &settings, const Conversation &conversation,
-                     Exchange &exchange) {
+void forward_request(Loop &loop, const Settings &settings, Conversation &conversation,
+                     std::function<void()> then) {
     const Daemon &daemon = conversation.daemon;
-    const auto deadline = Clock::now() + std::chrono::milliseconds(settings.patience);
-    Connection real{-1, conversation.connection.stop_descriptor, deadline, daemon.limit, ""};
-    const bool on_socket = !daemon.socket_file.empty();
-    const std::string place =
-        on_socket ? settings.forward_directory + "/" + std::string(daemon.socket_file)
-                  : settings.forward_url;
-    const RealAnswer answer =
-        on_socket ? ask_socket(place, real, conversation.connection.received)
-                  : ask_service(*read_web_address(settings.forward_url), real, exchange.web);
-    if (real.descriptor >= 0) {
-        close(real.descriptor);
-    }
-    if (answer.complaint.empty()) {
-        exchange.answer = answer.bytes;
-        exchange.outcome = answer_words(daemon, answer.bytes);
+    const auto real = std::make_shared<Connection>(loop, Socket(loop.context), daemon.limit,
+                                                   std::chrono::milliseconds(settings.patience));
+    if (is_on_socket(daemon)) {
+        const std::string path = settings.forward_directory + "/" + std::string(daemon.socket_file);
+        connect_to_socket(std::make_shared<Question>(Question{
+            real, path, std::string(conversation.received), conversation, std::move(then)}));
     } else {
-        exchange.answer.reset();
-        exchange.outcome = std::string(CLOSED) + " (" + place + ": " + answer.complaint + ")";
+        const WebAddress address = *read_web_address(settings.forward_url);
+        connect_to_service(
+            std::make_shared<Question>(Question{real, settings.forward_url,
+                                                web_request(address, conversation.exchange.web),
+                                                conversation, std::move(then)}),
+            address);
     }
 }

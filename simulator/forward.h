@@ -2,8 +2,11 @@
 // came back is the answer.
 #pragma once
 
-#include "daemons.h"
-#include "options.h"
+#include "simulator/options.h"
+
+#include <functional>
+
+struct Loop;
 
 /// An address of the form http://HOST[:PORT][/PATH], taken apart.
 struct WebAddress {
@@ -18,6 +21,7 @@ std::optional<WebAddress> read_web_address(const std::string &text);
 /// Whether the requests of this daemon go to a real one.
 bool is_forwarded(const Settings &settings, const Daemon &daemon);
 
-/// Replaces the answer by the real one, or by none and the reason.
-void forward_request(const Settings &settings, const Conversation &conversation,
-                     Exchange &exchange);
+/// Replaces the answer by the real one, or by none and the reason, and goes on with `then`, which
+/// keeps the conversation.
+void forward_request(Loop &loop, const Settings &settings, Conversation &conversation,
+                     std::function<void()> then);

@@ -1,9 +1,9 @@
 // FSMCore requests are read by their announced lengths, not up to an empty line: a value may be
 // empty or hold line feeds. The simulated core knows every function name, since the functions of
 // a real one depend on its configuration, and returns the parameters it was given.
-#include "fsmcore.h"
+#include "simulator/fsmcore.h"
 
-#include "text.h"
+#include "simulator/text.h"
 
 #include <cstdio>
 #include <vector>
@@ -12,8 +12,6 @@ namespace {
 
 /// More parameters than any client sends; keeps a wrong count from being waited for.
 constexpr int MOST_PARAMETERS = 1000;
-
-enum class Progress { incomplete, malformed, complete };
 
 struct FsmRequest {
     std::string function;
@@ -125,12 +123,13 @@ bool take_request(Reader &reader, FsmRequest &request) {
     return true;
 }
 
+/// Fills the request; its complaint tells when it is a wrong one.
 Progress read_request(std::string_view received, FsmRequest &request) {
     Reader reader{received, false, ""};
     request = {};
     if (!take_request(reader, request)) {
         request.complaint = reader.complaint;
-        return reader.short_of_bytes ? Progress::incomplete : Progress::malformed;
+        return reader.short_of_bytes ? Progress::incomplete : Progress::whole;
     }
     if (request.function.empty()) {
         request.complaint = "empty request name";
@@ -139,7 +138,7 @@ Progress read_request(std::string_view received, FsmRequest &request) {
     } else if (!reader.rest.empty()) {
         request.complaint = "bytes after the empty line";
     }
-    return request.complaint.empty() ? Progress::complete : Progress::malformed;
+    return Progress::whole;
 }
 
 std::string describe_request(const FsmRequest &request, std::string_view received) {
@@ -154,9 +153,8 @@ std::string describe_request(const FsmRequest &request, std::string_view receive
 }
 
 /// An empty parameter is its length line alone: its tag line would be taken for the next length.
-std::string frame_answer(const std::string &status, const std::vector<std::string> &parameters) {
-    std::string answer = "Response Status: " + status +
-                         "\nParameter Count: " + std::to_string(parameters.size()) + "\n";
+std::string frame_parameters(const std::vector<std::string> &parameters) {
+    std::string answer = "Parameter Count: " + std::to_string(parameters.size()) + "\n";
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const std::string tag = parameter_tag(i);
         answer += tag + " Length: " + std::to_string(parameters[i].size()) + "\n";
@@ -169,40 +167,25 @@ std::string frame_answer(const std::string &status, const std::vector<std::strin
 
 } // namespace
 
-Exchange exchange_fsmcore(Conversation &conversation) {
-    Connection &connection = conversation.connection;
+Progress fsmcore_progress(std::string_view received) {
     FsmRequest request;
-    Arrival arrival = receive_some(connection);
-    Progress progress = Progress::incomplete;
-    while (arrival == Arrival::data &&
-           (progress = read_request(connection.received, request)) == Progress::incomplete) {
-        arrival = receive_some(connection);
-    }
-    if (connection.received.empty() || arrival == Arrival::stopped) {
-        return {"", describe_arrival(arrival), ""};
-    }
-    if (progress == Progress::complete) {
-        receive_pending(connection);
-        progress = read_request(connection.received, request);
-    }
+    return read_request(received, request);
+}
 
-    int proper = 0;
-    if (progress != Progress::complete) {
-        proper = static_cast<int>(arrival == Arrival::full ? ErrorOffset::too_long
-                                                           : ErrorOffset::malformed);
-        if (progress == Progress::incomplete) {
-            request.complaint = describe_arrival(arrival);
-        }
+void answer_fsmcore(Conversation &conversation) {
+    FsmRequest request;
+    const Arrival arrival = conversation.arrival;
+    int error = 0;
+    if (read_request(conversation.received, request) == Progress::incomplete) {
+        request.complaint = describe_arrival(arrival);
     }
-    const std::string status =
-        format_status(conversation.daemon, choose_status(conversation, proper));
-    std::string outcome = status;
+    const std::string shown = describe_request(request, conversation.received);
     if (!request.complaint.empty()) {
-        outcome += " (" + request.complaint + ")";
-    }
-    const std::string shown = describe_request(request, connection.received);
-    if (progress != Progress::complete) {
+        error = static_cast<int>(arrival == Arrival::full ? ErrorOffset::too_long
+                                                          : ErrorOffset::malformed);
         request.parameters.clear();
     }
-    return {shown, outcome, frame_answer(status, request.parameters)};
+    answer_status(conversation, error, request.complaint);
+    conversation.exchange.request = shown;
+    *conversation.exchange.answer += frame_parameters(request.parameters);
 }

@@ -1,8 +1,8 @@
-// The FSMCore protocol: a request with counted parameters, each framed by its length, answered
-// with a status and parameters framed the same way.
+// FSMCore's side of a conversation: parameters in both directions, framed by their lengths.
 #pragma once
 
-#include "daemons.h"
+#include "simulator/daemons.h"
 
-/// Reads one FSMCore request by its lengths and makes an answer that returns its parameters.
-Exchange exchange_fsmcore(Conversation &conversation);
+Progress fsmcore_progress(std::string_view received);
+
+void answer_fsmcore(Conversation &conversation);

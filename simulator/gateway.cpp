@@ -1,9 +1,9 @@
 // The checker of gateway requests. It has no branch per gateway: the functions and their lines are
 // those of the daemon's row. Values are not interpreted, apart from the widths and fixed contents
 // that the rows state.
-#include "gateway.h"
+#include "simulator/gateway.h"
 
-#include "text.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <span>
@@ -91,32 +91,18 @@ Verdict check_request(const Daemon &gateway, std::string_view received) {
 
 } // namespace
 
-Exchange exchange_gateway(Conversation &conversation) {
-    Connection &connection = conversation.connection;
-    Arrival arrival = Arrival::data;
-    std::size_t searched = 0;
-    while (arrival == Arrival::data &&
-           connection.received.find(REQUEST_END, searched) == std::string::npos) {
-        searched = connection.received.empty() ? 0 : connection.received.size() - 1;
-        arrival = receive_some(connection);
-    }
-    if (connection.received.empty() || arrival == Arrival::stopped) {
-        return {"", describe_arrival(arrival), ""};
-    }
-    receive_pending(connection);
+Progress gateway_progress(std::string_view received) {
+    return received.find(REQUEST_END) == std::string_view::npos ? Progress::incomplete
+                                                                : Progress::whole;
+}
 
-    Verdict verdict;
-    if (arrival == Arrival::data) {
-        verdict = check_request(conversation.daemon, connection.received);
-    } else {
-        verdict = refuse(arrival == Arrival::full ? ErrorOffset::too_long : ErrorOffset::malformed,
-                         describe_arrival(arrival), show_value(connection.received));
-    }
-    const std::string status =
-        format_status(conversation.daemon, choose_status(conversation, verdict.offset));
-    std::string outcome = status;
-    if (!verdict.complaint.empty()) {
-        outcome += " (" + verdict.complaint + ")";
-    }
-    return {verdict.request, outcome, "Response Status: " + status + "\n"};
+void answer_gateway(Conversation &conversation) {
+    const Arrival arrival = conversation.arrival;
+    const Verdict verdict =
+        arrival == Arrival::data
+            ? check_request(conversation.daemon, conversation.received)
+            : refuse(arrival == Arrival::full ? ErrorOffset::too_long : ErrorOffset::malformed,
+                     describe_arrival(arrival), show_value(conversation.received));
+    answer_status(conversation, verdict.offset, verdict.complaint);
+    conversation.exchange.request = verdict.request;
 }

@@ -1,8 +1,9 @@
-// The text protocol that the field-bus gateways share: a request of named header lines
-// ended by an empty line, answered with one status line.
+// The gateways' side of a conversation: a request is a line that names it, "Name: value" lines and
+// an empty line; the answer is one status line.
 #pragma once
 
-#include "daemons.h"
+#include "simulator/daemons.h"
 
-/// Reads one gateway request, checks it line by line and makes the status answer.
-Exchange exchange_gateway(Conversation &conversation);
+Progress gateway_progress(std::string_view received);
+
+void answer_gateway(Conversation &conversation);

@@ -1,12 +1,12 @@
 // What the simulated controller remembers between requests: elements, users and sessions,
-// neighbours, schedules, messages. Plain data behind one lock; the service decides what it means.
+// neighbours, schedules, messages. Plain data; the service decides what it
+// means.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <deque>
 #include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -58,7 +58,6 @@ struct ScheduleKey {
 };
 
 struct Home {
-    std::mutex lock;
     std::map<std::string, Element, std::less<>> elements{{"KITCHEN-THERMOSTAT", {"ON", "21.5"}},
                                                          {"LIVING-LAMP", {"OFF", "0"}}};
     std::map<std::string, std::string, std::less<>> sessions{

@@ -1,21 +1,22 @@
-// HTTP parsing and answering are httplib's, but accepting and closing connections is the
-// server's, as for every other daemon. Hence one short-lived httplib server object per request,
-// used for its routes alone: it never listens.
-#include "http_front.h"
+#include "simulator/http_front.h"
 
-#include "envelope.h"
-#include "home.h"
-#include "operations.h"
-#include "page.h"
-#include "text.h"
+#include "simulator/envelope.h"
+#include "simulator/operations.h"
+#include "simulator/page.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <httplib.h>
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/status.hpp>
+#include <boost/beast/http/string_body.hpp>
 
 namespace {
 
+namespace http = boost::beast::http;
+
+constexpr std::uint32_t HEAD_LIMIT = 64 * 1024;
 constexpr const char *ANSWER_TYPE = "text/xml; charset=utf-8";
 constexpr const char *ACTION = "\"urn:xmethods-lumows\"";
 
@@ -23,76 +24,40 @@ constexpr const char *ACTION = "\"urn:xmethods-lumows\"";
 constexpr std::array PASSED_HEADERS{"Content-Type", "SOAPAction", "User-Agent", "Authorization",
                                     "Cookie"};
 
-/// Opens httplib's step for one request to the outside.
-class RequestEngine : public httplib::Server {
-  public:
-    using httplib::Server::process_request;
+/// The answer before it is written as bytes.
+struct HttpAnswer {
+    unsigned status;
+    std::string body = {};
+    const char *type = nullptr;
+    const char *policy = nullptr;
 };
 
-/// Reads from the connection and holds the answer back in a buffer.
-class HeldStream : public httplib::Stream {
-  public:
-    explicit HeldStream(Connection &source) : connection(source) {}
-
-    bool is_readable() const override {
-        return true;
+/// What the bytes so far say: each time from their start, which keeps nothing between them.
+struct Reading {
+    explicit Reading(std::string_view received) {
+        parser.eager(true);
+        parser.header_limit(HEAD_LIMIT);
+        parser.body_limit(HTTP_BODY_LIMIT);
+        parser.put(boost::asio::buffer(received.data(), received.size()), error);
     }
 
-    bool is_writable() const override {
-        return true;
-    }
-
-    ssize_t read(char *target, size_t size) override {
-        // A client that waits for "100 Continue" must get it before it sends the rest.
-        if (at == connection.received.size() && !held.empty()) {
-            send_all(connection, held);
-            held.clear();
-        }
-        if (at == connection.received.size()) {
-            last_arrival = receive_some(connection);
-            if (last_arrival != Arrival::data) {
-                return last_arrival == Arrival::end ? 0 : -1;
-            }
-        }
-        const size_t count = std::min(size, connection.received.size() - at);
-        std::memcpy(target, connection.received.data() + at, count);
-        at += count;
-        return static_cast<ssize_t>(count);
-    }
-
-    ssize_t write(const char *source, size_t size) override {
-        held.append(source, size);
-        return static_cast<ssize_t>(size);
-    }
-
-    void get_remote_ip_and_port(std::string &address, int &port) const override {
-        address = "127.0.0.1";
-        port = 0;
-    }
-
-    void get_local_ip_and_port(std::string &address, int &port) const override {
-        address = "127.0.0.1";
-        port = 0;
-    }
-
-    socket_t socket() const override {
-        return connection.descriptor;
-    }
-
-    Connection &connection;
-    std::string held;
-    std::size_t at = 0;
-    Arrival last_arrival = Arrival::data;
+    http::request_parser<http::string_body> parser;
+    boost::system::error_code error;
 };
+
+std::string header_value(const http::fields &fields, const char *name) {
+    const auto value = fields[name];
+    return {value.data(), value.size()};
+}
 
 /// What is wrong with the HTTP headers of a call; empty when nothing is.
-std::string complain_about_headers(const httplib::Request &request) {
-    std::string type = request.get_header_value("Content-Type");
-    type.erase(std::remove(type.begin(), type.end(), ' '), type.end());
+std::string complain_about_headers(const http::fields &fields) {
+    std::string type = header_value(fields, "Content-Type");
+    std::erase(type, ' ');
     if (!equal_ignoring_case(type, "text/xml;charset=utf-8")) {
         return "Content-Type is not text/xml; charset=utf-8";
     }
-    if (request.get_header_value("SOAPAction") != ACTION) {
+    if (header_value(fields, "SOAPAction") != ACTION) {
         return std::string("SOAPAction is not ") + ACTION;
     }
     return "";
@@ -107,116 +72,129 @@ std::string describe_call(const ServiceCall &call) {
     return text;
 }
 
-void answer_fault(const Fault &fault, Exchange &exchange, httplib::Response &response) {
+HttpAnswer answer_fault(const Fault &fault, Exchange &exchange) {
     exchange.outcome = "fault " + fault.code + " (" + show_value(fault.text) + ")";
-    response.status = 500;
-    response.set_content(write_fault(fault), ANSWER_TYPE);
+    return {500, write_fault(fault), ANSWER_TYPE};
 }
 
-void answer_call(const Conversation &conversation, const ServiceCall &call, Exchange &exchange,
-                 httplib::Response &response) {
-    ResponseFields fields;
-    const int error = run_operation(conversation.home, call, fields);
+HttpAnswer answer_call(Conversation &conversation, const http::fields &fields,
+                       const std::string &body) {
+    Exchange &exchange = conversation.exchange;
+    const std::string complaint = complain_about_headers(fields);
+    if (!complaint.empty()) {
+        return answer_fault({"Client", complaint}, exchange);
+    }
+    const auto read = read_envelope(body);
+    if (const auto *fault = std::get_if<Fault>(&read)) {
+        return answer_fault(*fault, exchange);
+    }
+    const auto &call = std::get<ServiceCall>(read);
+    ResponseFields response;
+    const int error = run_operation(conversation.home, call, response);
     const std::string status =
         format_status(conversation.daemon, choose_status(conversation, error));
-    fields["result"] = fields["results"] = status;
-    fields["result-len"] = std::to_string(status.size());
+    response["result"] = response["results"] = status;
+    response["result-len"] = std::to_string(status.size());
     exchange.request = describe_call(call);
     exchange.outcome = status;
-    const std::string remark = call.complaint.empty() ? fields[REMARK] : call.complaint;
+    const std::string remark = call.complaint.empty() ? response[REMARK] : call.complaint;
     if (!remark.empty()) {
         exchange.outcome += " (" + show_value(remark) + ")";
     }
-    response.set_content(write_response(*call.operation, fields), ANSWER_TYPE);
-}
-
-void answer_post(const Conversation &conversation, const httplib::Request &request,
-                 Exchange &exchange, httplib::Response &response) {
-    const std::string complaint = complain_about_headers(request);
-    if (!complaint.empty()) {
-        answer_fault({"Client", complaint}, exchange, response);
-        return;
-    }
-    const auto read = read_envelope(request.body);
-    if (const auto *fault = std::get_if<Fault>(&read)) {
-        answer_fault(*fault, exchange, response);
-        return;
-    }
-    answer_call(conversation, std::get<ServiceCall>(read), exchange, response);
+    return {200, write_response(*call.operation, response), ANSWER_TYPE};
 }
 
 /// Lets only those in who name this machine: a page from elsewhere whose name was made to lead
-/// here must not read the home.
-bool admit_watcher(const Home &home, const httplib::Request &request, httplib::Response &response) {
-    const std::string host = "http://" + request.get_header_value("Host");
-    const std::string port = home.origin.substr(home.origin.rfind(':'));
-    const bool admitted = host == home.origin || host == "http://localhost" + port;
-    response.status = admitted ? 200 : 403;
-    return admitted;
+/// here must not read the home. The answer to /events is only the sign to start streaming.
+HttpAnswer answer_watcher(Conversation &conversation, const http::fields &fields, bool page) {
+    const std::string &origin = conversation.home.origin;
+    const std::string host = "http://" + header_value(fields, "Host");
+    if (host != origin && host != "http://localhost" + origin.substr(origin.rfind(':'))) {
+        return {403};
+    }
+    conversation.exchange.audience = page ? Audience::page : Audience::events;
+    return page ? HttpAnswer{200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY}
+                : HttpAnswer{200};
 }
 
-/// The ways of those who watch. The answer to /events is only the sign to start streaming.
-void add_page_routes(RequestEngine &engine, const Home &home, Exchange &exchange) {
-    engine.Get(PAGE_PATH, [&](const httplib::Request &request, httplib::Response &response) {
-        if (admit_watcher(home, request, response)) {
-            exchange.audience = Audience::page;
-            response.set_header("Content-Security-Policy", PAGE_POLICY);
-            response.set_content(page_text().data(), page_text().size(),
-                                 "text/html; charset=utf-8");
-        }
-    });
-    engine.Get(EVENTS_PATH, [&](const httplib::Request &request, httplib::Response &response) {
-        if (admit_watcher(home, request, response)) {
-            exchange.audience = Audience::events;
-        }
-    });
+HttpAnswer route(Conversation &conversation, const http::request<http::string_body> &request) {
+    const std::string &path = conversation.exchange.web.path;
+    const bool fetches =
+        request.method() == http::verb::get || request.method() == http::verb::head;
+    if (request.method() == http::verb::post && path == SERVICE_PATH) {
+        return answer_call(conversation, request, request.body());
+    }
+    if (fetches && path == "/configuration") {
+        return {200, conversation.home.configuration, "text/plain; charset=utf-8"};
+    }
+    if (fetches && (path == PAGE_PATH || path == EVENTS_PATH)) {
+        return answer_watcher(conversation, request, path == PAGE_PATH);
+    }
+    return {404};
 }
 
-/// The number in the status line of an answer, for requests that reached no route.
-std::string http_status(std::string_view answer) {
-    return "HTTP " + std::string(answer.substr(std::min<std::size_t>(answer.size(), 9), 3));
+WebRequest web_request(const http::request<http::string_body> &request) {
+    const auto method = request.method_string();
+    const std::string target(request.target().data(), request.target().size());
+    WebRequest web{{method.data(), method.size()}, target.substr(0, target.find('?')), {}, {}};
+    web.body = request.body();
+    for (const char *name : PASSED_HEADERS) {
+        if (request.find(name) != request.end()) {
+            web.headers.emplace_back(name, header_value(request, name));
+        }
+    }
+    return web;
+}
+
+std::string write_answer(const HttpAnswer &answer, bool with_body) {
+    const auto reason = http::obsolete_reason(http::int_to_status(answer.status));
+    std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " ";
+    text.append(reason.data(), reason.size()).append("\r\nConnection: close\r\nContent-Length: ");
+    text += std::to_string(answer.body.size()) + "\r\n";
+    for (const auto &[name, value] : {std::pair("Content-Security-Policy: ", answer.policy),
+                                      std::pair("Content-Type: ", answer.type)}) {
+        if (value != nullptr) {
+            text.append(name).append(value).append("\r\n");
+        }
+    }
+    return text.append("\r\n").append(with_body ? answer.body : "");
 }
 
 } // namespace
 
-Exchange exchange_http(Conversation &conversation) {
-    Exchange exchange;
-    HeldStream stream(conversation.connection);
-    RequestEngine engine;
-    engine.set_payload_max_length(HTTP_BODY_LIMIT);
-    engine.Post(SERVICE_PATH, [&](const httplib::Request &request, httplib::Response &response) {
-        answer_post(conversation, request, exchange, response);
-    });
-    engine.Get("/configuration", [&](const httplib::Request &, httplib::Response &response) {
-        const std::scoped_lock held(conversation.home.lock);
-        response.set_content(conversation.home.configuration, "text/plain; charset=utf-8");
-    });
-    add_page_routes(engine, conversation.home, exchange);
-    engine.set_logger([&](const httplib::Request &request, const httplib::Response &) {
-        exchange.web = {request.method, request.path, {}, request.body};
-        for (const char *name : PASSED_HEADERS) {
-            if (request.has_header(name)) {
-                exchange.web.headers.emplace_back(name, request.get_header_value(name));
-            }
-        }
-    });
-    bool closed = false;
-    std::string request_line;
-    engine.process_request(stream, true, closed, [&](httplib::Request &request) {
-        request_line = request.method + " " + show_value(request.path);
-    });
-    if (conversation.connection.received.empty() || stream.last_arrival == Arrival::stopped) {
-        return {"", describe_arrival(stream.last_arrival), ""};
+Progress http_progress(std::string_view received) {
+    const Reading reading(received);
+    const bool unfinished = !reading.error && !reading.parser.is_done();
+    // What is too long is read on, up to the limit: a client that still sends sees no answer.
+    if (reading.error != http::error::need_more && reading.error != http::error::body_limit &&
+        !unfinished) {
+        return Progress::whole;
     }
-    if (exchange.request.empty()) {
-        exchange.request = request_line.empty() ? "unreadable request" : request_line;
+    const bool asks_first =
+        unfinished && header_value(reading.parser.get(), "Expect") == "100-continue";
+    return asks_first ? Progress::awaits_continue : Progress::incomplete;
+}
+
+void answer_http(Conversation &conversation) {
+    Exchange &exchange = conversation.exchange;
+    const Reading reading(conversation.received);
+    const auto &request = reading.parser.get();
+    const bool too_long = reading.error == http::error::body_limit;
+    HttpAnswer answer{too_long ? 413U : 400U};
+    if ((reading.parser.is_header_done() || too_long) && request.method() != http::verb::unknown) {
+        exchange.web = web_request(request);
+        exchange.request = exchange.web.method + " " + show_value(exchange.web.path);
+        if (reading.parser.is_done() && !too_long) {
+            answer = route(conversation, request);
+        }
+    } else {
+        exchange.request = "unreadable request";
     }
     if (exchange.outcome.empty()) {
-        exchange.outcome = http_status(stream.held);
-        if (stream.last_arrival != Arrival::data) {
-            exchange.outcome += std::string(" (") + describe_arrival(stream.last_arrival) + ")";
+        exchange.outcome = "HTTP " + std::to_string(answer.status);
+        if (conversation.arrival != Arrival::data) {
+            exchange.outcome += std::string(" (") + describe_arrival(conversation.arrival) + ")";
         }
     }
-    exchange.answer = std::move(stream.held);
-    return exchange;
+    exchange.answer = write_answer(answer, request.method() != http::verb::head);
 }

@@ -1,8 +1,8 @@
-// The web service's HTTP side: one request per connection, handed to httplib over a stream that
-// keeps every byte, so that the trace is exact and the answer can be withheld or replaced.
+// The web service's HTTP side: requests are Boost.Beast's to read, whatever is done with their
+// bytes and the answer's is the server's, so that the trace is exact and answers can be withheld.
 #pragma once
 
-#include "daemons.h"
+#include "simulator/daemons.h"
 
 #include <cstddef>
 
@@ -11,5 +11,8 @@ inline constexpr const char *SERVICE_PATH = "/cgi-bin/lumows";
 /// Largest request body; clients send uploads of about a megabyte.
 inline constexpr std::size_t HTTP_BODY_LIMIT = std::size_t{4} * 1024 * 1024;
 
-/// Reads one HTTP request and makes its answer.
-Exchange exchange_http(Conversation &conversation);
+/// How far a request has come.
+Progress http_progress(std::string_view received);
+
+/// Makes the answer to an HTTP request.
+void answer_http(Conversation &conversation);

@@ -1,14 +1,9 @@
-// The journal. Everything happens to an entry under one lock, so that the log, the recording and
-// the comparison agree about the order of requests that end at the same time.
-#include "journal.h"
+#include "simulator/journal.h"
 
-#include "report.h"
-#include "text.h"
+#include "simulator/report.h"
+#include "simulator/text.h"
 
-#include <cerrno>
 #include <fcntl.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace {
 
@@ -19,17 +14,6 @@ std::string recorded_lines(const Entry &entry) {
         lines += bytes_words(*entry.daemon, "->", *entry.answer) + "\n";
     }
     return lines;
-}
-
-bool write_whole(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = write(descriptor, text.data(), text.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 } // namespace
@@ -47,13 +31,13 @@ std::string bytes_words(const Daemon &daemon, std::string_view direction, std::s
 }
 
 void add_entry(Journal &journal, Entry entry) {
-    const std::scoped_lock held(journal.lock);
     print_log({"request",
                entry.daemon->key,
                entry_words(entry),
                {{"request", entry.request}, {"outcome", entry.outcome}}});
-    if (journal.recording >= 0 && !write_whole(journal.recording, recorded_lines(entry))) {
-        journal.recording_failed = true;
+    if (journal.recording != nullptr) {
+        std::fputs(recorded_lines(entry).c_str(), journal.recording);
+        std::fflush(journal.recording);
     }
     Latest &latest = journal.latest[row_of(*entry.daemon)];
     latest.asked++;
@@ -64,18 +48,21 @@ void add_entry(Journal &journal, Entry entry) {
     if (journal.keep) {
         journal.entries.push_back(std::move(entry));
     }
-    for (const int watcher : journal.watchers) {
-        eventfd_write(watcher, 1);
+    if (journal.watch) {
+        journal.watch();
     }
 }
 
 bool start_recording(Journal &journal, const std::string &path) {
-    journal.recording = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    return journal.recording >= 0;
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    journal.recording = file < 0 ? nullptr : fdopen(file, "w");
+    return journal.recording != nullptr;
 }
 
 bool end_recording(Journal &journal) {
-    const bool closed = journal.recording < 0 || close(journal.recording) == 0;
-    journal.recording = -1;
-    return closed && !journal.recording_failed;
+    if (journal.recording == nullptr) {
+        return true;
+    }
+    const bool failed = std::ferror(journal.recording) != 0;
+    return std::fclose(journal.recording) == 0 && !failed;
 }

@@ -2,12 +2,12 @@
 // recording, to the comparison at the end and to those who watch.
 #pragma once
 
-#include "daemons.h"
+#include "simulator/daemons.h"
 
+#include <cstdio>
 #include <deque>
-#include <mutex>
+#include <functional>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -35,13 +35,11 @@ struct Latest {
 };
 
 struct Journal {
-    std::mutex lock;
     bool keep = false;          ///< whether all entries are kept
     std::vector<Entry> entries; ///< all of them, in order
     std::vector<Latest> latest = std::vector<Latest>(DAEMONS.size());
-    int recording = -1; ///< descriptor, -1: none
-    bool recording_failed = false;
-    std::set<int> watchers; ///< event descriptors that each entry wakes
+    std::FILE *recording = nullptr;
+    std::function<void()> watch; ///< told of each entry
 };
 
 /// The request as the log prints it, without its outcome, such as "EIB: SENDEIB... a|b".

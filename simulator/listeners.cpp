@@ -1,15 +1,14 @@
 // Sockets and their files. Two instances in one directory are kept apart by a lock; a socket of
 // another program is told from a left-over one by connecting to it.
-#include "listeners.h"
+#include "simulator/listeners.h"
 
-#include <arpa/inet.h>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <netinet/in.h>
 #include <sys/file.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -59,7 +58,7 @@ std::string take_lock(const std::string &directory, Listeners &listeners) {
 }
 
 /// Makes way for a socket file: removes one that nobody listens on any more.
-std::string clear_path(const std::string &path, const sockaddr_un &address) {
+std::string clear_path(Loop &loop, const std::string &path, const Protocol::endpoint &place) {
     struct stat found {};
     if (lstat(path.c_str(), &found) != 0) {
         return errno == ENOENT ? "" : error_text("cannot look at " + path);
@@ -67,86 +66,85 @@ std::string clear_path(const std::string &path, const sockaddr_un &address) {
     if (!S_ISSOCK(found.st_mode)) {
         return path + " is not a socket; remove it or choose another directory with --directory";
     }
-    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (probe < 0) {
-        return error_text("cannot make a socket");
-    }
-    const bool left_over =
-        connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 &&
-        errno == ECONNREFUSED;
-    close(probe);
-    if (!left_over) {
+    Socket probe(loop.context, place.protocol());
+    probe.non_blocking(true);
+    error_code error;
+    probe.connect(place, error);
+    if (error != asio::error::connection_refused) {
         return path + " is in use by another program; stop it or choose another with --directory";
     }
     return unlink(path.c_str()) == 0 ? "" : error_text("cannot replace " + path);
 }
 
-/// Lets a bound socket listen, unless its daemon refuses connections: bound alone, the system
+/// Binds and lets it listen, unless its daemon refuses connections: bound alone, the system
 /// refuses them.
-std::string start_listening(const Settings &settings, const Daemon &daemon, int descriptor,
-                            const std::string &where) {
-    if (settings.behaviours[row_of(daemon)].refuse) {
-        return "";
+error_code start_listening(Acceptor &acceptor, const Protocol::endpoint &place, bool refuses) {
+    error_code error;
+    acceptor.open(place.protocol(), error);
+    if (!error) {
+        acceptor.set_option(asio::socket_base::reuse_address(true), error);
     }
-    return listen(descriptor, BACKLOG) == 0 ? "" : error_text("cannot listen on " + where);
+    if (!error) {
+        acceptor.bind(place, error);
+    }
+    if (!error && !refuses) {
+        acceptor.listen(BACKLOG, error);
+    }
+    return error;
 }
 
-std::string open_unix(const Settings &settings, const Daemon &daemon, Listeners &listeners) {
+std::string open_unix(Loop &loop, const Settings &settings, const Daemon &daemon,
+                      Listeners &listeners) {
     const std::string path = settings.directory + "/" + std::string(daemon.socket_file);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
+    if (path.size() >= sizeof(sockaddr_un::sun_path)) {
         return path + " is too long for a socket; choose a shorter one with --directory";
     }
-    std::memcpy(static_cast<char *>(address.sun_path), path.c_str(), path.size());
-    std::string complaint = clear_path(path, address);
+    const asio::local::stream_protocol::endpoint place(path);
+    const std::string complaint = clear_path(loop, path, place);
     if (!complaint.empty()) {
         return complaint;
     }
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (descriptor < 0 ||
-        bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        std::string error = error_text("cannot make " + path);
-        close(descriptor);
-        return error;
+    Acceptor acceptor(loop.context);
+    const error_code error =
+        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
+    if (error) {
+        return "cannot make " + path + ": " + error.message();
     }
     struct stat made {};
     lstat(path.c_str(), &made);
-    listeners.rows.push_back({&daemon, descriptor, path, made.st_dev, made.st_ino});
-    return start_listening(settings, daemon, descriptor, path);
+    listeners.rows.push_back({&daemon, std::move(acceptor), path, made.st_dev, made.st_ino});
+    return "";
 }
 
-std::string open_tcp(const Settings &settings, const Daemon &daemon, Listeners &listeners) {
-    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const int reuse = 1;
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<in_port_t>(settings.port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    auto *generic = reinterpret_cast<sockaddr *>(&address);
-    if (descriptor < 0 ||
-        setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse) != 0 ||
-        bind(descriptor, generic, size) != 0 || getsockname(descriptor, generic, &size) != 0) {
-        const std::string error =
-            error_text("cannot take port " + std::to_string(settings.port) + " of 127.0.0.1");
-        close(descriptor);
-        return error + "; choose another with --port (0 for any free one)";
+std::string open_tcp(Loop &loop, const Settings &settings, const Daemon &daemon,
+                     Listeners &listeners) {
+    const asio::ip::tcp::endpoint place(asio::ip::address_v4::loopback(),
+                                        static_cast<unsigned short>(settings.port));
+    Acceptor acceptor(loop.context);
+    const error_code error =
+        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
+    if (error) {
+        return "cannot take port " + std::to_string(settings.port) +
+               " of 127.0.0.1: " + error.message() +
+               "; choose another with --port (0 for any free one)";
     }
-    listeners.rows.push_back({&daemon, descriptor, "", 0, 0});
-    listeners.origin = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    return start_listening(settings, daemon, descriptor, listeners.origin);
+    asio::ip::tcp::endpoint taken;
+    const Protocol::endpoint generic = acceptor.local_endpoint();
+    std::memcpy(taken.data(), generic.data(), generic.size());
+    listeners.origin = "http://127.0.0.1:" + std::to_string(taken.port());
+    listeners.rows.push_back({&daemon, std::move(acceptor), "", 0, 0});
+    return "";
 }
 
-std::string open_all(const Settings &settings, Listeners &listeners) {
+std::string open_all(Loop &loop, const Settings &settings, Listeners &listeners) {
     std::string complaint = take_directory(settings.directory);
     if (complaint.empty()) {
         complaint = take_lock(settings.directory, listeners);
     }
     for (const Daemon &daemon : DAEMONS) {
         if (complaint.empty()) {
-            complaint = daemon.socket_file.empty() ? open_tcp(settings, daemon, listeners)
-                                                   : open_unix(settings, daemon, listeners);
+            complaint = daemon.socket_file.empty() ? open_tcp(loop, settings, daemon, listeners)
+                                                   : open_unix(loop, settings, daemon, listeners);
         }
     }
     return complaint;
@@ -154,8 +152,8 @@ std::string open_all(const Settings &settings, Listeners &listeners) {
 
 } // namespace
 
-std::string open_listeners(const Settings &settings, Listeners &listeners) {
-    std::string complaint = open_all(settings, listeners);
+std::string open_listeners(Loop &loop, const Settings &settings, Listeners &listeners) {
+    std::string complaint = open_all(loop, settings, listeners);
     if (!complaint.empty()) {
         close_listeners(listeners);
     }
@@ -169,7 +167,6 @@ void close_listeners(Listeners &listeners) {
             found.st_dev == row.device && found.st_ino == row.inode) {
             unlink(row.path.c_str());
         }
-        close(row.descriptor);
     }
     listeners.rows.clear();
     if (listeners.lock >= 0) {

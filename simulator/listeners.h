@@ -2,15 +2,19 @@
 // port. Makes them, and removes exactly what it made.
 #pragma once
 
-#include "options.h"
+#include "simulator/connection.h"
+#include "simulator/options.h"
 
+#include <boost/asio/basic_socket_acceptor.hpp>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
+using Acceptor = asio::basic_socket_acceptor<Protocol, Executor>;
+
 struct Listener {
     const Daemon *daemon;
-    int descriptor;
+    Acceptor acceptor;
     std::string path; ///< socket file; empty for the TCP port
     dev_t device;     ///< device and inode of the socket file, to remove no other
     ino_t inode;
@@ -25,7 +29,7 @@ struct Listeners {
 
 /// Opens everything. Returns what went wrong and what to do, with everything removed again;
 /// empty when all listen.
-std::string open_listeners(const Settings &settings, Listeners &listeners);
+std::string open_listeners(Loop &loop, const Settings &settings, Listeners &listeners);
 
 /// Closes everything and removes the files.
 void close_listeners(Listeners &listeners);

@@ -1,21 +1,17 @@
-// The lumosim program: reads the options, opens the places where the daemons listen, says where
-// they are, serves until a signal comes, and removes everything again.
-#include "comparison.h"
-#include "http_front.h"
-#include "listeners.h"
-#include "options.h"
-#include "report.h"
-#include "server.h"
-#include "state.h"
-#include "version.h"
+// The lumosim program: reads the options and the files that they name, serves until a signal comes,
+// and writes what is to be left.
+#include "simulator/comparison.h"
+#include "simulator/options.h"
+#include "simulator/report.h"
+#include "simulator/server.h"
+#include "simulator/state.h"
+#include "simulator/version.h"
 
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <fstream>
 #include <iterator>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace {
 
@@ -26,39 +22,6 @@ constexpr int EXIT_OTHER_REQUESTS = 3;
 
 /// The file name that stands for standard output.
 constexpr const char *STANDARD_OUTPUT = "-";
-
-/// SIGINT and SIGTERM as a descriptor; blocked first, so that every thread inherits that.
-int open_signals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    return signalfd(-1, &signals, SFD_CLOEXEC);
-}
-
-void announce(Bench &bench, const Listeners &listeners) {
-    for (const Listener &row : listeners.rows) {
-        const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
-        const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
-        bench.places.push_back(place);
-        print_log(
-            {refuses ? "refuses" : "listens",
-             row.daemon->key,
-             std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") + place,
-             {{"place", place}}});
-    }
-}
-
-/// Written beside its place and renamed, so that whoever sees the file sees all of it.
-bool write_file(const std::string &path, const std::string &text) {
-    const std::string draft = path + ".new";
-    std::ofstream file(draft, std::ios::binary);
-    file << text;
-    file.close();
-    return !file.fail() && std::rename(draft.c_str(), path.c_str()) == 0;
-}
 
 int complain(const std::string &complaint) {
     std::fprintf(stderr, "lumosim: %s\n", complaint.c_str());
@@ -120,37 +83,16 @@ int conclude(Bench &bench, const std::vector<ListedRequest> &expected) {
 }
 
 int run(const Settings &settings) {
-    const int signals = open_signals();
-    if (signals < 0) {
-        return complain("cannot watch for signals");
-    }
+    // A reader of the log that went away is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
     choose_log_format(settings.log_format);
     Bench bench{settings};
     std::vector<ListedRequest> expected;
     std::string complaint = prepare(bench, expected);
-    Listeners listeners;
     if (complaint.empty()) {
-        complaint = open_listeners(settings, listeners);
+        complaint = serve(bench);
     }
-    if (!complaint.empty()) {
-        return complain(complaint);
-    }
-    bench.home.origin = listeners.origin;
-    announce(bench, listeners);
-    if (!settings.ready_file.empty() &&
-        !write_file(settings.ready_file, "directory=" + settings.directory +
-                                             "\nurl=" + listeners.origin + SERVICE_PATH + "\n")) {
-        close_listeners(listeners);
-        return complain("cannot write " + settings.ready_file +
-                        "; choose another with --ready-file");
-    }
-    print_log({"ready", "", "ready"});
-    serve(bench, listeners, signals);
-    close_listeners(listeners);
-    if (!settings.ready_file.empty()) {
-        std::remove(settings.ready_file.c_str());
-    }
-    return conclude(bench, expected);
+    return complaint.empty() ? conclude(bench, expected) : complain(complaint);
 }
 
 int start(const std::vector<std::string> &arguments) {

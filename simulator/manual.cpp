@@ -1,8 +1,8 @@
 // Fills the simulator's manual page: every @NAME@ of the template is replaced by what follows from
 // the tables. Run by the build, which stops when the page describes other options than there are.
-#include "home.h"
-#include "options.h"
-#include "text.h"
+#include "simulator/home.h"
+#include "simulator/options.h"
+#include "simulator/text.h"
 
 #include <cctype>
 #include <cstdio>

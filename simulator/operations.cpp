@@ -1,9 +1,9 @@
 // The operations of the web service. Lists travel as text with ';' between entries, since '|'
 // separates the parameters of the clients. Nothing here knows about XML or HTTP.
-#include "operations.h"
+#include "simulator/operations.h"
 
-#include "text.h"
-#include "version.h"
+#include "simulator/text.h"
+#include "simulator/version.h"
 
 #include <algorithm>
 #include <string>
@@ -47,7 +47,6 @@ bool session_is_open(const Home &home, const ServiceCall &call) {
 } // namespace
 
 int run_operation(Home &home, const ServiceCall &call, ResponseFields &response) {
-    const std::scoped_lock held(home.lock);
     const Operation &operation = *call.operation;
     if (!call.complaint.empty()) {
         return SERVICE_MALFORMED;

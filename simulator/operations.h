@@ -2,9 +2,9 @@
 // does more than acknowledge; all share the shape that the operation table asks for.
 #pragma once
 
-#include "contract.h"
+#include "simulator/contract.h"
 
-/// Checks children, session and needed field, then runs the operation under the home's lock.
+/// Checks children, session and needed field, then runs the operation.
 /// Returns a ServiceStatus; `response` holds the other children of a successful answer.
 int run_operation(Home &home, const ServiceCall &call, ResponseFields &response);
 

@@ -1,9 +1,9 @@
 // The table of options. Each option is a row with a short function for its argument; the functions
 // return what is wrong with it, empty when nothing is.
-#include "forward.h"
-#include "home.h"
-#include "options.h"
-#include "text.h"
+#include "simulator/forward.h"
+#include "simulator/home.h"
+#include "simulator/options.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,7 +1,7 @@
 // Option parsing and the help text. Knows no option by name, apart from those that exclude others.
-#include "options.h"
+#include "simulator/options.h"
 
-#include "home.h"
+#include "simulator/home.h"
 
 #include <algorithm>
 

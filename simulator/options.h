@@ -2,8 +2,8 @@
 // options are made too.
 #pragma once
 
-#include "daemons.h"
-#include "report.h"
+#include "simulator/daemons.h"
+#include "simulator/report.h"
 
 #include <span>
 #include <string>

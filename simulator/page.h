@@ -2,7 +2,7 @@
 // watch are no clients: nothing of theirs is logged, recorded or compared.
 #pragma once
 
-#include "bench.h"
+#include "simulator/bench.h"
 
 #include <string_view>
 
@@ -17,6 +17,13 @@ inline constexpr const char *PAGE_POLICY =
 /// The page.
 std::string_view page_text();
 
-/// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
-/// or the simulator shuts down.
-void stream_events(Bench &bench, Connection &connection);
+inline constexpr const char *STREAM_HEAD = "HTTP/1.1 200 OK\r\n"
+                                           "Content-Type: text/event-stream\r\n"
+                                           "Cache-Control: no-store\r\n"
+                                           "Connection: close\r\n\r\n";
+
+/// A comment of the stream, which a watcher passes over.
+inline constexpr const char *STILL_HERE = ":\n\n";
+
+/// An event of the stream: what there is to see.
+std::string picture_event(const Bench &bench);

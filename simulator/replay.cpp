@@ -1,5 +1,5 @@
 // Replaying. A row answers when it holds the bytes, or says that there were none.
-#include "replay.h"
+#include "simulator/replay.h"
 
 namespace {
 
@@ -18,7 +18,6 @@ bool can_answer(const ListedRequest &row, const Entry &entry) {
 } // namespace
 
 void replay_answer(Replay &replay, const Daemon &daemon, Exchange &exchange) {
-    const std::scoped_lock held(replay.lock);
     const Entry entry{&daemon, exchange.request, "", {}};
     replay.used.resize(replay.list.size());
     std::size_t chosen = replay.list.size();

@@ -1,13 +1,11 @@
 // Answers from a list that was recorded before.
 #pragma once
 
-#include "request_list.h"
+#include "simulator/request_list.h"
 
-#include <mutex>
 #include <vector>
 
 struct Replay {
-    std::mutex lock;
     std::vector<ListedRequest> list; ///< empty: nothing is replayed
     std::vector<bool> used;
 };

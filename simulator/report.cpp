@@ -1,12 +1,12 @@
 // Owns standard output. A reader that went away is no reason to stop serving, so a failed write
 // is let go.
-#include "report.h"
+#include "simulator/report.h"
 
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <mutex>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -50,8 +50,14 @@ void print_log(const LogLine &line) {
 }
 
 void print_text(std::string_view text) {
-    static std::mutex lock;
-    const std::scoped_lock held(lock);
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
+}
+
+bool write_file(const std::string &path, const std::string &text) {
+    const std::string draft = path + ".new";
+    std::ofstream file(draft, std::ios::binary);
+    file << text;
+    file.close();
+    return !file.fail() && std::rename(draft.c_str(), path.c_str()) == 0;
 }

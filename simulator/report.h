@@ -1,5 +1,5 @@
-// Everything that the simulator prints on standard output: whole lines, flushed, never mixed up
-// by connections that end at the same time, as text or as JSON objects.
+// Everything that the simulator prints on standard output: whole lines, flushed, as text or as
+// JSON objects.
 #pragma once
 
 #include <string>
@@ -22,6 +22,9 @@ void choose_log_format(LogFormat format);
 
 /// Prints the line in the chosen format.
 void print_log(const LogLine &line);
+
+/// Writes a file beside its place and renames it, so that whoever sees it sees all of it.
+bool write_file(const std::string &path, const std::string &text);
 
 /// Prints the text as it is, whatever the format.
 void print_text(std::string_view text);

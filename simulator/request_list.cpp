@@ -1,8 +1,8 @@
 // Lists of requests. A line is never taken apart into a request and its outcome, since either may
 // hold an arrow: it is compared with what the log would print.
-#include "request_list.h"
+#include "simulator/request_list.h"
 
-#include "text.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <array>

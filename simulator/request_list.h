@@ -2,7 +2,7 @@
 // what --expect compares with and --replay answers from.
 #pragma once
 
-#include "journal.h"
+#include "simulator/journal.h"
 
 #include <string>
 #include <vector>

@@ -1,24 +1,16 @@
-// Accepting and serving. The main thread only accepts; whatever waits for a client is a thread
-// per connection, which also watches the stop descriptor and so ends with the simulator.
-#include "server.h"
+// One thread does everything: each step of a conversation ends with an operation that calls the
+// next step when it is done. What is under way keeps its session alive; the last one closes it.
+#include "simulator/server.h"
 
-#include "forward.h"
-#include "page.h"
-#include "report.h"
-#include "text.h"
+#include "simulator/forward.h"
+#include "simulator/http_front.h"
+#include "simulator/listeners.h"
+#include "simulator/page.h"
+#include "simulator/text.h"
 
-#include <algorithm>
-#include <atomic>
-#include <cerrno>
+#include <boost/asio/signal_set.hpp>
+#include <csignal>
 #include <cstdio>
-#include <exception>
-#include <list>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <system_error>
-#include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -26,20 +18,56 @@ namespace {
 constexpr std::size_t MOST_CONNECTIONS = 256;
 
 /// Pause after a failed accept, which is most likely a lack of descriptors.
-constexpr int ACCEPT_PAUSE_MS = 100;
+constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
 
-struct Worker {
-    std::thread thread;
-    std::atomic<bool> done = false;
+/// How often a watcher that went away without a word is noticed.
+constexpr std::chrono::milliseconds STILL_HERE_TIME{15000};
+constexpr std::chrono::milliseconds NO_TIME{0};
+
+struct Server {
+    Bench &bench;
+    Loop loop = {};
+    Listeners listeners = {};
+    std::set<struct Session *> sessions = {};
+    const Daemon *at_work = nullptr; ///< what an exception is blamed on
 };
+
+/// One client of a daemon.
+struct Session {
+    Session(Server &serving, const Daemon &daemon, Socket socket)
+        : server(serving), client(std::make_shared<Connection>(
+                               serving.loop, std::move(socket), daemon.limit,
+                               std::chrono::milliseconds(serving.bench.settings.patience))),
+          conversation{daemon, serving.bench.settings.behaviours[row_of(daemon)],
+                       serving.bench.home} {
+        server.sessions.insert(this);
+    }
+
+    ~Session() {
+        server.sessions.erase(this);
+    }
+
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    Server &server;
+    ConnectionPtr client;
+    Conversation conversation;
+    bool told_to_continue = false;
+    bool idle = false;    ///< a watcher that waits for something to see
+    bool changed = false; ///< and has not seen the last change
+    bool left = false;
+};
+
+using SessionPtr = std::shared_ptr<Session>;
 
 void print_note(const Daemon &daemon, const std::string &text) {
     print_log({"note", daemon.key, std::string(daemon.label) + ": " + text, {{"text", text}}});
 }
 
-void print_raw(const Settings &settings, const Daemon &daemon, std::string_view direction,
-               const std::string &bytes) {
-    if (settings.raw && !bytes.empty()) {
+void print_raw(const Session &session, std::string_view direction, std::string_view bytes) {
+    if (session.server.bench.settings.raw && !bytes.empty()) {
+        const Daemon &daemon = session.conversation.daemon;
         print_log({"bytes",
                    daemon.key,
                    bytes_words(daemon, direction, bytes),
@@ -47,141 +75,219 @@ void print_raw(const Settings &settings, const Daemon &daemon, std::string_view 
     }
 }
 
+void next_event(const SessionPtr &session) {
+    session->idle = true;
+    wait(session->client, session->changed ? NO_TIME : STILL_HERE_TIME, [session]() {
+        session->idle = false;
+        if (session->left || session->server.loop.stopping) {
+            end_connection(session->client);
+            return;
+        }
+        const bool changed = std::exchange(session->changed, false);
+        send_all(session->client, changed ? picture_event(session->server.bench) : STILL_HERE,
+                 [session](bool sent) {
+                     session->left = session->left || !sent;
+                     next_event(session);
+                 });
+    });
+}
+
+/// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
+/// or the simulator shuts down.
+void stream_events(const SessionPtr &session) {
+    // A watcher has nothing more to say: what arrives is the end of its connection.
+    session->client->socket.async_wait(asio::socket_base::wait_read, [session](const error_code &) {
+        session->left = true;
+        session->client->timer.cancel();
+        session->client->socket.cancel();
+    });
+    send_all(session->client, STREAM_HEAD + picture_event(session->server.bench),
+             [session](bool sent) {
+                 session->left = session->left || !sent;
+                 next_event(session);
+             });
+}
+
+/// The line is printed before the answer goes out, so that a client that has its answer finds the
+/// line.
+void finish(const SessionPtr &session) {
+    const Daemon &daemon = session->conversation.daemon;
+    const Exchange &exchange = session->conversation.exchange;
+    add_entry(session->server.bench.journal,
+              {&daemon, exchange.request, exchange.outcome, exchange.answer});
+    if (!exchange.answer) {
+        end_connection(session->client);
+        return;
+    }
+    print_raw(*session, "->", *exchange.answer);
+    send_all(session->client, *exchange.answer, [session](bool sent) {
+        if (!sent) {
+            print_note(session->conversation.daemon, "the client did not take its answer");
+        }
+        end_connection(session->client);
+    });
+}
+
 /// Replaces the proper answer as the daemon was told; others answer only where it was told nothing.
-void choose_answer(Bench &bench, const Conversation &conversation, Exchange &exchange) {
-    const Behaviour &told = conversation.behaviour;
-    if (told.close) {
+void choose_answer(const SessionPtr &session) {
+    Bench &bench = session->server.bench;
+    const Daemon &daemon = session->conversation.daemon;
+    const Behaviour &told = session->conversation.behaviour;
+    Exchange &exchange = session->conversation.exchange;
+    session->server.at_work = &daemon;
+    if (told.delay > 0 && session->server.loop.stopping) {
+        exchange = {exchange.request, "not answered, the simulator shuts down", {}};
+    } else if (told.close) {
         exchange.outcome = CLOSED;
         exchange.answer.reset();
     } else if (told.raw) {
         exchange.answer = *told.raw;
         exchange.outcome = std::to_string(told.raw->size()) + " raw bytes";
-    } else if (is_told_to_answer(told)) {
-        return;
-    } else if (!bench.replay.list.empty()) {
-        replay_answer(bench.replay, conversation.daemon, exchange);
-    } else if (is_forwarded(bench.settings, conversation.daemon)) {
-        forward_request(bench.settings, conversation, exchange);
-    }
-}
-
-/// Carries an exchange to its end: waits, answers or not, as the daemon was told. The line is
-/// printed before the answer goes out, so that a client that has its answer finds the line.
-void finish_exchange(Bench &bench, Conversation &conversation, Exchange exchange) {
-    const Daemon &daemon = conversation.daemon;
-    print_raw(bench.settings, daemon, "<-", conversation.connection.received);
-    if (!wait_milliseconds(conversation.connection, conversation.behaviour.delay)) {
-        add_entry(bench.journal,
-                  {&daemon, exchange.request, "not answered, the simulator shuts down", {}});
+    } else if (told.statuses.empty() && !bench.replay.list.empty()) {
+        replay_answer(bench.replay, daemon, exchange);
+    } else if (told.statuses.empty() && is_forwarded(bench.settings, daemon)) {
+        forward_request(session->server.loop, bench.settings, session->conversation,
+                        [session]() { finish(session); });
         return;
     }
-    choose_answer(bench, conversation, exchange);
-    add_entry(bench.journal, {&daemon, exchange.request, exchange.outcome, exchange.answer});
-    if (exchange.answer) {
-        print_raw(bench.settings, daemon, "->", *exchange.answer);
-        if (!send_all(conversation.connection, *exchange.answer)) {
-            print_note(daemon, "the client did not take its answer");
-        }
-    }
+    finish(session);
 }
 
-void serve_connection(Bench &bench, const Daemon &daemon, Connection connection) {
-    Conversation conversation{daemon, bench.settings.behaviours[row_of(daemon)], connection,
-                              bench.home};
-    Exchange exchange = daemon.exchange(conversation);
-    if (exchange.audience == Audience::events) {
-        stream_events(bench, connection);
-    } else if (exchange.audience == Audience::page) {
-        send_all(connection, exchange.answer.value_or(""));
-    } else if (exchange.request.empty()) {
-        print_note(daemon, "no request, " + exchange.outcome);
+void answer(const SessionPtr &session, Arrival arrival) {
+    Conversation &conversation = session->conversation;
+    conversation.received = session->client->received;
+    conversation.arrival = arrival;
+    if (conversation.received.empty() || arrival == Arrival::stopped) {
+        print_note(conversation.daemon, std::string("no request, ") + describe_arrival(arrival));
+        end_connection(session->client);
+        return;
+    }
+    conversation.daemon.answer(conversation);
+    if (conversation.exchange.audience == Audience::events) {
+        stream_events(session);
+    } else if (conversation.exchange.audience == Audience::page) {
+        send_all(session->client, *conversation.exchange.answer,
+                 [session](bool /*sent*/) { end_connection(session->client); });
     } else {
-        finish_exchange(bench, conversation, std::move(exchange));
-    }
-    end_connection(connection);
-}
-
-/// A connection that cannot be served for lack of memory must not take the others with it.
-void serve_safely(Bench &bench, const Daemon &daemon, const Connection &connection) {
-    try {
-        serve_connection(bench, daemon, connection);
-    } catch (const std::exception &error) {
-        print_note(daemon, std::string("connection dropped: ") + error.what());
-        close(connection.descriptor);
+        print_raw(*session, "<-", conversation.received);
+        wait(session->client, std::chrono::milliseconds(conversation.behaviour.delay),
+             [session]() { choose_answer(session); });
     }
 }
 
-void start_worker(std::list<Worker> &workers, Bench &bench, const Daemon &daemon, int descriptor,
-                  int stop) {
-    const auto deadline =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(bench.settings.patience);
-    Connection connection{descriptor, stop, deadline, daemon.limit, ""};
-    Worker &worker = workers.emplace_back();
-    try {
-        worker.thread = std::thread([&worker, &bench, &daemon, connection]() {
-            serve_safely(bench, daemon, connection);
-            worker.done = true;
-        });
-    } catch (const std::system_error &error) {
-        print_note(daemon, std::string("connection dropped: ") + error.what());
-        close(descriptor);
-        workers.pop_back();
-    }
-}
-
-void join_finished(std::list<Worker> &workers) {
-    workers.remove_if([](Worker &worker) {
-        const bool done = worker.done;
-        if (done) {
-            worker.thread.join();
+void read_request(const SessionPtr &session) {
+    receive_some(session->client, [session](Arrival arrival) {
+        const Daemon &daemon = session->conversation.daemon;
+        session->server.at_work = &daemon;
+        const Progress progress =
+            arrival == Arrival::data ? daemon.progress(session->client->received) : Progress::whole;
+        if (progress == Progress::awaits_continue && !session->told_to_continue) {
+            session->told_to_continue = true;
+            send_all(session->client, "HTTP/1.1 100 Continue\r\n\r\n",
+                     [session](bool /*sent*/) { read_request(session); });
+        } else if (progress != Progress::whole) {
+            read_request(session);
+        } else {
+            if (arrival == Arrival::data) {
+                receive_pending(*session->client);
+            }
+            answer(session, arrival);
         }
-        return done;
     });
 }
 
-void accept_connection(std::list<Worker> &workers, Bench &bench, const Listener &listener,
-                       int stop) {
-    const int descriptor =
-        accept4(listener.descriptor, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (descriptor < 0) {
-        if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) {
-            poll(nullptr, 0, ACCEPT_PAUSE_MS);
-        }
+void accept_next(Server &server, Listener &listener);
+
+void accepted(Server &server, Listener &listener, const error_code &error, Socket socket) {
+    if (error) {
+        const auto pause = std::make_shared<Timer>(server.loop.context, ACCEPT_PAUSE);
+        pause->async_wait(
+            [&server, &listener, pause](const error_code &) { accept_next(server, listener); });
         return;
     }
-    join_finished(workers);
-    if (workers.size() >= MOST_CONNECTIONS) {
+    if (server.sessions.size() < MOST_CONNECTIONS) {
+        read_request(std::make_shared<Session>(server, *listener.daemon, std::move(socket)));
+    } else {
         print_note(*listener.daemon, "too many connections, one closed");
-        close(descriptor);
-        return;
     }
-    start_worker(workers, bench, *listener.daemon, descriptor, stop);
+    accept_next(server, listener);
+}
+
+void accept_next(Server &server, Listener &listener) {
+    if (!server.loop.stopping) {
+        listener.acceptor.async_accept(
+            [&server, &listener](const error_code &error, Socket socket) {
+                accepted(server, listener, error, std::move(socket));
+            });
+    }
+}
+
+void announce(Bench &bench, const Listeners &listeners) {
+    for (const Listener &row : listeners.rows) {
+        const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
+        const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
+        bench.places.push_back(place);
+        print_log(
+            {refuses ? "refuses" : "listens",
+             row.daemon->key,
+             std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") + place,
+             {{"place", place}}});
+    }
+}
+
+/// A connection that cannot be served for lack of memory must not take the others with it.
+void run(Server &server) {
+    while (!server.loop.context.stopped()) {
+        try {
+            server.loop.context.run();
+        } catch (const std::exception &error) {
+            print_note(*server.at_work, std::string("connection dropped: ") + error.what());
+        }
+    }
 }
 
 } // namespace
 
-void serve(Bench &bench, const Listeners &listeners, int signal_descriptor) {
-    const int stop = eventfd(0, EFD_CLOEXEC);
-    std::list<Worker> workers;
-    std::vector<pollfd> watched{{signal_descriptor, POLLIN, 0}};
-    for (const Listener &row : listeners.rows) {
-        // A socket that only refuses would report an error for ever; poll skips negative ones.
-        const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
-        watched.push_back({refuses ? -1 : row.descriptor, POLLIN, 0});
+std::string serve(Bench &bench) {
+    const Settings &settings = bench.settings;
+    Server server{bench};
+    asio::signal_set signals(server.loop.context, SIGINT, SIGTERM);
+    std::string complaint = open_listeners(server.loop, settings, server.listeners);
+    if (!complaint.empty()) {
+        return complaint;
     }
-    while (watched[0].revents == 0) {
-        if (poll(watched.data(), watched.size(), -1) < 0) {
-            continue;
-        }
-        for (std::size_t i = 0; i < listeners.rows.size(); ++i) {
-            if (watched[i + 1].revents != 0) {
-                accept_connection(workers, bench, listeners.rows[i], stop);
+    bench.home.origin = server.listeners.origin;
+    announce(bench, server.listeners);
+    if (!settings.ready_file.empty() &&
+        !write_file(settings.ready_file, "directory=" + settings.directory + "\nurl=" +
+                                             server.listeners.origin + SERVICE_PATH + "\n")) {
+        close_listeners(server.listeners);
+        return "cannot write " + settings.ready_file + "; choose another with --ready-file";
+    }
+    print_log({"ready", "", "ready"});
+    bench.journal.watch = [&server]() {
+        for (Session *session : server.sessions) {
+            session->changed = true;
+            if (session->idle) {
+                session->client->timer.cancel();
             }
         }
+    };
+    for (Listener &row : server.listeners.rows) {
+        if (!bench.settings.behaviours[row_of(*row.daemon)].refuse) {
+            accept_next(server, row);
+        }
     }
-    eventfd_write(stop, 1);
-    for (Worker &worker : workers) {
-        worker.thread.join();
+    signals.async_wait([&server](const error_code &, int) {
+        for (Listener &row : server.listeners.rows) {
+            row.acceptor.cancel();
+        }
+        stop_waiting(server.loop);
+    });
+    run(server);
+    close_listeners(server.listeners);
+    if (!settings.ready_file.empty()) {
+        std::remove(settings.ready_file.c_str());
     }
-    close(stop);
+    return "";
 }

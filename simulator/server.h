@@ -1,10 +1,9 @@
-// The running simulator: accepts connections for all daemons, serves each in a thread of its
-// own, and applies what the daemons were told to do instead of answering properly.
+// The running simulator: listens for all daemons, serves their clients, and applies what the
+// daemons were told to do instead of answering properly.
 #pragma once
 
-#include "bench.h"
-#include "listeners.h"
+#include "simulator/bench.h"
 
-/// Serves until one of the signals that `signal_descriptor` reports arrives, then waits for the
-/// connections to end.
-void serve(Bench &bench, const Listeners &listeners, int signal_descriptor);
+/// Opens everything, says so, and serves until SIGINT or SIGTERM; then the conversations end.
+/// Returns what kept it from serving; empty when nothing did.
+std::string serve(Bench &bench);

@@ -1,7 +1,7 @@
 // The home as a file: what --state starts from and --state-out leaves.
 #pragma once
 
-#include "home.h"
+#include "simulator/home.h"
 
 #include <string>
 
@@ -10,4 +10,4 @@
 std::string read_state(const std::string &text, Home &home);
 
 /// The text of a state file.
-std::string write_state(Home &home);
+std::string write_state(const Home &home);

@@ -1,6 +1,6 @@
 // Text helpers of the simulator. They own the escape syntax that is shared by the printed raw
 // bytes and the --answer-raw option, so that printed bytes can be pasted back as an option.
-#include "text.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <array>

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
-#include <httplib.h>
 #include <netinet/in.h>
 #include <sstream>
 #include <sys/socket.h>
@@ -128,22 +127,19 @@ Browser::Browser() {
 
 Browser::~Browser() {
     if (!session.empty()) {
-        httplib::Client client("127.0.0.1", port);
-        client.set_read_timeout(PATIENCE_MS / 1000);
-        client.Delete(session);
+        ask_http(port, "DELETE " + session);
     }
     end_program(*driver, SIGTERM);
 }
 
 nlohmann::json command(Browser &browser, const std::string &path, const nlohmann::json &body) {
-    httplib::Client client("127.0.0.1", browser.port);
-    client.set_read_timeout(2 * PATIENCE_MS / 1000);
-    const auto answer = client.Post(path, body.dump(), "application/json");
-    if (!answer || answer->status != 200) {
-        browser.complaint += path + ": " + (answer ? answer->body : "no answer") + "\n";
+    const HttpAnswer answer =
+        ask_http(browser.port, "POST " + path, "Content-Type: application/json\r\n", body.dump());
+    if (answer.status != 200) {
+        browser.complaint += path + ": " + (answer.status == 0 ? "no answer" : answer.body) + "\n";
         return nullptr;
     }
-    return json::parse(answer->body, nullptr, false)["value"];
+    return json::parse(answer.body, nullptr, false)["value"];
 }
 
 void open_page(Browser &browser, const std::string &address) {
@@ -182,9 +178,7 @@ void resize(Browser &browser, int width, int height) {
 }
 
 std::string take_screenshot(Browser &browser) {
-    httplib::Client client("127.0.0.1", browser.port);
-    client.set_read_timeout(PATIENCE_MS / 1000);
-    const auto answer = client.Get(browser.session + "/screenshot");
-    const json whole = answer ? json::parse(answer->body, nullptr, false) : json();
+    const HttpAnswer answer = ask_http(browser.port, "GET " + browser.session + "/screenshot");
+    const json whole = json::parse(answer.body, nullptr, false);
     return whole.is_object() && whole["value"].is_string() ? decode_base64(whole["value"]) : "";
 }

@@ -3,7 +3,6 @@
 #include "soap_client.h"
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 namespace {
 
@@ -118,10 +117,8 @@ TEST_F(Service, UploadedFileIsServed) {
     const std::string file(1 << 20, 'x');
     expect("service-uploadlumolfile", SESSION + "<lumolfile>" + file + "</lumolfile>",
            "<result>LMWS-000</result>");
-    httplib::Client client("127.0.0.1", simulator.port);
-    const auto answer = client.Get("/configuration");
-    ASSERT_TRUE(answer);
-    EXPECT_TRUE(answer->body == file) << answer->body.size();
+    const std::string served = ask_http(simulator.port, "GET /configuration").body;
+    EXPECT_TRUE(served == file) << served.size();
     EXPECT_TRUE(wait_for_output(simulator.program, "x...(1048576 bytes)|(absent) -> LMWS-000"));
 }
 
@@ -136,13 +133,9 @@ TEST_F(Service, ValuesKeepTheirCharacters) {
 }
 
 TEST_F(Service, OtherPathsAndMethodsAreNotFound) {
-    httplib::Client client("127.0.0.1", simulator.port);
-    const auto wrong_method = client.Get("/cgi-bin/lumows");
-    ASSERT_TRUE(wrong_method);
-    EXPECT_EQ(wrong_method->status, 404);
-    const auto wrong_path = client.Post("/lumows", "x", "text/xml");
-    ASSERT_TRUE(wrong_path);
-    EXPECT_EQ(wrong_path->status, 404);
+    EXPECT_EQ(ask_http(simulator.port, "GET /cgi-bin/lumows").status, 404);
+    EXPECT_EQ(ask_http(simulator.port, "POST /lumows", "Content-Type: text/xml\r\n", "x").status,
+              404);
 }
 
 TEST_F(Service, TakesRequestsInSingleBytes) {

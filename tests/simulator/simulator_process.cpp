@@ -92,6 +92,15 @@ void start(Program &program, std::vector<std::string> words) {
     program.error_descriptor = error_pipe[0];
 }
 
+/// Whether the body is as long as the head says, where it does: some servers do not close.
+bool is_whole_http_answer(const std::string &answer) {
+    const std::string tag = "\r\nContent-Length:";
+    const std::size_t end = answer.find("\r\n\r\n");
+    const std::size_t at = answer.find(tag);
+    return end != std::string::npos && at < end &&
+           answer.size() - end - 4 >= std::stoul(answer.substr(at + tag.size()));
+}
+
 } // namespace
 
 FreshDirectory::FreshDirectory() : path("/tmp/simtest-XXXXXX") {
@@ -213,10 +222,10 @@ bool send_bytes(int descriptor, std::string_view bytes, bool drip) {
     return true;
 }
 
-std::string read_all(int descriptor) {
+std::string read_all(int descriptor, bool (*is_whole)(const std::string &)) {
     const auto start = Clock::now();
     std::string answer;
-    while (true) {
+    while (is_whole == nullptr || !is_whole(answer)) {
         pollfd watched{descriptor, POLLIN, 0};
         if (poll(&watched, 1, time_left(start)) <= 0) {
             answer += "(late)";
@@ -247,6 +256,28 @@ std::string ask_daemon(const std::string &directory, const std::string &name,
         return "(not sent)";
     }
     return read_all(descriptor);
+}
+
+HttpAnswer ask_http(int port, const std::string &method_and_path, const std::string &headers,
+                    const std::string &body) {
+    std::string request = method_and_path + " HTTP/1.1\r\nConnection: close\r\n" + headers;
+    if (headers.find("Host: ") == std::string::npos) {
+        request += "Host: 127.0.0.1:" + std::to_string(port) + "\r\n";
+    }
+    request += "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    const int descriptor = connect_port(port);
+    if (descriptor < 0) {
+        return {0, "", ""};
+    }
+    // Who refuses a request may not read all of it: what then counts is the answer.
+    send_bytes(descriptor, request);
+    const std::string answer = read_all(descriptor, is_whole_http_answer);
+    const std::size_t end = answer.find("\r\n\r\n");
+    if (!answer.starts_with("HTTP/1.") || end == std::string::npos) {
+        return {0, "", ""};
+    }
+    return {std::atoi(answer.c_str() + answer.find(' ')), answer.substr(0, end + 2),
+            answer.substr(end + 4)};
 }
 
 std::string read_file(const std::string &path) {

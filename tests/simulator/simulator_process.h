@@ -69,12 +69,25 @@ int connect_port(int port);
 /// Sends all bytes, each in a write of its own when `drip`.
 bool send_bytes(int descriptor, std::string_view bytes, bool drip = false);
 
-/// Reads to the end of the stream and closes; "(late)" is appended when the time is up.
-std::string read_all(int descriptor);
+/// Reads to the end of the stream, or until it is whole, and closes; "(late)" is appended when the
+/// time is up.
+std::string read_all(int descriptor, bool (*is_whole)(const std::string &) = nullptr);
 
 /// One whole request and its whole answer.
 std::string ask_daemon(const std::string &directory, const std::string &name,
                        std::string_view request, bool drip = false);
+
+/// An HTTP answer as it came, taken apart.
+struct HttpAnswer {
+    int status; ///< 0 when there was none
+    std::string head;
+    std::string body;
+};
+
+/// One whole HTTP request on a connection of its own, such as "GET /", and its whole answer. Each
+/// line of the headers ends with a carriage return and a line feed; a host is added where none is.
+HttpAnswer ask_http(int port, const std::string &method_and_path, const std::string &headers = "",
+                    const std::string &body = "");
 
 /// Reads a whole file.
 std::string read_file(const std::string &path);

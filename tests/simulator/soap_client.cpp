@@ -1,10 +1,6 @@
 // Envelopes are written out as text here, so that nothing is shared with the program under test.
 #include "soap_client.h"
 
-#include "simulator_process.h"
-
-#include <httplib.h>
-
 namespace {
 
 const std::string ENVELOPE =
@@ -35,11 +31,8 @@ std::string wrap_fault(const std::string &code, const std::string &text) {
 
 HttpAnswer post_message(int port, const std::string &message, const std::string &action,
                         const std::string &type) {
-    httplib::Client client("127.0.0.1", port);
-    client.set_read_timeout(PATIENCE_MS / 1000);
-    client.set_connection_timeout(PATIENCE_MS / 1000);
-    const auto result = client.Post("/cgi-bin/lumows", {{"SOAPAction", action}}, message, type);
-    return result ? HttpAnswer{result->status, result->body} : HttpAnswer{0, ""};
+    return ask_http(port, "POST /cgi-bin/lumows",
+                    "SOAPAction: " + action + "\r\nContent-Type: " + type + "\r\n", message);
 }
 
 std::string call_service(int port, const std::string &operation, const std::string &children) {

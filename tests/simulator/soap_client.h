@@ -1,12 +1,9 @@
 // Web-service requests as clients write them, and the answers expected to them.
 #pragma once
 
-#include <string>
+#include "tests/simulator/simulator_process.h"
 
-struct HttpAnswer {
-    int status; ///< 0 when there was none
-    std::string body;
-};
+#include <string>
 
 /// An envelope around the content of its body.
 std::string wrap_request(const std::string &content);
