@@ -4,7 +4,7 @@
 #include "simulator/home.h"
 #include "simulator/journal.h"
 #include "simulator/options.h"
-#include "simulator/replay.h"
+#include "simulator/request_list.h"
 
 struct Bench {
     const Settings &settings;

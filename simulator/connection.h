@@ -2,7 +2,7 @@
 // which ends early when the simulator shuts down. Knows nothing of what the bytes mean.
 #pragma once
 
-#include "simulator/arrival.h"
+#include "simulator/daemons.h"
 
 #include <array>
 #include <boost/asio/basic_stream_socket.hpp>

@@ -2,8 +2,6 @@
 // between the server and whatever reads a daemon's requests.
 #pragma once
 
-#include "simulator/arrival.h"
-
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -25,6 +23,9 @@ struct WebRequest {
 
 /// Whom an answer is for: a client of the daemon, or somebody who watches in a browser.
 enum class Audience { client, page, events };
+
+/// How the reading of a request ended.
+enum class Arrival { data, end, late, stopped, full, failed };
 
 /// How far a request has come: more must arrive, or may once the client is told to go on, or not.
 enum class Progress { incomplete, awaits_continue, whole };
@@ -99,6 +100,9 @@ struct Conversation {
     Arrival arrival = Arrival::data; ///< how its reading ended
     Exchange exchange = {};
 };
+
+/// Why no whole request came, in words for a request line; `data` has none.
+const char *describe_arrival(Arrival arrival);
 
 /// The status text of a number, such as EIBG-000.
 std::string format_status(const Daemon &daemon, int number);

@@ -2,7 +2,7 @@
 // what clients of this service write; knows nothing of HTTP or of what operations do.
 #pragma once
 
-#include "simulator/contract.h"
+#include "simulator/operations.h"
 
 #include <string>
 #include <string_view>

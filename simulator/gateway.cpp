@@ -25,19 +25,6 @@ Verdict refuse(ErrorOffset offset, std::string complaint, std::string request) {
     return {static_cast<int>(offset), std::move(complaint), std::move(request)};
 }
 
-/// The text of the request without its two closing line feeds, as lines.
-std::vector<std::string_view> split_lines(std::string_view text) {
-    std::vector<std::string_view> lines;
-    while (true) {
-        const std::size_t end = text.find('\n');
-        lines.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) {
-            return lines;
-        }
-        text.remove_prefix(end + 1);
-    }
-}
-
 Verdict check_lines(const GatewayRequest &request, std::span<const std::string_view> lines) {
     std::string shown(lines[0].substr(REQUEST_TAG.size()));
     for (std::size_t i = 0; i < request.lines.size(); ++i) {
@@ -70,7 +57,7 @@ Verdict check_lines(const GatewayRequest &request, std::span<const std::string_v
 
 Verdict check_request(const Daemon &gateway, std::string_view received) {
     const std::size_t end = received.find(REQUEST_END);
-    const std::vector<std::string_view> lines = split_lines(received.substr(0, end));
+    const std::vector<std::string_view> lines = split_text(received.substr(0, end), '\n');
     if (!lines[0].starts_with(REQUEST_TAG)) {
         return refuse(ErrorOffset::malformed, "line 1 is not 'Request: ...'", show_value(received));
     }

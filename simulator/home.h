@@ -9,7 +9,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <tuple>
 
 struct Element {
     std::string status;
@@ -46,16 +45,8 @@ inline constexpr std::string_view ALARM_PIN = "1234";
 /// Older messages are dropped.
 inline constexpr std::size_t KEPT_MESSAGES = 100;
 
-/// What a schedule belongs to.
-struct ScheduleKey {
-    std::string object;
-    std::string mode;
-    std::string type;
-
-    bool operator<(const ScheduleKey &other) const {
-        return std::tie(object, mode, type) < std::tie(other.object, other.mode, other.type);
-    }
-};
+/// What a schedule belongs to: object, mode and type.
+using ScheduleKey = std::array<std::string, 3>;
 
 struct Home {
     std::map<std::string, Element, std::less<>> elements{{"KITCHEN-THERMOSTAT", {"ON", "21.5"}},

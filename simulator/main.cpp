@@ -5,7 +5,6 @@
 #include "simulator/report.h"
 #include "simulator/server.h"
 #include "simulator/state.h"
-#include "simulator/version.h"
 
 #include <csignal>
 #include <cstdio>

@@ -1,16 +1,23 @@
-// The operations of the web service. Lists travel as text with ';' between entries, since '|'
-// separates the parameters of the clients. Nothing here knows about XML or HTTP.
+// The operations of the web service: what each does to the simulated home, and the table of them.
+// Lists travel as text with ';' between entries, since '|' separates the parameters of the clients.
 #include "simulator/operations.h"
 
+#include "simulator/options.h"
 #include "simulator/text.h"
-#include "simulator/version.h"
 
 #include <algorithm>
-#include <string>
+
+using enum SessionRule;
+using Call = ServiceCall;
+using Fields = ResponseFields;
 
 namespace {
 
 constexpr char LIST_SEPARATOR = ';';
+
+std::string text(const Call &call, std::string_view child) {
+    return std::string(request_value(call, child));
+}
 
 void append_entry(std::string &list, std::string_view entry) {
     if (!list.empty()) {
@@ -19,34 +26,266 @@ void append_entry(std::string &list, std::string_view entry) {
     list += entry;
 }
 
-void remember(Home &home, std::string message) {
-    home.messages.push_back(std::move(message));
+ScheduleKey schedule_key(const Call &call) {
+    return {text(call, "idobject"), text(call, "mode"), text(call, "type")};
+}
+
+int acknowledge(Home &, const Call &, Fields &) {
+    return SERVICE_DONE;
+}
+
+int run_versioninfo(Home &, const Call &, Fields &fields) {
+    fields["version"] = "LUMOSIM Version: " LUMOSIM_VERSION " - ";
+    return SERVICE_DONE;
+}
+
+int run_systeminfo(Home &, const Call &, Fields &fields) {
+    fields["systemcode"] = "LUMOSIM";
+    return SERVICE_DONE;
+}
+
+int run_getelementstatus(Home &home, const Call &call, Fields &fields) {
+    const auto found = home.elements.find(request_value(call, "idobject"));
+    if (found == home.elements.end()) {
+        return SERVICE_NOT_FOUND;
+    }
+    fields["status"] = found->second.status;
+    fields["currentvalue"] = found->second.value;
+    return SERVICE_DONE;
+}
+
+int run_getelementstatusarray(Home &home, const Call &call, Fields &fields) {
+    std::string wanted = text(call, "idobjects");
+    if (wanted.empty()) { // the usual client leaves the list out
+        for (const auto &[name, element] : home.elements) {
+            append_entry(wanted, name);
+        }
+    }
+    Fields lists;
+    for (const std::string_view name : split_text(wanted, LIST_SEPARATOR)) {
+        const auto found = home.elements.find(name);
+        if (found == home.elements.end()) {
+            return SERVICE_NOT_FOUND;
+        }
+        append_entry(lists["currentstate"], found->first + "=" + found->second.status);
+        append_entry(lists["currentvalues"], found->first + "=" + found->second.value);
+    }
+    fields = lists;
+    return SERVICE_DONE;
+}
+
+int run_runonelement(Home &home, const Call &call, Fields &) {
+    const std::string name = text(call, "idobject");
+    Element &element = home.elements[name];
+    element = {text(call, "operation"), text(call, "payload")};
+    home.messages.push_back(name + " " + element.status + " " + element.value);
     if (home.messages.size() > KEPT_MESSAGES) {
         home.messages.pop_front();
     }
+    return SERVICE_DONE;
 }
 
-ScheduleKey schedule_key(const ServiceCall &call) {
-    return {std::string(request_value(call, "idobject")), std::string(request_value(call, "mode")),
-            std::string(request_value(call, "type"))};
+int run_elementhaschanged(Home &home, const Call &call, Fields &fields) {
+    fields["currentvalue"] = text(call, "currentvalue");
+    home.elements[text(call, "idobject")].value = fields["currentvalue"];
+    return SERVICE_DONE;
 }
 
-bool session_is_open(const Home &home, const ServiceCall &call) {
-    const std::string_view session = request_value(call, "sessionid");
-    switch (call.operation->session) {
-    case SessionRule::none:
-        return true;
-    case SessionRule::known_or_local:
-        return session == LOCAL_SESSION || home.sessions.contains(session);
-    case SessionRule::known:
-        return home.sessions.contains(session);
+int run_uploadlumolfile(Home &home, const Call &call, Fields &) {
+    home.configuration = text(call, "lumolfile");
+    return SERVICE_DONE;
+}
+
+int run_retrieveconfiguration(Home &home, const Call &, Fields &fields) {
+    fields["url"] = home.origin + "/configuration";
+    return SERVICE_DONE;
+}
+
+int run_login(Home &home, const Call &call, Fields &fields) {
+    for (const User &user : USERS) {
+        if (user.name == text(call, "user") && user.password == text(call, "pass")) {
+            home.sessions[std::string(user.session)] = user.name;
+            fields[REMARK] = "session " + std::string(user.session);
+            return SERVICE_DONE;
+        }
     }
-    return false;
+    return SERVICE_REFUSED;
+}
+
+int run_checklogged(Home &home, const Call &call, Fields &) {
+    const auto found = home.sessions.find(request_value(call, "sessionid"));
+    const bool owner = found != home.sessions.end() && found->second == text(call, "username");
+    return owner ? SERVICE_DONE : SERVICE_NO_SESSION;
+}
+
+int run_retrievemessages(Home &home, const Call &call, Fields &fields) {
+    const auto asked = read_number(request_value(call, "count"), 1, 1 << 30);
+    const std::size_t kept = home.messages.size();
+    const std::size_t count = asked ? std::min(kept, static_cast<std::size_t>(*asked)) : kept;
+    for (std::size_t i = kept - count; i < kept; ++i) {
+        append_entry(fields["message"], home.messages[i]);
+    }
+    fields["messagecount"] = std::to_string(count);
+    return SERVICE_DONE;
+}
+
+int run_search4neighbours(Home &home, const Call &, Fields &fields) {
+    for (const auto &[uid, neighbour] : home.neighbours) {
+        append_entry(fields["neighbourlist"], uid + "," + neighbour.name + "," + neighbour.address +
+                                                  "," + neighbour.port + "," + neighbour.optionals);
+    }
+    return SERVICE_DONE;
+}
+
+int run_attach2neighbour(Home &home, const Call &call, Fields &) {
+    home.neighbours[text(call, "neighbouruid")] = {text(call, "neighbourname"),
+                                                   text(call, "remoteip"), text(call, "remoteport"),
+                                                   text(call, "neighbouroptionals")};
+    return SERVICE_DONE;
+}
+
+int run_detach2neighbour(Home &home, const Call &call, Fields &) {
+    return home.neighbours.erase(text(call, "neighbouruid")) != 0 ? SERVICE_DONE
+                                                                  : SERVICE_NOT_FOUND;
+}
+
+/// A neighbour is simulated as a mirror of this home: its interfaces are the same elements.
+int run_discover2neighbour(Home &home, const Call &call, Fields &fields) {
+    if (!home.neighbours.contains(request_value(call, "neighbouruid"))) {
+        return SERVICE_NOT_FOUND;
+    }
+    int number = 0;
+    for (const auto &[name, element] : home.elements) {
+        append_entry(fields["interfacesidlist"], std::to_string(++number));
+        append_entry(fields["interfacesnamelist"], name);
+        append_entry(fields["interfacestypelist"], "ELEMENT");
+        append_entry(fields["interfacesvaluelist"], element.value);
+        append_entry(fields["interfacesaccessmodelist"], "RW");
+    }
+    return SERVICE_DONE;
+}
+
+int run_openobjectchannel(Home &home, const Call &call, Fields &) {
+    for (const auto &[uid, neighbour] : home.neighbours) {
+        if (neighbour.address == text(call, "remoteip") &&
+            neighbour.port == text(call, "remoteport")) {
+            return SERVICE_DONE;
+        }
+    }
+    return SERVICE_NOT_FOUND;
+}
+
+/// The reader of the simulated home always holds the same valid tag.
+int run_abbmacreadtagdata(Home &, const Call &, Fields &fields) {
+    // clang-format off
+    fields = {{"tagnumber", "1"},        {"tagtype", "GUEST"}, {"tagtypeoptionals", "0"},
+              {"tagplantcode", "0001"},  {"isblank", "0"},     {"hasvalidplantcode", "1"},
+              {"expiredatetime", "2030-12-31 12:00:00"},       {"ispresent", "1"}};
+    // clang-format on
+    return SERVICE_DONE;
+}
+
+/// The simulated database answers every statement with the statement itself.
+int run_databasesocketoperation(Home &, const Call &call, Fields &fields) {
+    fields["payload"] = text(call, "statement");
+    fields["payload-len"] = std::to_string(fields["payload"].size());
+    return SERVICE_DONE;
+}
+
+int run_settimeschedule(Home &home, const Call &call, Fields &) {
+    home.schedules[schedule_key(call)] = text(call, "schedule");
+    return SERVICE_DONE;
+}
+
+int run_gettimeschedule(Home &home, const Call &call, Fields &fields) {
+    const auto found = home.schedules.find(schedule_key(call));
+    if (found == home.schedules.end()) {
+        return SERVICE_NOT_FOUND;
+    }
+    fields["schedule"] = found->second;
+    return SERVICE_DONE;
+}
+
+int run_stopalarm(Home &, const Call &call, Fields &) {
+    return request_value(call, "pin") == ALARM_PIN ? SERVICE_DONE : SERVICE_REFUSED;
+}
+
+int run_getusergrants(Home &home, const Call &call, Fields &fields) {
+    const int status = run_stopalarm(home, call, fields);
+    fields["partializationgrants"] = status == SERVICE_DONE ? "PERIMETER;INSIDE" : "";
+    return status;
+}
+
+// Spellings such as retrivefromdevice, objectID and the plural results are the service's own, and
+// result-len comes before result: clients match these names literally.
+// clang-format off
+constexpr Operation OPERATION_ROWS[] = {
+    {"service-versioninfo", "waittime", "result version", none, "", run_versioninfo},
+    {"service-systeminfo", "waittime", "result systemcode", none, "", run_systeminfo},
+    {"service-test", "waittime", "result", none, "", acknowledge},
+    {"service-getelementstatus", "sessionid idobject retrivefromdevice waittime", "result status currentvalue", known, "idobject", run_getelementstatus},
+    {"service-getelementstatusarray", "sessionid idobjects waittime", "result currentstate currentvalues", known, "", run_getelementstatusarray},
+    {"service-runonelement", "sessionid idobject operation payload optionals hashcode callsource waittime", "result", known_or_local, "idobject", run_runonelement},
+    {"service-installcrontab", "sessionid newcrontabfile waittime", "result", known, "newcrontabfile", acknowledge},
+    {"service-elementhaschanged", "idobject idcaller currentvalue waittime", "result currentvalue", none, "idobject", run_elementhaschanged},
+    {"service-swapondemand", "sessionid payload waittime", "result", known, "", acknowledge},
+    {"service-uploadlumolfile", "sessionid lumolfile waittime", "result", known, "lumolfile", run_uploadlumolfile},
+    {"service-objectcyclesavoidance", "idobject-source idobject-destination waittime", "result", none, "", acknowledge},
+    {"service-retrieveconfiguration", "sessionid waittime", "result url", known, "", run_retrieveconfiguration},
+    {"service-login", "user pass waittime", "result", none, "user", run_login},
+    {"service-retrievemessages", "sessionid type count from to waittime", "result messagecount message", known, "", run_retrievemessages},
+    {"service-flushondemand", "payload waittime", "result", none, "", acknowledge},
+    {"service-search4neighbours", "ipmcast port waittime", "result neighbourlist", none, "", run_search4neighbours},
+    {"service-attach2neighbour", "remoteip remoteport neighbouruid neighbourname neighbouroptionals waittime", "result", none, "neighbouruid", run_attach2neighbour},
+    {"service-detach2neighbour", "remoteip remoteport neighbouruid waittime", "result", none, "neighbouruid", run_detach2neighbour},
+    {"service-discover2neighbour", "remoteip remoteport neighbouruid waittime", "result interfacesidlist interfacesnamelist interfacestypelist interfacesvaluelist interfacesaccessmodelist", none, "neighbouruid", run_discover2neighbour},
+    {"service-openobjectchannel", "remoteip remoteport idremoteinterface nameremoteinterface typeremoteinterface idlocalinterface waittime", "result", none, "remoteip", run_openobjectchannel},
+    {"service-abbmacreadtagdata", "sessionid idobject waittime", "result tagnumber tagtype tagtypeoptionals tagplantcode isblank hasvalidplantcode expiredatetime ispresent", known, "idobject", run_abbmacreadtagdata},
+    {"service-databasesocketoperation", "clientaddress sessionid function type statement-len statement waittime", "result-len result payload-len payload", known, "", run_databasesocketoperation},
+    {"service-multidatabasesocketoperation", "clientaddress sessionid function type statement-len statement databaseport waittime", "result-len result payload-len payload", known, "", run_databasesocketoperation},
+    {"service-keltoclimateeventgettimeschedule", "sessionid idobject mode type weekday season waittime", "result schedule", known, "idobject", run_gettimeschedule},
+    {"service-keltoclimateeventsettimeschedule", "sessionid idobject mode type schedule waittime", "result", known, "idobject", run_settimeschedule},
+    {"service-keltosaigetusergrants", "sessionid pin waittime", "result partializationgrants", known, "pin", run_getusergrants},
+    {"service-keltosaistopalarm", "sessionid pin waittime", "result", known, "pin", run_stopalarm},
+    {"service-keltorunproducttests", "", "result", none, "", acknowledge},
+    {"service-rundailyschedule", "waittime", "result", none, "", acknowledge},
+    {"service-reloadalldailyschedule", "waittime", "result", none, "", acknowledge},
+    {"service-reloaddailyschedule", "objectID waittime", "result", none, "objectID", acknowledge},
+    {"service-logindatareload", "waittime", "results", none, "", acknowledge},
+    {"service-checklogged", "username sessionid waittime", "result", known, "username", run_checklogged},
+};
+// clang-format on
+
+bool session_is_open(const Home &home, const Call &call) {
+    const SessionRule rule = call.operation->session;
+    const std::string_view session = request_value(call, "sessionid");
+    return rule == none || home.sessions.contains(session) ||
+           (rule == known_or_local && session == LOCAL_SESSION);
 }
 
 } // namespace
 
-int run_operation(Home &home, const ServiceCall &call, ResponseFields &response) {
+constinit const std::span<const Operation> OPERATIONS = OPERATION_ROWS;
+
+std::vector<std::string_view> child_names(std::string_view children) {
+    return children.empty() ? std::vector<std::string_view>() : split_text(children, ' ');
+}
+
+const Operation *find_operation(std::string_view name) {
+    const auto found = std::find_if(OPERATIONS.begin(), OPERATIONS.end(),
+                                    [name](const Operation &row) { return row.name == name; });
+    return found == OPERATIONS.end() ? nullptr : &*found;
+}
+
+std::string_view request_value(const Call &call, std::string_view child) {
+    const auto names = child_names(call.operation->request);
+    const auto found = std::find(names.begin(), names.end(), child);
+    const auto index = static_cast<std::size_t>(found - names.begin());
+    return index < call.values.size() && call.values[index] ? std::string_view(*call.values[index])
+                                                            : std::string_view();
+}
+
+int run_operation(Home &home, const Call &call, Fields &fields) {
     const Operation &operation = *call.operation;
     if (!call.complaint.empty()) {
         return SERVICE_MALFORMED;
@@ -57,213 +296,5 @@ int run_operation(Home &home, const ServiceCall &call, ResponseFields &response)
     if (!operation.needed.empty() && request_value(call, operation.needed).empty()) {
         return SERVICE_FIELD_MISSING;
     }
-    return operation.run(home, call, response);
-}
-
-int acknowledge(Home & /*home*/, const ServiceCall & /*call*/, ResponseFields & /*response*/) {
-    return SERVICE_DONE;
-}
-
-int run_versioninfo(Home & /*home*/, const ServiceCall & /*call*/, ResponseFields &response) {
-    response["version"] = "LUMOSIM Version: " LUMOSIM_VERSION " - ";
-    return SERVICE_DONE;
-}
-
-int run_systeminfo(Home & /*home*/, const ServiceCall & /*call*/, ResponseFields &response) {
-    response["systemcode"] = "LUMOSIM";
-    return SERVICE_DONE;
-}
-
-int run_getelementstatus(Home &home, const ServiceCall &call, ResponseFields &response) {
-    const auto found = home.elements.find(request_value(call, "idobject"));
-    if (found == home.elements.end()) {
-        return SERVICE_NOT_FOUND;
-    }
-    response["status"] = found->second.status;
-    response["currentvalue"] = found->second.value;
-    return SERVICE_DONE;
-}
-
-int run_getelementstatusarray(Home &home, const ServiceCall &call, ResponseFields &response) {
-    std::string wanted(request_value(call, "idobjects"));
-    if (wanted.empty()) { // the usual client leaves the list out
-        for (const auto &[name, element] : home.elements) {
-            append_entry(wanted, name);
-        }
-    }
-    std::string states;
-    std::string values;
-    for (std::size_t at = 0; at <= wanted.size();) {
-        const std::size_t end = std::min(wanted.find(LIST_SEPARATOR, at), wanted.size());
-        const auto found = home.elements.find(std::string_view(wanted).substr(at, end - at));
-        if (found == home.elements.end()) {
-            return SERVICE_NOT_FOUND;
-        }
-        append_entry(states, found->first + "=" + found->second.status);
-        append_entry(values, found->first + "=" + found->second.value);
-        at = end + 1;
-    }
-    response["currentstate"] = states;
-    response["currentvalues"] = values;
-    return SERVICE_DONE;
-}
-
-int run_runonelement(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    const std::string name(request_value(call, "idobject"));
-    Element &element = home.elements[name];
-    element.status = request_value(call, "operation");
-    element.value = request_value(call, "payload");
-    remember(home, name + " " + element.status + " " + element.value);
-    return SERVICE_DONE;
-}
-
-int run_elementhaschanged(Home &home, const ServiceCall &call, ResponseFields &response) {
-    Element &element = home.elements[std::string(request_value(call, "idobject"))];
-    element.value = request_value(call, "currentvalue");
-    response["currentvalue"] = element.value;
-    return SERVICE_DONE;
-}
-
-int run_uploadlumolfile(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    home.configuration = request_value(call, "lumolfile");
-    return SERVICE_DONE;
-}
-
-int run_retrieveconfiguration(Home &home, const ServiceCall & /*call*/, ResponseFields &response) {
-    response["url"] = home.origin + "/configuration";
-    return SERVICE_DONE;
-}
-
-int run_login(Home &home, const ServiceCall &call, ResponseFields &response) {
-    const auto *user = std::find_if(USERS.begin(), USERS.end(), [&](const User &known) {
-        return known.name == request_value(call, "user") &&
-               known.password == request_value(call, "pass");
-    });
-    if (user == USERS.end()) {
-        return SERVICE_REFUSED;
-    }
-    home.sessions[std::string(user->session)] = user->name;
-    response[REMARK] = "session " + std::string(user->session);
-    return SERVICE_DONE;
-}
-
-int run_checklogged(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    const auto found = home.sessions.find(request_value(call, "sessionid"));
-    const bool owner =
-        found != home.sessions.end() && found->second == request_value(call, "username");
-    return owner ? SERVICE_DONE : SERVICE_NO_SESSION;
-}
-
-int run_retrievemessages(Home &home, const ServiceCall &call, ResponseFields &response) {
-    const auto asked = read_number(request_value(call, "count"), 1, 1 << 30);
-    const std::size_t kept = home.messages.size();
-    const std::size_t count = asked ? std::min(kept, static_cast<std::size_t>(*asked)) : kept;
-    std::string list;
-    for (std::size_t i = kept - count; i < kept; ++i) {
-        append_entry(list, home.messages[i]);
-    }
-    response["messagecount"] = std::to_string(count);
-    response["message"] = list;
-    return SERVICE_DONE;
-}
-
-int run_search4neighbours(Home &home, const ServiceCall & /*call*/, ResponseFields &response) {
-    std::string list;
-    for (const auto &[uid, neighbour] : home.neighbours) {
-        append_entry(list, uid + "," + neighbour.name + "," + neighbour.address + "," +
-                               neighbour.port + "," + neighbour.optionals);
-    }
-    response["neighbourlist"] = list;
-    return SERVICE_DONE;
-}
-
-int run_attach2neighbour(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    home.neighbours[std::string(request_value(call, "neighbouruid"))] = {
-        std::string(request_value(call, "neighbourname")),
-        std::string(request_value(call, "remoteip")),
-        std::string(request_value(call, "remoteport")),
-        std::string(request_value(call, "neighbouroptionals"))};
-    return SERVICE_DONE;
-}
-
-int run_detach2neighbour(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    const auto found = home.neighbours.find(request_value(call, "neighbouruid"));
-    if (found == home.neighbours.end()) {
-        return SERVICE_NOT_FOUND;
-    }
-    home.neighbours.erase(found);
-    return SERVICE_DONE;
-}
-
-/// A neighbour is simulated as a mirror of this home: its interfaces are the same elements.
-int run_discover2neighbour(Home &home, const ServiceCall &call, ResponseFields &response) {
-    if (!home.neighbours.contains(request_value(call, "neighbouruid"))) {
-        return SERVICE_NOT_FOUND;
-    }
-    int number = 0;
-    for (const auto &[name, element] : home.elements) {
-        append_entry(response["interfacesidlist"], std::to_string(++number));
-        append_entry(response["interfacesnamelist"], name);
-        append_entry(response["interfacestypelist"], "ELEMENT");
-        append_entry(response["interfacesvaluelist"], element.value);
-        append_entry(response["interfacesaccessmodelist"], "RW");
-    }
-    return SERVICE_DONE;
-}
-
-int run_openobjectchannel(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    const bool attached =
-        std::any_of(home.neighbours.begin(), home.neighbours.end(), [&](const auto &entry) {
-            return entry.second.address == request_value(call, "remoteip") &&
-                   entry.second.port == request_value(call, "remoteport");
-        });
-    return attached ? SERVICE_DONE : SERVICE_NOT_FOUND;
-}
-
-/// The reader of the simulated home always holds the same valid tag.
-int run_abbmacreadtagdata(Home & /*home*/, const ServiceCall & /*call*/, ResponseFields &response) {
-    response = {{"tagnumber", "1"},
-                {"tagtype", "GUEST"},
-                {"tagtypeoptionals", "0"},
-                {"tagplantcode", "0001"},
-                {"isblank", "0"},
-                {"hasvalidplantcode", "1"},
-                {"expiredatetime", "2030-12-31 12:00:00"},
-                {"ispresent", "1"}};
-    return SERVICE_DONE;
-}
-
-/// The simulated database answers every statement with the statement itself.
-int run_databasesocketoperation(Home & /*home*/, const ServiceCall &call,
-                                ResponseFields &response) {
-    const std::string_view statement = request_value(call, "statement");
-    response["payload"] = statement;
-    response["payload-len"] = std::to_string(statement.size());
-    return SERVICE_DONE;
-}
-
-int run_settimeschedule(Home &home, const ServiceCall &call, ResponseFields & /*response*/) {
-    home.schedules[schedule_key(call)] = request_value(call, "schedule");
-    return SERVICE_DONE;
-}
-
-int run_gettimeschedule(Home &home, const ServiceCall &call, ResponseFields &response) {
-    const auto found = home.schedules.find(schedule_key(call));
-    if (found == home.schedules.end()) {
-        return SERVICE_NOT_FOUND;
-    }
-    response["schedule"] = found->second;
-    return SERVICE_DONE;
-}
-
-int run_getusergrants(Home & /*home*/, const ServiceCall &call, ResponseFields &response) {
-    if (request_value(call, "pin") != ALARM_PIN) {
-        return SERVICE_REFUSED;
-    }
-    response["partializationgrants"] = "PERIMETER;INSIDE";
-    return SERVICE_DONE;
-}
-
-int run_stopalarm(Home & /*home*/, const ServiceCall &call, ResponseFields & /*response*/) {
-    return request_value(call, "pin") == ALARM_PIN ? SERVICE_DONE : SERVICE_REFUSED;
+    return operation.run(home, call, fields);
 }

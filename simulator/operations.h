@@ -1,35 +1,71 @@
-// What each web-service operation does to the simulated home. One function per operation that
-// does more than acknowledge; all share the shape that the operation table asks for.
+// The web service's operations: names, request and response children in wire order, which of
+// them need a session or a field, and the function that does what it asks for.
 #pragma once
 
-#include "simulator/contract.h"
+#include "simulator/home.h"
 
-/// Checks children, session and needed field, then runs the operation.
-/// Returns a ServiceStatus; `response` holds the other children of a successful answer.
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+inline constexpr std::string_view SERVICE_NAMESPACE = "urn:xmethods-lumows";
+
+/// What an operation came to: 0, or an error number relative to the web service's base.
+enum ServiceStatus : int {
+    SERVICE_DONE = 0,
+    SERVICE_MALFORMED = 2,     ///< an unknown, repeated or misplaced child
+    SERVICE_NO_SESSION = 3,    ///< the session is unknown or another user's
+    SERVICE_NOT_FOUND = 4,     ///< no such element, neighbour or schedule
+    SERVICE_REFUSED = 5,       ///< wrong user, password or PIN
+    SERVICE_FIELD_MISSING = 6, ///< a field that the operation cannot do without is absent
+};
+
+enum class SessionRule {
+    none,          ///< no session child
+    known,         ///< the session must be open
+    known_or_local ///< requests from the controller itself may do without one
+};
+
+struct Operation;
+
+/// One request, with its children in the operation's order; nothing for an absent child.
+struct ServiceCall {
+    const Operation *operation = nullptr;
+    std::vector<std::optional<std::string>> values;
+    std::string complaint; ///< what is wrong with the children; empty for a proper request
+};
+
+/// Response children by name; those that are not set are answered empty. A field that is none of
+/// the operation's children is not answered.
+using ResponseFields = std::map<std::string_view, std::string>;
+
+/// The field for a remark that belongs on the request line, and not into the answer.
+inline constexpr std::string_view REMARK = "(remark)";
+
+struct Operation {
+    std::string_view name;
+    std::string_view request;  ///< its children in wire order, a blank between them
+    std::string_view response; ///< likewise
+    SessionRule session;
+    std::string_view needed; ///< the request child that must be there and not empty, if any
+    int (*run)(Home &home, const ServiceCall &call, ResponseFields &response);
+};
+
+extern const std::span<const Operation> OPERATIONS;
+
+/// The names of a row's request or response children.
+std::vector<std::string_view> child_names(std::string_view children);
+
+/// The operation of this element name, null when there is none.
+const Operation *find_operation(std::string_view name);
+
+/// The value of a request child; empty when it is absent.
+std::string_view request_value(const ServiceCall &call, std::string_view child);
+
+/// Checks children, session and needed field, then runs the operation. Returns a ServiceStatus;
+/// `response` holds the other children of a successful answer.
 int run_operation(Home &home, const ServiceCall &call, ResponseFields &response);
-
-/// Accepts the request and remembers nothing.
-int acknowledge(Home &home, const ServiceCall &call, ResponseFields &response);
-
-int run_versioninfo(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_systeminfo(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_getelementstatus(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_getelementstatusarray(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_runonelement(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_elementhaschanged(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_uploadlumolfile(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_retrieveconfiguration(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_login(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_retrievemessages(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_search4neighbours(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_attach2neighbour(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_detach2neighbour(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_discover2neighbour(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_openobjectchannel(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_abbmacreadtagdata(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_databasesocketoperation(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_gettimeschedule(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_settimeschedule(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_getusergrants(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_stopalarm(Home &home, const ServiceCall &call, ResponseFields &response);
-int run_checklogged(Home &home, const ServiceCall &call, ResponseFields &response);

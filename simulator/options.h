@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#define LUMOSIM_VERSION "1.0.0"
+
 struct Settings {
     std::string directory = "/tmp/lumosim";
     int port = 8080; ///< 0: chosen by the system

@@ -25,3 +25,12 @@ bool is_same_request(const ListedRequest &row, const Entry &entry);
 
 /// How the row fits the request with its answer.
 Fit fit(const ListedRequest &row, const Entry &entry);
+
+struct Replay {
+    std::vector<ListedRequest> list; ///< empty: nothing is replayed
+    std::vector<bool> used;
+};
+
+/// Replaces the answer by the recorded one. Of several to the same request each is used once and
+/// the last one stays; a request that was not recorded keeps its answer, with a remark.
+void replay_answer(Replay &replay, const Daemon &daemon, Exchange &exchange);

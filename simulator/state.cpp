@@ -3,7 +3,6 @@
 #include "simulator/state.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -11,78 +10,77 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A field's text; whatever else the record holds must be one of the known names.
-std::string text_field(const Json &record, const char *name) {
-    const auto found = record.find(name);
-    return found == record.end() ? "" : found->get<std::string>();
+/// A schedule as one record.
+struct Schedule {
+    std::string object;
+    std::string mode;
+    std::string type;
+    std::string schedule;
+};
+
+/// The fields of a record under their names in the file.
+using Fields = std::vector<std::pair<const char *, std::string *>>;
+
+Fields fields_of(Element &record) {
+    return {{"status", &record.status}, {"value", &record.value}};
 }
 
-void check_fields(const Json &record, std::initializer_list<std::string_view> names) {
-    if (!record.is_object()) {
-        throw std::runtime_error("a record is no object");
-    }
-    for (const auto &[name, value] : record.items()) {
-        if (std::find(names.begin(), names.end(), name) == names.end()) {
-            throw std::runtime_error("unknown field '" + name + "'");
-        }
-    }
+Fields fields_of(Neighbour &record) {
+    return {{"name", &record.name},
+            {"address", &record.address},
+            {"port", &record.port},
+            {"optionals", &record.optionals}};
+}
+
+Fields fields_of(Schedule &record) {
+    return {{"object", &record.object},
+            {"mode", &record.mode},
+            {"type", &record.type},
+            {"schedule", &record.schedule}};
 }
 
 /// The members of an object, which a part with named records must be.
-const Json &object_of(const Json &part) {
+const Json &object_of(const Json &part, const char *complaint = "is no object") {
     if (!part.is_object()) {
-        throw std::runtime_error("is no object");
+        throw std::runtime_error(complaint);
     }
     return part;
 }
 
-void read_elements(const Json &part, Home &home) {
-    home.elements.clear();
+/// Fields that are left out are empty.
+template <typename Record> void read_record(const Json &json, Record &record) {
+    record = {};
+    const Fields fields = fields_of(record);
+    for (const auto &[name, value] : object_of(json, "a record is no object").items()) {
+        const auto field =
+            std::find_if(fields.begin(), fields.end(),
+                         [&known = name](const auto &row) { return row.first == known; });
+        if (field == fields.end()) {
+            throw std::runtime_error("unknown field '" + name + "'");
+        }
+        *field->second = value.template get<std::string>();
+    }
+}
+
+template <typename Record> Json write_record(Record record) {
+    Json json;
+    for (const auto &[name, text] : fields_of(record)) {
+        json[name] = *text;
+    }
+    return json;
+}
+
+template <typename Records> void read_records(const Json &part, Records &records) {
+    records.clear();
     for (const auto &[name, record] : object_of(part).items()) {
-        check_fields(record, {"status", "value"});
-        home.elements[name] = {text_field(record, "status"), text_field(record, "value")};
+        read_record(record, records[name]);
     }
 }
 
-Json write_elements(const Home &home) {
+template <typename Records> Json write_records(const Records &records) {
     Json part = Json::object();
-    for (const auto &[name, element] : home.elements) {
-        part[name] = {{"status", element.status}, {"value", element.value}};
-    }
-    return part;
-}
-
-void read_sessions(const Json &part, Home &home) {
-    home.sessions.clear();
-    for (const auto &[session, user] : object_of(part).items()) {
-        home.sessions[session] = user.get<std::string>();
-    }
-}
-
-Json write_sessions(const Home &home) {
-    Json part = Json::object();
-    for (const auto &[session, user] : home.sessions) {
-        part[session] = user;
-    }
-    return part;
-}
-
-void read_neighbours(const Json &part, Home &home) {
-    home.neighbours.clear();
-    for (const auto &[uid, record] : object_of(part).items()) {
-        check_fields(record, {"name", "address", "port", "optionals"});
-        home.neighbours[uid] = {text_field(record, "name"), text_field(record, "address"),
-                                text_field(record, "port"), text_field(record, "optionals")};
-    }
-}
-
-Json write_neighbours(const Home &home) {
-    Json part = Json::object();
-    for (const auto &[uid, neighbour] : home.neighbours) {
-        part[uid] = {{"name", neighbour.name},
-                     {"address", neighbour.address},
-                     {"port", neighbour.port},
-                     {"optionals", neighbour.optionals}};
+    for (const auto &[name, record] : records) {
+        part[name] = write_record(record);
     }
     return part;
 }
@@ -90,39 +88,25 @@ Json write_neighbours(const Home &home) {
 void read_schedules(const Json &part, Home &home) {
     home.schedules.clear();
     for (const Json &record : part) {
-        check_fields(record, {"object", "mode", "type", "schedule"});
-        home.schedules[{text_field(record, "object"), text_field(record, "mode"),
-                        text_field(record, "type")}] = text_field(record, "schedule");
+        Schedule read;
+        read_record(record, read);
+        home.schedules[{read.object, read.mode, read.type}] = read.schedule;
     }
 }
 
 Json write_schedules(const Home &home) {
     Json part = Json::array();
     for (const auto &[key, schedule] : home.schedules) {
-        part.push_back({{"object", key.object},
-                        {"mode", key.mode},
-                        {"type", key.type},
-                        {"schedule", schedule}});
+        part.push_back(write_record(Schedule{key[0], key[1], key[2], schedule}));
     }
     return part;
 }
 
 void read_messages(const Json &part, Home &home) {
-    const auto messages = part.get<std::vector<std::string>>();
-    const std::size_t old = messages.size() - std::min(messages.size(), KEPT_MESSAGES);
-    home.messages.assign(messages.begin() + static_cast<std::ptrdiff_t>(old), messages.end());
-}
-
-Json write_messages(const Home &home) {
-    return home.messages;
-}
-
-void read_configuration(const Json &part, Home &home) {
-    home.configuration = part.get<std::string>();
-}
-
-Json write_configuration(const Home &home) {
-    return home.configuration;
+    home.messages = part.get<std::deque<std::string>>();
+    while (home.messages.size() > KEPT_MESSAGES) {
+        home.messages.pop_front();
+    }
 }
 
 struct Part {
@@ -132,12 +116,16 @@ struct Part {
 };
 
 constexpr Part PARTS[] = {
-    {"elements", read_elements, write_elements},
-    {"sessions", read_sessions, write_sessions},
-    {"neighbours", read_neighbours, write_neighbours},
+    {"elements", [](const Json &part, Home &home) { read_records(part, home.elements); },
+     [](const Home &home) { return write_records(home.elements); }},
+    {"sessions", [](const Json &part, Home &home) { object_of(part).get_to(home.sessions); },
+     [](const Home &home) { return Json(home.sessions); }},
+    {"neighbours", [](const Json &part, Home &home) { read_records(part, home.neighbours); },
+     [](const Home &home) { return write_records(home.neighbours); }},
     {"schedules", read_schedules, write_schedules},
-    {"messages", read_messages, write_messages},
-    {"configuration", read_configuration, write_configuration},
+    {"messages", read_messages, [](const Home &home) { return Json(home.messages); }},
+    {"configuration", [](const Json &part, Home &home) { part.get_to(home.configuration); },
+     [](const Home &home) { return Json(home.configuration); }},
 };
 
 void read_part(const std::string &name, const Json &value, Home &home) {

@@ -4,89 +4,56 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/locale/utf.hpp>
 #include <charconv>
-#include <cstdint>
 #include <cstdio>
+#include <strings.h>
 
 namespace {
 
-struct Escape {
-    char letter;
-    char byte;
-};
+/// The letters after a backslash and, in the same order, the bytes that they stand for.
+constexpr std::string_view ESCAPE_LETTERS = "nrt0\\\"";
+constexpr std::string_view ESCAPED_BYTES("\n\r\t\0\\\"", 6);
 
-constexpr std::array<Escape, 6> ESCAPES{
-    {{'n', '\n'}, {'r', '\r'}, {'t', '\t'}, {'0', '\0'}, {'\\', '\\'}, {'"', '"'}}};
-
-/// Lead-byte ranges of UTF-8 with the limits of the second byte, which exclude overlong forms,
-/// surrogates and code points past U+10FFFF.
-struct Utf8Range {
-    unsigned char first_lead;
-    unsigned char last_lead;
-    unsigned char first_second;
-    unsigned char last_second;
-    std::size_t length;
-};
-
-constexpr std::array<Utf8Range, 9> UTF8_RANGES{{{0x00, 0x7F, 0x00, 0x00, 1},
-                                                {0xC2, 0xDF, 0x80, 0xBF, 2},
-                                                {0xE0, 0xE0, 0xA0, 0xBF, 3},
-                                                {0xE1, 0xEC, 0x80, 0xBF, 3},
-                                                {0xED, 0xED, 0x80, 0x9F, 3},
-                                                {0xEE, 0xEF, 0x80, 0xBF, 3},
-                                                {0xF0, 0xF0, 0x90, 0xBF, 4},
-                                                {0xF1, 0xF3, 0x80, 0xBF, 4},
-                                                {0xF4, 0xF4, 0x80, 0x8F, 4}}};
-
-unsigned char byte_at(std::string_view bytes, std::size_t index) {
-    return static_cast<unsigned char>(bytes[index]);
+/// Length of the well-formed character at the beginning, 0 when there is none.
+std::size_t utf8_length(std::string_view bytes) {
+    const char *end = bytes.data();
+    const auto point = boost::locale::utf::utf_traits<char>::decode(end, end + bytes.size());
+    const bool valid = boost::locale::utf::is_valid_codepoint(point);
+    return valid ? static_cast<std::size_t>(end - bytes.data()) : 0;
 }
 
-/// Length of the well-formed character that starts at `start`, 0 when there is none.
-std::size_t utf8_length(std::string_view bytes, std::size_t start) {
-    const unsigned char lead = byte_at(bytes, start);
-    const auto *range = std::find_if(UTF8_RANGES.begin(), UTF8_RANGES.end(), [lead](const auto &r) {
-        return lead >= r.first_lead && lead <= r.last_lead;
-    });
-    if (range == UTF8_RANGES.end() || start + range->length > bytes.size()) {
-        return 0;
-    }
-    for (std::size_t i = 1; i < range->length; ++i) {
-        const unsigned char next = byte_at(bytes, start + i);
-        const unsigned char lowest = i == 1 ? range->first_second : 0x80;
-        const unsigned char highest = i == 1 ? range->last_second : 0xBF;
-        if (next < lowest || next > highest) {
-            return 0;
-        }
-    }
-    return range->length;
-}
-
-void append_hex(std::string &out, unsigned char byte) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    out += "\\x";
-    out += digits[byte >> 4U];
-    out += digits[byte & 0x0FU];
-}
-
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+std::string hex_escape(char byte) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "\\x%02X", static_cast<unsigned char>(byte));
+    return text.data();
 }
 
 } // namespace
 
+std::vector<std::string_view> split_text(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    while (true) {
+        const std::size_t end = text.find(separator);
+        parts.push_back(text.substr(0, end));
+        if (end == std::string_view::npos) {
+            return parts;
+        }
+        text.remove_prefix(end + 1);
+    }
+}
+
 std::string quote_bytes(std::string_view bytes) {
     std::string out = "\"";
     for (const char byte : bytes) {
-        const auto *escape = std::find_if(ESCAPES.begin(), ESCAPES.end(),
-                                          [byte](const Escape &e) { return e.byte == byte; });
-        if (escape != ESCAPES.end()) {
+        const std::size_t escape = ESCAPED_BYTES.find(byte);
+        if (escape != std::string_view::npos) {
             out += '\\';
-            out += escape->letter;
+            out += ESCAPE_LETTERS[escape];
         } else if (byte >= ' ' && byte <= '~') {
             out += byte;
         } else {
-            append_hex(out, static_cast<unsigned char>(byte));
+            out += hex_escape(byte);
         }
     }
     return out += '"';
@@ -96,7 +63,7 @@ std::string show_value(std::string_view value) {
     std::string out;
     std::size_t at = 0;
     while (at < value.size() && at < SHOWN_VALUE_BYTES) {
-        const std::size_t length = utf8_length(value, at);
+        const std::size_t length = utf8_length(value.substr(at));
         if (length > 1) {
             out += value.substr(at, length);
         } else if (value[at] == '\n') {
@@ -104,7 +71,7 @@ std::string show_value(std::string_view value) {
         } else if (value[at] >= ' ' && value[at] <= '~') {
             out += value[at];
         } else {
-            append_hex(out, byte_at(value, at));
+            out += hex_escape(value[at]);
         }
         at += std::max<std::size_t>(length, 1);
     }
@@ -136,19 +103,18 @@ std::optional<std::string> read_escapes(std::string_view text) {
             at += 2;
             continue;
         }
-        const auto *escape = std::find_if(ESCAPES.begin(), ESCAPES.end(),
-                                          [&](const Escape &e) { return e.letter == text[at]; });
-        if (escape == ESCAPES.end()) {
+        const std::size_t escape = ESCAPE_LETTERS.find(text[at]);
+        if (escape == std::string_view::npos) {
             return std::nullopt;
         }
-        out += escape->byte;
+        out += ESCAPED_BYTES[escape];
     }
     return out;
 }
 
 bool is_valid_utf8(std::string_view bytes) {
     for (std::size_t at = 0; at < bytes.size();) {
-        const std::size_t length = utf8_length(bytes, at);
+        const std::size_t length = utf8_length(bytes.substr(at));
         if (length == 0) {
             return false;
         }
@@ -168,6 +134,5 @@ std::optional<int> read_number(std::string_view text, int lowest, int highest) {
 }
 
 bool equal_ignoring_case(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char l, char r) { return lower(l) == lower(r); });
+    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
 }

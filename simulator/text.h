@@ -6,9 +6,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Longest piece of one value that a request line shows; a 1 MB upload must not flood a terminal.
 inline constexpr std::size_t SHOWN_VALUE_BYTES = 200;
+
+/// The parts between the separators; an empty text is one empty part.
+std::vector<std::string_view> split_text(std::string_view text, char separator);
 
 /// All bytes in printable ASCII, between double quotes, such as "Request: A\n".
 std::string quote_bytes(std::string_view bytes);

@@ -203,7 +203,7 @@ TEST(Operations, AllHaveARow) {
     }
     EXPECT_EQ(differing_names(program_operations(), rows), "")
         << "the tests' rows stand in tests/simulator/operations_test.cpp, the program's in "
-           "simulator/contract.cpp";
+           "simulator/operations.cpp";
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Operation, testing::ValuesIn(CASES), [](const auto &row) {

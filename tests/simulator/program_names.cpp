@@ -1,7 +1,7 @@
 // The one place where the tests see the program's tables.
 #include "program_names.h"
 
-#include "simulator/contract.h"
+#include "simulator/operations.h"
 #include "simulator/daemons.h"
 
 std::set<std::string> program_functions() {

@@ -39,7 +39,7 @@ TEST(Protocol, EveryServiceFunctionIsSimulated) {
     }
     ASSERT_FALSE(wanted.empty());
     EXPECT_EQ(missing_names(wanted, program_operations()), "")
-        << "can be asked but is not simulated: add it to simulator/contract.cpp";
+        << "can be asked but is not simulated: add it to simulator/operations.cpp";
 }
 
 } // namespace
