@@ -40,51 +40,44 @@ std::string synopsis() {
     return serving + alone;
 }
 
-using Cells = std::vector<std::string>;
-
-std::string table_line(const Cells &cells, const std::string &macro) {
-    std::string line;
-    for (const std::string &cell : cells) {
-        line.append(line.empty() ? "\n.It " : " Ta ").append(macro).append(cell);
-    }
-    return line;
-}
+using Cells = std::vector<std::string_view>;
 
 /// A table below its headings; each column is as wide as its longest cell.
-std::string table(const Cells &headings, const std::vector<Cells> &rows) {
-    Cells widest = headings;
-    std::string lines = table_line(headings, "Em ");
+std::string table(const std::vector<Cells> &rows) {
+    Cells widest = rows[0];
+    std::string lines;
     for (const Cells &row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             widest[i] = row[i].size() > widest[i].size() ? row[i] : widest[i];
+            lines.append(i == 0 ? "\n.It " : " Ta ").append(&row == rows.data() ? "Em " : "");
+            lines += row[i];
         }
-        lines += table_line(row, "");
     }
     std::string opening = ".Bl -column -offset indent";
-    for (const std::string &cell : widest) {
-        opening += " \"" + cell + "\"";
+    for (const std::string_view cell : widest) {
+        opening.append(" \"").append(cell).append("\"");
     }
     return opening + lines + "\n.El";
 }
 
 std::string daemons() {
-    std::vector<Cells> rows;
+    std::vector<std::string> statuses; // which the cells only look at
+    statuses.reserve(DAEMONS.size());
+    std::vector<Cells> rows{{"daemon", "socket", "errors"}};
     for (const Daemon &row : DAEMONS) {
-        rows.push_back({std::string(row.key),
-                        row.socket_file.empty() ? "TCP port" : std::string(row.socket_file),
-                        format_status(row, row.base)});
+        statuses.push_back(format_status(row, row.base));
+        rows.push_back(
+            {row.key, row.socket_file.empty() ? "TCP port" : row.socket_file, statuses.back()});
     }
-    return table({"daemon", "socket", "errors"}, rows);
+    return table(rows);
 }
 
 std::string users() {
-    std::vector<Cells> rows;
-    rows.reserve(USERS.size());
+    std::vector<Cells> rows{{"user", "password", "session"}};
     for (const User &user : USERS) {
-        rows.push_back(
-            {std::string(user.name), std::string(user.password), std::string(user.session)});
+        rows.push_back({user.name, user.password, user.session});
     }
-    return table({"user", "password", "session"}, rows);
+    return table(rows);
 }
 
 std::string elements() {
@@ -97,26 +90,6 @@ std::string elements() {
     return list;
 }
 
-std::string first_user() {
-    return std::string(FIRST_USER.name);
-}
-
-std::string default_directory() {
-    return Settings().directory;
-}
-
-std::string default_port() {
-    return std::to_string(Settings().port);
-}
-
-std::string default_patience() {
-    return std::to_string(Settings().patience);
-}
-
-std::string shown_bytes() {
-    return std::to_string(SHOWN_VALUE_BYTES);
-}
-
 struct Filling {
     const char *mark;
     std::string (*text)();
@@ -126,12 +99,12 @@ constexpr Filling FILLINGS[] = {
     {"@SYNOPSIS@", synopsis},
     {"@DAEMONS@", daemons},
     {"@USERS@", users},
-    {"@FIRST_USER@", first_user},
+    {"@FIRST_USER@", [] { return std::string(FIRST_USER.name); }},
     {"@ELEMENTS@", elements},
-    {"@DEFAULT_DIRECTORY@", default_directory},
-    {"@DEFAULT_PORT@", default_port},
-    {"@DEFAULT_PATIENCE@", default_patience},
-    {"@SHOWN_BYTES@", shown_bytes},
+    {"@DEFAULT_DIRECTORY@", [] { return Settings().directory; }},
+    {"@DEFAULT_PORT@", [] { return std::to_string(Settings().port); }},
+    {"@DEFAULT_PATIENCE@", [] { return std::to_string(Settings().patience); }},
+    {"@SHOWN_BYTES@", [] { return std::to_string(SHOWN_VALUE_BYTES); }},
 };
 
 /// What the options do is told at length by hand; that none is forgotten is seen to here.

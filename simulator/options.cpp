@@ -1,19 +1,149 @@
-// Option parsing and the help text. Knows no option by name, apart from those that exclude others.
+// Option parsing and the help text: each option is a row with a short function for its argument,
+// which returns what is wrong with it, empty when nothing is.
 #include "simulator/options.h"
 
+#include "simulator/forward.h"
 #include "simulator/home.h"
+#include "simulator/text.h"
 
 #include <algorithm>
+#include <climits>
+#include <fstream>
+#include <sstream>
 
 namespace {
+
+constexpr int LONGEST_WAIT = 3600 * 1000;
+
+using Text = const std::string &;
+
+std::string set_number(int &target, Text argument, int lowest, int highest) {
+    const auto number = read_number(argument, lowest, highest);
+    if (!number) {
+        return "needs a number from " + std::to_string(lowest) + " to " + std::to_string(highest);
+    }
+    target = *number;
+    return "";
+}
+
+std::string set_name(std::string &target, Text argument, const char *needed) {
+    target = argument;
+    return argument.empty() ? std::string("needs ") + needed : "";
+}
+
+template <std::string Settings::*target> std::string set_file(Settings &settings, Text argument) {
+    return set_name(settings.*target, argument, "the name of a file");
+}
+
+template <std::string Settings::*target>
+std::string set_directory(Settings &settings, Text argument) {
+    return set_name(settings.*target, argument, "the name of a directory");
+}
+
+template <bool Settings::*target> std::string turn_on(Settings &settings, Text /*argument*/) {
+    settings.*target = true;
+    return "";
+}
+
+std::string set_statuses(Behaviour &told, Text text) {
+    told.statuses.clear();
+    std::string complaint;
+    for (const std::string_view number : split_text(text, ',')) {
+        if (complaint.empty()) {
+            complaint =
+                set_number(told.statuses.emplace_back(), std::string(number), -INT_MAX, INT_MAX);
+        }
+    }
+    return complaint;
+}
+
+std::string set_raw(Behaviour &told, Text text) {
+    if (text.starts_with('@')) {
+        std::ifstream file(text.substr(1), std::ios::binary);
+        std::ostringstream bytes;
+        bytes << file.rdbuf();
+        told.raw = bytes.str();
+        return file.is_open() && !file.bad() ? "" : "names a file that cannot be read";
+    }
+    told.raw = read_escapes(text);
+    return told.raw ? "" : "has an escape other than \\n \\r \\t \\0 \\\\ \\\" \\xHH";
+}
+
+template <bool Behaviour::*target> std::string turn_on(Behaviour &told, Text /*text*/) {
+    told.*target = true;
+    return "";
+}
+
+std::string in_brackets(Text text) {
+    return " [" + text + "]";
+}
+
+// clang-format off
+constexpr Option OPTION_ROWS[] = {
+    {"--directory", "DIR", "where the sockets are made", set_directory<&Settings::directory>, nullptr,
+     [] { return in_brackets(Settings().directory); }},
+    {"--port", "N", "port of the web service, 0 for any free one",
+     [](Settings &settings, Text text) { return set_number(settings.port, text, 0, 65535); }, nullptr,
+     [] { return in_brackets(std::to_string(Settings().port)); }},
+    {"--ready-file", "FILE", "written when everything listens, removed at the end", set_file<&Settings::ready_file>},
+    {"--session", "ID", "opens one more session of the user",
+     [](Settings &settings, Text text) { return set_name(settings.sessions.emplace_back(), text, "a session identifier"); }, nullptr,
+     [] { return " " + std::string(FIRST_USER.name); }},
+    {"--patience", "MS", "time that a client has for its request",
+     [](Settings &settings, Text text) { return set_number(settings.patience, text, 1, LONGEST_WAIT); }, nullptr,
+     [] { return in_brackets(std::to_string(Settings().patience)); }},
+    {"--raw", "", "also prints the bytes of requests and answers", turn_on<&Settings::raw>},
+    {"--answer", "DAEMON=STATUS", "answers this status number", nullptr, set_statuses},
+    {"--answer-raw", "DAEMON=TEXT", "answers these bytes, or those of a file: DAEMON=@FILE", nullptr, set_raw},
+    {"--delay", "DAEMON=MS", "waits before the answer", nullptr,
+     [](Behaviour &told, Text text) { return set_number(told.delay, text, 0, LONGEST_WAIT); }},
+    {"--close", "DAEMON", "closes without an answer", nullptr, turn_on<&Behaviour::close>},
+    {"--refuse", "DAEMON", "refuses connections", nullptr, turn_on<&Behaviour::refuse>},
+    {"--expect", "FILE", "ends with 3 unless exactly the requests of this list came", set_file<&Settings::expect_file>},
+    {"--any-order", "", "lets them come in any order", turn_on<&Settings::any_order>},
+    {"--record", "FILE", "writes such a list", set_file<&Settings::record_file>},
+    {"--replay", "FILE", "answers as in such a list", set_file<&Settings::replay_file>},
+    {"--forward-sockets", "DIR", "asks the real daemons whose sockets are here", set_directory<&Settings::forward_directory>},
+    {"--forward-url", "URL", "asks the real web service",
+     [](Settings &settings, Text text) {
+         settings.forward_url = text;
+         return std::string(read_web_address(text) ? "" : "needs an address such as http://192.168.1.2:80/path");
+     }},
+    {"--state", "FILE", "the home at the start, as JSON", set_file<&Settings::state_file>},
+    {"--state-out", "FILE", "written at the end; - prints it", set_file<&Settings::state_out_file>},
+    {"--log-format", "FORMAT", "text or json",
+     [](Settings &settings, Text text) {
+         settings.log_format = text == "json" ? LogFormat::json : LogFormat::text;
+         return std::string(text == "json" || text == "text" ? "" : "needs text or json");
+     }, nullptr, [] { return in_brackets("text"); }},
+    {"--help", "", "prints this text", turn_on<&Settings::help>, nullptr, nullptr, true},
+    {"--version", "", "prints the version", turn_on<&Settings::version>, nullptr, nullptr, true},
+};
+// clang-format on
+
+/// Tells a daemon what the two sides of DAEMON=TEXT say.
+std::string tell_daemon(const Option &option, Settings &settings, Text argument) {
+    const std::size_t equals = std::min(argument.find('='), argument.size());
+    const Daemon *daemon = find_daemon(argument.substr(0, equals));
+    if (daemon == nullptr) {
+        std::string complaint = "names no daemon; write one of";
+        for (const Daemon &row : DAEMONS) {
+            complaint.append(&row == DAEMONS.data() ? " " : ", ").append(row.key);
+        }
+        return complaint;
+    }
+    if (option.argument == "DAEMON" && equals < argument.size()) {
+        return "takes a daemon's name alone";
+    }
+    return option.tell(settings.behaviours[row_of(*daemon)],
+                       argument.substr(std::min(equals + 1, argument.size())));
+}
 
 /// A daemon answers in one way only.
 std::string find_conflict(const Settings &settings) {
     for (const Daemon &daemon : DAEMONS) {
         const Behaviour &told = settings.behaviours[row_of(daemon)];
-        const int ways = (told.statuses.empty() ? 0 : 1) + (told.raw ? 1 : 0) +
-                         (told.close ? 1 : 0) + (told.refuse ? 1 : 0);
-        if (ways > 1) {
+        if (!told.statuses.empty() + told.raw.has_value() + told.close + told.refuse > 1) {
             return "only one of --answer, --answer-raw, --close and --refuse can be given for " +
                    std::string(daemon.key);
         }
@@ -30,6 +160,8 @@ std::string find_conflict(const Settings &settings) {
 
 } // namespace
 
+constinit const std::span<const Option> OPTIONS = OPTION_ROWS;
+
 std::string read_options(const std::vector<std::string> &arguments, Settings &settings) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].find('=');
@@ -40,21 +172,22 @@ std::string read_options(const std::vector<std::string> &arguments, Settings &se
             return "unknown option '" + name + "'";
         }
         std::string argument;
-        if (option->argument.empty()) {
-            if (equals != std::string::npos) {
-                return name + " takes no argument";
-            }
-        } else if (equals != std::string::npos) {
-            argument = arguments[i].substr(equals + 1);
-        } else if (++i < arguments.size()) {
-            argument = arguments[i];
-        } else {
-            return name + " needs " + std::string(option->argument) + " after it";
+        if (option->argument.empty() && equals != std::string::npos) {
+            return name + " takes no argument";
         }
-        const std::string complaint = option->apply(settings, argument);
+        if (equals != std::string::npos) {
+            argument = arguments[i].substr(equals + 1);
+        } else if (!option->argument.empty()) {
+            if (++i == arguments.size()) {
+                return name + " needs " + std::string(option->argument) + " after it";
+            }
+            argument = arguments[i];
+        }
+        const std::string complaint = option->tell == nullptr
+                                          ? option->apply(settings, argument)
+                                          : tell_daemon(*option, settings, argument);
         if (!complaint.empty()) {
-            std::string explained = name;
-            return explained.append(" '").append(argument).append("' ").append(complaint);
+            return std::string(name).append(" '").append(argument).append("' ") + complaint;
         }
     }
     return find_conflict(settings);
@@ -75,15 +208,15 @@ std::string help_text() {
     }
     text += "\nDAEMON is one of:\n ";
     for (const Daemon &daemon : DAEMONS) {
-        text += " " + std::string(daemon.key);
+        text.append(" ").append(daemon.key);
     }
     text +=
         "\nTEXT may hold \\n \\r \\t \\0 \\\\ \\\" and \\xHH; for soap it is the whole HTTP answer.\n"
         "STATUS may be several, such as 107,0: one for each request, the last one stays.\n"
         "\nUsers of the web service (password, session that a login opens):\n";
     for (const User &user : USERS) {
-        text += "  " + std::string(user.name) + " (" + std::string(user.password) + ", " +
-                std::string(user.session) + ")\n";
+        text.append("  ").append(user.name).append(" (").append(user.password).append(", ");
+        text.append(user.session).append(")\n");
     }
     return text.append(FIRST_USER.session) +
            " is open from the start.\n"

@@ -39,6 +39,8 @@ struct Option {
     std::string_view argument; ///< empty: it takes none
     std::string_view help;
     std::string (*apply)(Settings &settings, const std::string &argument);
+    std::string (*tell)(Behaviour &told,
+                        const std::string &text) = nullptr; ///< where it begins DAEMON
     std::string (*help_end)() = nullptr; ///< closes the help with what is stated elsewhere
     bool alone = false;                  ///< given to be told something, not to serve
 };
