@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
-#include <sstream>
 
 namespace {
 
@@ -88,119 +87,80 @@ Pairs pair_in_any_order(const std::vector<ListedRequest> &list, const std::vecto
     return pairs;
 }
 
-std::string listed_text(const ListedRequest &row) {
-    return row.answer ? row.line + "\n" + bytes_words(*row.daemon, "->", *row.answer) : row.line;
+/// Prints a line of the log and, where they are given, the bytes of the answer.
+void print_side(char sign, const Daemon &daemon, const std::string &line,
+                const std::optional<std::string> &answer = {}) {
+    const char *side = sign == ' ' ? "both" : sign == '-' ? "missing" : "unexpected";
+    print_log({"comparison", "", sign + line, {{"side", side}, {"line", line}}});
+    if (answer) {
+        print_side(sign, daemon, bytes_words(daemon, "->", *answer));
+    }
 }
 
-std::string asked_text(const Entry &entry, bool with_bytes) {
-    const std::string line = entry_words(entry);
-    return with_bytes && entry.answer
-               ? line + "\n" + bytes_words(*entry.daemon, "->", *entry.answer)
-               : line;
-}
-
-/// The lines of both sides: a row that has no pair comes before the requests that have none.
-void write_lines(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries,
-                 const Pairs &pairs, Comparison &result) {
+/// Prints both sides: a row that has no pair comes before the requests that have none.
+void print_sides(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries,
+                 const Pairs &pairs, const std::vector<bool> &paired) {
     const bool with_bytes = std::any_of(list.begin(), list.end(),
                                         [](const ListedRequest &row) { return !!row.answer; });
+    std::size_t asked = 0;
+    const auto print_unexpected = [&](std::size_t end) {
+        for (; asked < end; ++asked) {
+            const Entry &entry = entries[asked];
+            if (!paired[asked]) {
+                print_side('+', *entry.daemon, entry_words(entry),
+                           with_bytes ? entry.answer : std::nullopt);
+            }
+        }
+    };
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (pairs[i]) {
+            print_unexpected(*pairs[i]);
+            print_side(' ', *list[i].daemon, entry_words(entries[*pairs[i]]));
+        } else {
+            print_side('-', *list[i].daemon, list[i].line, list[i].answer);
+        }
+    }
+    print_unexpected(entries.size());
+}
+
+} // namespace
+
+bool report_comparison(const Settings &settings, const std::vector<ListedRequest> &list,
+                       const std::vector<Entry> &entries) {
+    const Pairs pairs =
+        settings.any_order ? pair_in_any_order(list, entries) : pair_in_order(list, entries);
     std::vector<bool> paired(entries.size());
     for (const auto &pair : pairs) {
         if (pair) {
             paired[*pair] = true;
         }
     }
-    std::size_t asked = 0;
-    const auto write_unexpected = [&](std::size_t end) {
-        for (; asked < end; ++asked) {
-            if (!paired[asked]) {
-                result.lines.push_back({Side::unexpected, asked_text(entries[asked], with_bytes)});
-            }
-        }
-    };
+    // A row and a request that differ in their answer alone count once.
+    std::vector<bool> used = paired;
+    std::size_t missing = 0;
+    std::size_t different = 0;
     for (std::size_t i = 0; i < list.size(); ++i) {
-        if (pairs[i]) {
-            write_unexpected(*pairs[i]);
-            result.lines.push_back({Side::both, asked_text(entries[*pairs[i]], false)});
-        } else {
-            result.lines.push_back({Side::missing, listed_text(list[i])});
-        }
-    }
-    write_unexpected(entries.size());
-}
-
-bool is_answered_differently(const ListedRequest &row, const Entry &entry) {
-    return is_same_request(row, entry) && fit(row, entry) == Fit::none;
-}
-
-/// Counts what is left; a row and a request that differ in their answer alone count once.
-void count_rest(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries,
-                const Pairs &pairs, Comparison &result) {
-    std::vector<bool> used(entries.size());
-    for (const auto &pair : pairs) {
-        if (pair) {
-            used[*pair] = true;
-        }
-    }
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        if (pairs[i]) {
-            continue;
-        }
         std::size_t j = 0;
-        while (j < entries.size() && (used[j] || !is_answered_differently(list[i], entries[j]))) {
+        while (!pairs[i] && j < entries.size() &&
+               (used[j] || !is_same_request(list[i], entries[j]) ||
+                fit(list[i], entries[j]) != Fit::none)) {
             j++;
         }
-        if (j < entries.size()) {
+        if (!pairs[i] && j < entries.size()) {
             used[j] = true;
-            result.different++;
-        } else {
-            result.missing++;
+            different++;
+        } else if (!pairs[i]) {
+            missing++;
         }
     }
-    result.unexpected = static_cast<std::size_t>(std::count(used.begin(), used.end(), false));
-}
-
-std::string side_name(Side side) {
-    switch (side) {
-    case Side::both:
-        return "both";
-    case Side::missing:
-        return "missing";
-    case Side::unexpected:
-        return "unexpected";
-    }
-    return "";
-}
-
-} // namespace
-
-Comparison compare_requests(const std::vector<ListedRequest> &list,
-                            const std::vector<Entry> &entries, bool any_order) {
-    const Pairs pairs = any_order ? pair_in_any_order(list, entries) : pair_in_order(list, entries);
-    Comparison result;
-    write_lines(list, entries, pairs, result);
-    count_rest(list, entries, pairs, result);
-    return result;
-}
-
-bool report_comparison(const Settings &settings, const std::vector<ListedRequest> &list,
-                       const Journal &journal) {
-    const Comparison found = compare_requests(list, journal.entries, settings.any_order);
-    if (found.missing + found.unexpected + found.different == 0) {
+    const auto unexpected = std::count(used.begin(), used.end(), false);
+    if (missing == 0 && different == 0 && unexpected == 0) {
         return true;
     }
-    for (const DifferenceLine &difference : found.lines) {
-        std::istringstream lines(difference.text);
-        for (std::string line; std::getline(lines, line);) {
-            print_log({"comparison",
-                       "",
-                       static_cast<char>(difference.side) + line,
-                       {{"side", side_name(difference.side)}, {"line", line}}});
-        }
-    }
+    print_sides(list, entries, pairs, paired);
     std::fprintf(stderr,
-                 "lumosim: not the requests of %s: %zu missing, %zu unexpected, %zu answered "
+                 "lumosim: not the requests of %s: %zu missing, %td unexpected, %zu answered "
                  "differently\n",
-                 settings.expect_file.c_str(), found.missing, found.unexpected, found.different);
+                 settings.expect_file.c_str(), missing, unexpected, different);
     return false;
 }

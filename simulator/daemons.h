@@ -74,11 +74,12 @@ std::size_t row_of(const Daemon &daemon);
 
 /// Error numbers, relative to a daemon's base. The offsets 5 to 7 are never answered: clients
 /// use those numbers of each block for their own connection failures.
-enum class ErrorOffset {
-    not_supported = 1, ///< a request name that the daemon does not know
-    malformed = 2,     ///< a missing, misplaced or misspelt line, or bytes after the end
-    refused_value = 3, ///< a value that cannot be right, such as one of the wrong width
-    too_long = 4,      ///< more bytes than one request may have
+enum RequestError {
+    PROPER_REQUEST = 0,
+    NOT_SUPPORTED = 1, ///< a request name that the daemon does not know
+    MALFORMED = 2,     ///< a missing, misplaced or misspelt line, or bytes after the end
+    REFUSED_VALUE = 3, ///< a value that cannot be right, such as one of the wrong width
+    TOO_LONG = 4,      ///< more bytes than one request may have
 };
 
 /// What a daemon was told to do instead of answering properly.

@@ -14,64 +14,63 @@ namespace {
 constexpr std::string_view REQUEST_TAG = "Request: ";
 constexpr std::string_view REQUEST_END = "\n\n";
 
-/// The result of a check: the error, if any, and the request in words.
+/// What is wrong with a request.
 struct Verdict {
-    int offset; ///< an ErrorOffset, 0 for a proper request
-    std::string complaint;
-    std::string request;
+    RequestError error;
+    std::string complaint = {};
 };
 
-Verdict refuse(ErrorOffset offset, std::string complaint, std::string request) {
-    return {static_cast<int>(offset), std::move(complaint), std::move(request)};
+Verdict check_value(const HeaderLine &expected, const std::string &tag, std::string_view value) {
+    if (value.find('\0') != std::string_view::npos) {
+        return {MALFORMED, tag + "holds a zero byte"};
+    }
+    if (!expected.fixed_value.empty() && value != expected.fixed_value) {
+        return {REFUSED_VALUE, tag + "must be " + std::string(expected.fixed_value)};
+    }
+    if (expected.width != 0 && value.size() != expected.width) {
+        return {REFUSED_VALUE,
+                tag + "must be " + std::to_string(expected.width) + " characters long"};
+    }
+    return {PROPER_REQUEST};
 }
 
-Verdict check_lines(const GatewayRequest &request, std::span<const std::string_view> lines) {
-    std::string shown(lines[0].substr(REQUEST_TAG.size()));
+/// Checks the lines after the first, and adds their values to the request in words.
+Verdict check_lines(const GatewayRequest &request, std::span<const std::string_view> lines,
+                    std::string &shown) {
     for (std::size_t i = 0; i < request.lines.size(); ++i) {
-        const HeaderLine &expected = request.lines[i];
-        const std::string tag = std::string(expected.name) + ": ";
+        const std::string tag = std::string(request.lines[i].name) + ": ";
         if (i + 1 >= lines.size() || !lines[i + 1].starts_with(tag)) {
-            return refuse(ErrorOffset::malformed,
-                          "line " + std::to_string(i + 2) + " is not '" + tag + "...'", shown);
+            return {MALFORMED, "line " + std::to_string(i + 2) + " is not '" + tag + "...'"};
         }
         const std::string_view value = lines[i + 1].substr(tag.size());
         shown += (i == 0 ? " " : "|") + show_value(value);
-        if (value.find('\0') != std::string_view::npos) {
-            return refuse(ErrorOffset::malformed, tag + "holds a zero byte", shown);
-        }
-        if (!expected.fixed_value.empty() && value != expected.fixed_value) {
-            return refuse(ErrorOffset::refused_value,
-                          tag + "must be " + std::string(expected.fixed_value), shown);
-        }
-        if (expected.width != 0 && value.size() != expected.width) {
-            return refuse(ErrorOffset::refused_value,
-                          tag + "must be " + std::to_string(expected.width) + " characters long",
-                          shown);
+        Verdict verdict = check_value(request.lines[i], tag, value);
+        if (verdict.error != PROPER_REQUEST) {
+            return verdict;
         }
     }
-    if (lines.size() > request.lines.size() + 1) {
-        return refuse(ErrorOffset::malformed, "a line too many", shown);
-    }
-    return {0, "", shown};
+    return lines.size() > request.lines.size() + 1 ? Verdict{MALFORMED, "a line too many"}
+                                                   : Verdict{PROPER_REQUEST};
 }
 
-Verdict check_request(const Daemon &gateway, std::string_view received) {
+Verdict check_request(const Daemon &gateway, std::string_view received, std::string &shown) {
     const std::size_t end = received.find(REQUEST_END);
     const std::vector<std::string_view> lines = split_text(received.substr(0, end), '\n');
+    shown = show_value(received);
     if (!lines[0].starts_with(REQUEST_TAG)) {
-        return refuse(ErrorOffset::malformed, "line 1 is not 'Request: ...'", show_value(received));
+        return {MALFORMED, "line 1 is not 'Request: ...'"};
     }
     const std::string_view function = lines[0].substr(REQUEST_TAG.size());
-    const auto row = std::find_if(gateway.requests.begin(), gateway.requests.end(),
-                                  [function](const GatewayRequest &request) {
-                                      return equal_ignoring_case(request.function, function);
-                                  });
+    shown = show_value(function);
+    const auto row = std::find_if(
+        gateway.requests.begin(), gateway.requests.end(),
+        [&](const GatewayRequest &known) { return equal_ignoring_case(known.function, function); });
     if (row == gateway.requests.end()) {
-        return refuse(ErrorOffset::not_supported, "unknown request name", show_value(function));
+        return {NOT_SUPPORTED, "unknown request name"};
     }
-    Verdict verdict = check_lines(*row, lines);
-    if (verdict.offset == 0 && end + REQUEST_END.size() < received.size()) {
-        return refuse(ErrorOffset::malformed, "bytes after the empty line", verdict.request);
+    Verdict verdict = check_lines(*row, lines, shown);
+    if (verdict.error == PROPER_REQUEST && end + REQUEST_END.size() < received.size()) {
+        return {MALFORMED, "bytes after the empty line"};
     }
     return verdict;
 }
@@ -84,12 +83,12 @@ Progress gateway_progress(std::string_view received) {
 }
 
 void answer_gateway(Conversation &conversation) {
-    const Arrival arrival = conversation.arrival;
-    const Verdict verdict =
-        arrival == Arrival::data
-            ? check_request(conversation.daemon, conversation.received)
-            : refuse(arrival == Arrival::full ? ErrorOffset::too_long : ErrorOffset::malformed,
-                     describe_arrival(arrival), show_value(conversation.received));
-    answer_status(conversation, verdict.offset, verdict.complaint);
-    conversation.exchange.request = verdict.request;
+    std::string &shown = conversation.exchange.request;
+    Verdict verdict = check_request(conversation.daemon, conversation.received, shown);
+    if (conversation.arrival != Arrival::data) {
+        verdict = {conversation.arrival == Arrival::full ? TOO_LONG : MALFORMED,
+                   describe_arrival(conversation.arrival)};
+        shown = show_value(conversation.received);
+    }
+    answer_status(conversation, verdict.error, verdict.complaint);
 }

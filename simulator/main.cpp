@@ -65,7 +65,8 @@ std::string prepare(Bench &bench, std::vector<ListedRequest> &expected) {
 int conclude(Bench &bench, const std::vector<ListedRequest> &expected) {
     const Settings &settings = bench.settings;
     int status = EXIT_STOPPED;
-    if (!settings.expect_file.empty() && !report_comparison(settings, expected, bench.journal)) {
+    if (!settings.expect_file.empty() &&
+        !report_comparison(settings, expected, bench.journal.entries)) {
         status = EXIT_OTHER_REQUESTS;
     }
     print_log({"stopped", "", "stopped"});
