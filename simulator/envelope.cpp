@@ -1,17 +1,18 @@
-// Envelope reading and writing on top of pugixml, which knows nothing of namespaces: prefixes
-// are resolved here by walking up to their declaration.
+// Envelope reading and writing on top of pugixml. Its XPath knows namespaces, the rest of it does
+// not.
 #include "simulator/envelope.h"
 
 #include "simulator/text.h"
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <pugixml.hpp>
 #include <sstream>
 
 namespace {
 
-constexpr std::string_view ENVELOPE_NAMESPACE = "http://schemas.xmlsoap.org/soap/envelope/";
+#define ENVELOPE_NAMESPACE "http://schemas.xmlsoap.org/soap/envelope/"
 constexpr std::string_view ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
 
 struct Declaration {
@@ -31,34 +32,24 @@ constexpr std::array<Declaration, 5> DECLARATIONS{
 constexpr unsigned PARSE_OPTIONS =
     pugi::parse_default | pugi::parse_ws_pcdata | pugi::parse_doctype;
 
+/// An entry of a header that must not be skipped, and the encoding that a body states.
+constexpr const char *MUST_UNDERSTAND =
+    "*/@*[local-name()='mustUnderstand' and namespace-uri()='" ENVELOPE_NAMESPACE "' and .='1']";
+constexpr const char *ENCODING_STYLE =
+    "@*[local-name()='encodingStyle' and namespace-uri()='" ENVELOPE_NAMESPACE "']";
+
 Fault client_fault(std::string text) {
     return {"Client", std::move(text)};
 }
 
-std::string_view prefix_of(std::string_view name) {
-    const std::size_t colon = name.find(':');
-    return colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
-}
-
-/// The namespace that a qualified name has at this place; empty when there is none.
-std::string_view namespace_at(pugi::xml_node node, std::string_view name) {
-    const std::string_view prefix = prefix_of(name);
-    const std::string wanted = prefix.empty() ? "xmlns" : "xmlns:" + std::string(prefix);
-    for (; node; node = node.parent()) {
-        const pugi::xml_attribute declared = node.attribute(wanted.c_str());
-        if (declared) {
-            return declared.value();
-        }
-    }
-    return {};
+/// The namespace of an element; empty when there is none.
+std::string namespace_of(pugi::xml_node node) {
+    static const pugi::xpath_query query("namespace-uri()");
+    return query.evaluate_string(node);
 }
 
 bool is_element(pugi::xml_node node, std::string_view name_space, std::string_view local) {
-    return local_name(node.name()) == local && namespace_at(node, node.name()) == name_space;
-}
-
-bool is_blank(std::string_view text) {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    return local_name(node.name()) == local && namespace_of(node) == name_space;
 }
 
 /// The element children of a node; nothing when there is other text between them.
@@ -67,7 +58,7 @@ std::optional<std::vector<pugi::xml_node>> element_children(pugi::xml_node paren
     for (const pugi::xml_node child : parent.children()) {
         if (child.type() == pugi::node_element) {
             children.push_back(child);
-        } else if (!is_blank(child.value())) {
+        } else if (child.value()[std::strspn(child.value(), " \t\r\n")] != '\0') {
             return std::nullopt;
         }
     }
@@ -78,7 +69,7 @@ std::optional<std::vector<pugi::xml_node>> element_children(pugi::xml_node paren
 pugi::xml_attribute foreign_attribute(pugi::xml_node node) {
     return node.find_attribute([](pugi::xml_attribute attribute) {
         const std::string_view name = attribute.name();
-        return name != "xmlns" && prefix_of(name) != "xmlns";
+        return name != "xmlns" && !name.starts_with("xmlns:");
     });
 }
 
@@ -93,7 +84,7 @@ std::string read_text(pugi::xml_node node) {
 /// Why this element cannot be a field of a request; empty when it can.
 std::string complain_about_field(pugi::xml_node field) {
     const std::string name = field.name();
-    if (!namespace_at(field, name).empty() || !prefix_of(name).empty()) {
+    if (name.find(':') != std::string::npos || !namespace_of(field).empty()) {
         return "child '" + name + "' is in a namespace";
     }
     if (foreign_attribute(field)) {
@@ -129,25 +120,13 @@ void read_fields(const std::vector<pugi::xml_node> &children, ServiceCall &call)
     }
 }
 
-/// A header is skipped, unless it holds something that must not be skipped.
-bool must_understand(pugi::xml_node header) {
-    const pugi::xml_node found = header.find_child([](pugi::xml_node child) {
-        return child.find_attribute([child](pugi::xml_attribute attribute) {
-            return local_name(attribute.name()) == "mustUnderstand" &&
-                   namespace_at(child, attribute.name()) == ENVELOPE_NAMESPACE &&
-                   std::string_view(attribute.value()) == "1";
-        });
-    });
-    return !found.empty();
-}
-
 /// Finds the body of a proper envelope, or says what is wrong with it.
 std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document) {
     const pugi::xml_node envelope = document.document_element();
     if (local_name(envelope.name()) != "Envelope") {
         return client_fault("the document is no envelope");
     }
-    if (namespace_at(envelope, envelope.name()) != ENVELOPE_NAMESPACE) {
+    if (namespace_of(envelope) != ENVELOPE_NAMESPACE) {
         return Fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
     }
     for (const Declaration &declaration : DECLARATIONS) {
@@ -159,7 +138,7 @@ std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document
     const auto parts = element_children(envelope);
     const bool has_header =
         parts && !parts->empty() && is_element(parts->front(), ENVELOPE_NAMESPACE, "Header");
-    if (has_header && must_understand(parts->front())) {
+    if (has_header && parts->front().select_node(MUST_UNDERSTAND)) {
         return Fault{"MustUnderstand", "a header entry is not understood"};
     }
     const std::size_t body = has_header ? 1 : 0;
@@ -168,14 +147,6 @@ std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document
         return client_fault("the envelope does not hold exactly one body");
     }
     return (*parts)[body];
-}
-
-bool has_encoding_style(pugi::xml_node body) {
-    const pugi::xml_attribute style = body.find_attribute([body](pugi::xml_attribute attribute) {
-        return local_name(attribute.name()) == "encodingStyle" &&
-               namespace_at(body, attribute.name()) == ENVELOPE_NAMESPACE;
-    });
-    return style.value() == ENCODING_NAMESPACE;
 }
 
 /// An envelope around an empty body; `body` is set to that body.
@@ -231,7 +202,7 @@ std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
         return *fault;
     }
     const pugi::xml_node body = std::get<pugi::xml_node>(found);
-    if (!has_encoding_style(body)) {
+    if (body.select_node(ENCODING_STYLE).attribute().value() != ENCODING_NAMESPACE) {
         return client_fault("the body does not state the SOAP encoding style");
     }
     const auto entries = element_children(body);
@@ -240,7 +211,7 @@ std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
     }
     const pugi::xml_node entry = entries->front();
     ServiceCall call;
-    call.operation = namespace_at(entry, entry.name()) == SERVICE_NAMESPACE
+    call.operation = namespace_of(entry) == SERVICE_NAMESPACE
                          ? find_operation(local_name(entry.name()))
                          : nullptr;
     if (call.operation == nullptr) {
