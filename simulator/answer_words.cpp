@@ -39,7 +39,7 @@ std::string envelope_words(std::string_view body) {
 
 } // namespace
 
-std::string answer_words(const Daemon &daemon, std::string_view answer) {
+std::string answer_words(const daemon_row &daemon, std::string_view answer) {
     if (!daemon.socket_file.empty() && answer.starts_with(STATUS_TAG)) {
         const std::string_view rest = answer.substr(STATUS_TAG.size());
         return show_value(rest.substr(0, rest.find('\n')));

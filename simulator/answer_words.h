@@ -7,4 +7,4 @@
 #include <string_view>
 
 /// The outcome that the log prints for this answer.
-std::string answer_words(const Daemon &daemon, std::string_view answer);
+std::string answer_words(const daemon_row &daemon, std::string_view answer);

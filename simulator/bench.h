@@ -6,10 +6,10 @@
 #include "simulator/options.h"
 #include "simulator/request_list.h"
 
-struct Bench {
-    const Settings &settings;
-    Home home = {};
-    Journal journal = {};
-    Replay replay = {};
+struct test_bench {
+    const simulator_settings &settings;
+    home_state home = {};
+    request_journal journal = {};
+    replay_list replay = {};
     std::vector<std::string> places = {}; ///< where each listens, in the order of DAEMONS
 };

@@ -13,19 +13,19 @@
 namespace {
 
 /// The pairs: for each row of the list the request that fits it, if any.
-using Pairs = std::vector<std::optional<std::size_t>>;
+using pair_list = std::vector<std::optional<std::size_t>>;
 
 /// A table of more cells than this is not made; the disagreement is shown as one block.
 constexpr std::size_t MOST_CELLS = std::size_t{1} << 24U;
 
-struct Range {
+struct index_range {
     std::size_t first;
     std::size_t last; ///< one past the end
 };
 
 /// Pairs what a longest common subsequence of both ranges has.
-void pair_middle(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries,
-                 Range rows, Range asked, Pairs &pairs) {
+void pair_middle(const std::vector<listed_request> &list, const std::vector<journal_entry> &entries,
+                 index_range rows, index_range asked, pair_list &pairs) {
     const std::size_t height = rows.last - rows.first;
     const std::size_t width = asked.last - asked.first;
     if (height == 0 || width == 0 || height > MOST_CELLS / width) {
@@ -37,7 +37,7 @@ void pair_middle(const std::vector<ListedRequest> &list, const std::vector<Entry
         return longest[i * (width + 1) + j];
     };
     const auto fits = [&](std::size_t i, std::size_t j) {
-        return fit(list[rows.first + i], entries[asked.first + j]) != Fit::none;
+        return fit(list[rows.first + i], entries[asked.first + j]) != list_fit::NONE;
     };
     for (std::size_t i = height; i-- > 0;) {
         for (std::size_t j = width; j-- > 0;) {
@@ -55,26 +55,28 @@ void pair_middle(const std::vector<ListedRequest> &list, const std::vector<Entry
     }
 }
 
-Pairs pair_in_order(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries) {
-    Pairs pairs(list.size());
-    Range rows{0, list.size()};
-    Range asked{0, entries.size()};
+pair_list pair_in_order(const std::vector<listed_request> &list,
+                        const std::vector<journal_entry> &entries) {
+    pair_list pairs(list.size());
+    index_range rows{0, list.size()};
+    index_range asked{0, entries.size()};
     const auto both_left = [&]() { return rows.first < rows.last && asked.first < asked.last; };
-    while (both_left() && fit(list[rows.first], entries[asked.first]) != Fit::none) {
+    while (both_left() && fit(list[rows.first], entries[asked.first]) != list_fit::NONE) {
         pairs[rows.first++] = asked.first++;
     }
-    while (both_left() && fit(list[rows.last - 1], entries[asked.last - 1]) != Fit::none) {
+    while (both_left() && fit(list[rows.last - 1], entries[asked.last - 1]) != list_fit::NONE) {
         pairs[--rows.last] = --asked.last;
     }
     pair_middle(list, entries, rows, asked, pairs);
     return pairs;
 }
 
-Pairs pair_in_any_order(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries) {
-    Pairs pairs(list.size());
+pair_list pair_in_any_order(const std::vector<listed_request> &list,
+                            const std::vector<journal_entry> &entries) {
+    pair_list pairs(list.size());
     std::vector<bool> taken(entries.size());
-    for (const Fit wanted :
-         {Fit::outcome_and_bytes, Fit::request_and_bytes, Fit::outcome, Fit::request}) {
+    for (const list_fit wanted : {list_fit::OUTCOME_AND_BYTES, list_fit::REQUEST_AND_BYTES,
+                                  list_fit::OUTCOME, list_fit::REQUEST}) {
         for (std::size_t i = 0; i < list.size(); ++i) {
             for (std::size_t j = 0; j < entries.size() && !pairs[i]; ++j) {
                 if (!taken[j] && fit(list[i], entries[j]) == wanted) {
@@ -88,7 +90,7 @@ Pairs pair_in_any_order(const std::vector<ListedRequest> &list, const std::vecto
 }
 
 /// Prints a line of the log and, where they are given, the bytes of the answer.
-void print_side(char sign, const Daemon &daemon, const std::string &line,
+void print_side(char sign, const daemon_row &daemon, const std::string &line,
                 const std::optional<std::string> &answer = {}) {
     const char *side = sign == ' ' ? "both" : sign == '-' ? "missing" : "unexpected";
     print_log({"comparison", "", sign + line, {{"side", side}, {"line", line}}});
@@ -98,14 +100,14 @@ void print_side(char sign, const Daemon &daemon, const std::string &line,
 }
 
 /// Prints both sides: a row that has no pair comes before the requests that have none.
-void print_sides(const std::vector<ListedRequest> &list, const std::vector<Entry> &entries,
-                 const Pairs &pairs, const std::vector<bool> &paired) {
+void print_sides(const std::vector<listed_request> &list, const std::vector<journal_entry> &entries,
+                 const pair_list &pairs, const std::vector<bool> &paired) {
     const bool with_bytes = std::any_of(list.begin(), list.end(),
-                                        [](const ListedRequest &row) { return !!row.answer; });
+                                        [](const listed_request &row) { return !!row.answer; });
     std::size_t asked = 0;
     const auto print_unexpected = [&](std::size_t end) {
         for (; asked < end; ++asked) {
-            const Entry &entry = entries[asked];
+            const journal_entry &entry = entries[asked];
             if (!paired[asked]) {
                 print_side('+', *entry.daemon, entry_words(entry),
                            with_bytes ? entry.answer : std::nullopt);
@@ -125,9 +127,9 @@ void print_sides(const std::vector<ListedRequest> &list, const std::vector<Entry
 
 } // namespace
 
-bool report_comparison(const Settings &settings, const std::vector<ListedRequest> &list,
-                       const std::vector<Entry> &entries) {
-    const Pairs pairs =
+bool report_comparison(const simulator_settings &settings, const std::vector<listed_request> &list,
+                       const std::vector<journal_entry> &entries) {
+    const pair_list pairs =
         settings.any_order ? pair_in_any_order(list, entries) : pair_in_order(list, entries);
     std::vector<bool> paired(entries.size());
     for (const auto &pair : pairs) {
@@ -143,7 +145,7 @@ bool report_comparison(const Settings &settings, const std::vector<ListedRequest
         std::size_t j = 0;
         while (!pairs[i] && j < entries.size() &&
                (used[j] || !is_same_request(list[i], entries[j]) ||
-                fit(list[i], entries[j]) != Fit::none)) {
+                fit(list[i], entries[j]) != list_fit::NONE)) {
             j++;
         }
         if (!pairs[i] && j < entries.size()) {

@@ -8,5 +8,5 @@
 
 /// Compares in order, or in any order: then the lines follow the order of the list. Prints what
 /// differs, and on standard error how much; false when anything does.
-bool report_comparison(const Settings &settings, const std::vector<ListedRequest> &list,
-                       const std::vector<Entry> &entries);
+bool report_comparison(const simulator_settings &settings, const std::vector<listed_request> &list,
+                       const std::vector<journal_entry> &entries);

@@ -8,10 +8,10 @@ namespace {
 constexpr std::chrono::seconds SEND_TIME{10};
 constexpr std::chrono::milliseconds DRAIN_TIME{500};
 
-void drain(const ConnectionPtr &connection) {
+void drain(const connection_ptr &connection) {
     connection->socket.async_read_some(
         asio::buffer(connection->chunk), [connection](const error_code &error, std::size_t) {
-            if (!error && Clock::now() < connection->timer.expiry()) {
+            if (!error && loop_clock::now() < connection->timer.expiry()) {
                 drain(connection);
             } else {
                 connection->timer.cancel();
@@ -21,45 +21,45 @@ void drain(const ConnectionPtr &connection) {
 
 } // namespace
 
-Connection::Connection(Loop &runs_in, Socket connected, std::size_t most_bytes,
-                       std::chrono::milliseconds patience)
+stream_connection::stream_connection(event_loop &runs_in, stream_socket connected,
+                                     std::size_t most_bytes, std::chrono::milliseconds patience)
     : loop(runs_in), socket(std::move(connected)), timer(runs_in.context),
-      deadline(Clock::now() + patience), limit(most_bytes) {
+      deadline(loop_clock::now() + patience), limit(most_bytes) {
     loop.connections.insert(this);
 }
 
-Connection::~Connection() {
+stream_connection::~stream_connection() {
     loop.connections.erase(this);
 }
 
-void limit_time(const ConnectionPtr &connection, Clock::time_point moment) {
-    connection->timer.expires_at(connection->loop.stopping ? Clock::now() : moment);
+void limit_time(const connection_ptr &connection, loop_clock::time_point moment) {
+    connection->timer.expires_at(connection->loop.stopping ? loop_clock::now() : moment);
     connection->timer.async_wait([connection](const error_code &error) {
         // The timer may have been set anew while this was on its way.
-        if (!error && connection->timer.expiry() <= Clock::now()) {
+        if (!error && connection->timer.expiry() <= loop_clock::now()) {
             error_code ignored;
             connection->socket.cancel(ignored);
         }
     });
 }
 
-Arrival arrival_of(const Connection &connection, const error_code &error) {
+arrival_kind arrival_of(const stream_connection &connection, const error_code &error) {
     if (!error) {
-        return Arrival::data;
+        return arrival_kind::DATA;
     }
     if (error == asio::error::eof) {
-        return Arrival::end;
+        return arrival_kind::END;
     }
     if (error == asio::error::operation_aborted) {
-        return connection.loop.stopping ? Arrival::stopped : Arrival::late;
+        return connection.loop.stopping ? arrival_kind::STOPPED : arrival_kind::LATE;
     }
-    return Arrival::failed;
+    return arrival_kind::FAILED;
 }
 
-void receive_some(const ConnectionPtr &connection, std::function<void(Arrival)> then) {
+void receive_some(const connection_ptr &connection, std::function<void(arrival_kind)> then) {
     const std::size_t room = connection->limit - connection->received.size();
     if (room == 0) {
-        then(Arrival::full);
+        then(arrival_kind::FULL);
         return;
     }
     limit_time(connection, connection->deadline);
@@ -72,16 +72,16 @@ void receive_some(const ConnectionPtr &connection, std::function<void(Arrival)> 
         });
 }
 
-void receive_pending(Connection &connection) {
+void receive_pending(stream_connection &connection) {
     error_code ignored;
     connection.socket.non_blocking(true, ignored);
     const std::size_t count = connection.socket.read_some(asio::buffer(connection.chunk), ignored);
     connection.received.append(connection.chunk.data(), count);
 }
 
-void send_all(const ConnectionPtr &connection, std::string bytes, std::function<void(bool)> then) {
+void send_all(const connection_ptr &connection, std::string bytes, std::function<void(bool)> then) {
     connection->sent = std::move(bytes);
-    limit_time(connection, Clock::now() + SEND_TIME);
+    limit_time(connection, loop_clock::now() + SEND_TIME);
     asio::async_write(connection->socket, asio::buffer(connection->sent),
                       [connection, then = std::move(then)](const error_code &error, std::size_t) {
                           connection->timer.cancel();
@@ -89,23 +89,23 @@ void send_all(const ConnectionPtr &connection, std::string bytes, std::function<
                       });
 }
 
-void wait(const ConnectionPtr &connection, std::chrono::milliseconds time,
+void wait(const connection_ptr &connection, std::chrono::milliseconds time,
           std::function<void()> then) {
-    connection->timer.expires_after(connection->loop.stopping ? Clock::duration() : time);
+    connection->timer.expires_after(connection->loop.stopping ? loop_clock::duration() : time);
     connection->timer.async_wait(
         [connection, then = std::move(then)](const error_code & /*error*/) { then(); });
 }
 
-void end_connection(const ConnectionPtr &connection) {
+void end_connection(const connection_ptr &connection) {
     error_code ignored;
     connection->socket.shutdown(asio::socket_base::shutdown_send, ignored);
-    limit_time(connection, Clock::now() + DRAIN_TIME);
+    limit_time(connection, loop_clock::now() + DRAIN_TIME);
     drain(connection);
 }
 
-void stop_waiting(Loop &loop) {
+void stop_waiting(event_loop &loop) {
     loop.stopping = true;
-    for (Connection *connection : loop.connections) {
+    for (stream_connection *connection : loop.connections) {
         error_code ignored;
         connection->timer.cancel();
         connection->socket.cancel(ignored);

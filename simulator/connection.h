@@ -17,65 +17,66 @@
 
 namespace asio = boost::asio;
 using boost::system::error_code;
-using Clock = std::chrono::steady_clock;
-using Protocol = asio::generic::stream_protocol;
-using Executor = asio::io_context::executor_type;
-using Socket = asio::basic_stream_socket<Protocol, Executor>;
-using Timer = asio::basic_waitable_timer<Clock, asio::wait_traits<Clock>, Executor>;
+using loop_clock = std::chrono::steady_clock;
+using any_protocol = asio::generic::stream_protocol;
+using loop_executor = asio::io_context::executor_type;
+using stream_socket = asio::basic_stream_socket<any_protocol, loop_executor>;
+using loop_timer =
+    asio::basic_waitable_timer<loop_clock, asio::wait_traits<loop_clock>, loop_executor>;
 
-struct Connection;
+struct stream_connection;
 
 /// The one thread's loop, in which everything happens.
-struct Loop {
+struct event_loop {
     asio::io_context context{1};
     bool stopping = false;
-    std::set<Connection *> connections;
+    std::set<stream_connection *> connections;
 };
 
 /// A connection and everything that the other side sent, kept whole for the raw trace. It closes
 /// with the last reference to it; each operation that is under way holds one.
-struct Connection {
-    Connection(Loop &runs_in, Socket connected, std::size_t most_bytes,
-               std::chrono::milliseconds patience);
-    ~Connection();
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
+struct stream_connection {
+    stream_connection(event_loop &runs_in, stream_socket connected, std::size_t most_bytes,
+                      std::chrono::milliseconds patience);
+    ~stream_connection();
+    stream_connection(const stream_connection &) = delete;
+    stream_connection &operator=(const stream_connection &) = delete;
 
-    Loop &loop;
-    Socket socket;
-    Timer timer;
-    Clock::time_point deadline; ///< end of the other side's time
-    std::size_t limit;          ///< most bytes read
+    event_loop &loop;
+    stream_socket socket;
+    loop_timer timer;
+    loop_clock::time_point deadline; ///< end of the other side's time
+    std::size_t limit;               ///< most bytes read
     std::string received;
     std::string sent;
     std::array<char, 16384> chunk = {};
 };
 
-using ConnectionPtr = std::shared_ptr<Connection>;
+using connection_ptr = std::shared_ptr<stream_connection>;
 
 /// Cancels what the socket does when the moment has come, or at once when the simulator shuts down.
 /// A later call takes the place of an earlier one.
-void limit_time(const ConnectionPtr &connection, Clock::time_point moment);
+void limit_time(const connection_ptr &connection, loop_clock::time_point moment);
 
 /// What the end of an operation means.
-Arrival arrival_of(const Connection &connection, const error_code &error);
+arrival_kind arrival_of(const stream_connection &connection, const error_code &error);
 
 /// Waits for more bytes and appends them to `received`.
-void receive_some(const ConnectionPtr &connection, std::function<void(Arrival)> then);
+void receive_some(const connection_ptr &connection, std::function<void(arrival_kind)> then);
 
 /// Appends what has already arrived, without waiting.
-void receive_pending(Connection &connection);
+void receive_pending(stream_connection &connection);
 
 /// Sends all bytes; false when the peer is gone, does not read, or the simulator shuts down.
-void send_all(const ConnectionPtr &connection, std::string bytes, std::function<void(bool)> then);
+void send_all(const connection_ptr &connection, std::string bytes, std::function<void(bool)> then);
 
 /// Waits, unless the timer is cancelled or the simulator shuts down.
-void wait(const ConnectionPtr &connection, std::chrono::milliseconds time,
+void wait(const connection_ptr &connection, std::chrono::milliseconds time,
           std::function<void()> then);
 
 /// Ends the connection after an answer. What the client still sends is read for a moment, since
 /// closing with unread bytes would reset the connection and could take the answer with it.
-void end_connection(const ConnectionPtr &connection);
+void end_connection(const connection_ptr &connection);
 
 /// Ends whatever connections wait for.
-void stop_waiting(Loop &loop);
+void stop_waiting(event_loop &loop);

@@ -16,37 +16,37 @@ namespace {
 constexpr std::size_t LINE_LIMIT = std::size_t{64} * 1024;
 constexpr std::size_t HTTP_LIMIT = HTTP_BODY_LIMIT + std::size_t{64} * 1024;
 
-constexpr HeaderLine EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
-constexpr HeaderLine SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
-constexpr HeaderLine SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
-constexpr HeaderLine LINTRONIC_LINES[] = {
+constexpr header_line EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
+constexpr header_line SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
+constexpr header_line SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
+constexpr header_line LINTRONIC_LINES[] = {
     {"SectionName"}, {"Device", "", 2}, {"Command", "", 3}, {"Payload"}};
-constexpr HeaderLine ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
-constexpr HeaderLine VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
-                                            {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
-                                            {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
-                                            {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
-constexpr HeaderLine VIVALDI_GET_LINES[] = {
+constexpr header_line ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
+constexpr header_line VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
+                                             {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
+                                             {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
+                                             {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
+constexpr header_line VIVALDI_GET_LINES[] = {
     {"SectionName"}, {"CentralNumber"}, {"Command", "2"}, {"RC20_Number"}};
 // The zone follows the command on the wire, whatever the order in which users name them.
-constexpr HeaderLine TUTONDO_SET_LINES[] = {
+constexpr header_line TUTONDO_SET_LINES[] = {
     {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
-constexpr HeaderLine TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
+constexpr header_line TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
 
-constexpr GatewayRequest EIB_REQUESTS[] = {{"SENDEIBUSSETDATAGRAM", EIB_LINES},
-                                           {"SENDEIBUSGETDATAGRAM", EIB_LINES}};
-constexpr GatewayRequest SMSTOOL_REQUESTS[] = {{"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
-                                               {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES}};
-constexpr GatewayRequest LINTRONIC_REQUESTS[] = {{"SENDLINTRONICDATAGRAM", LINTRONIC_LINES}};
-constexpr GatewayRequest TECNOUT_REQUESTS[] = {{"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES}};
-constexpr GatewayRequest VIVALDI_REQUESTS[] = {{"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
-                                               {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
-constexpr GatewayRequest BENTEL_REQUESTS[] = {{"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES}};
-constexpr GatewayRequest TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
-                                               {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
+constexpr gateway_request EIB_REQUESTS[] = {{"SENDEIBUSSETDATAGRAM", EIB_LINES},
+                                            {"SENDEIBUSGETDATAGRAM", EIB_LINES}};
+constexpr gateway_request SMSTOOL_REQUESTS[] = {{"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
+                                                {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES}};
+constexpr gateway_request LINTRONIC_REQUESTS[] = {{"SENDLINTRONICDATAGRAM", LINTRONIC_LINES}};
+constexpr gateway_request TECNOUT_REQUESTS[] = {{"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES}};
+constexpr gateway_request VIVALDI_REQUESTS[] = {{"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
+                                                {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
+constexpr gateway_request BENTEL_REQUESTS[] = {{"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES}};
+constexpr gateway_request TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
+                                                {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
 
 // clang-format off
-constexpr Daemon DAEMON_ROWS[] = {
+constexpr daemon_row DAEMON_ROWS[] = {
     {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, fsmcore_progress, answer_fsmcore},
     {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, gateway_progress, answer_gateway, EIB_REQUESTS},
     {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, gateway_progress, answer_gateway, SMSTOOL_REQUESTS},
@@ -61,13 +61,13 @@ constexpr Daemon DAEMON_ROWS[] = {
 
 } // namespace
 
-constinit const std::span<const Daemon> DAEMONS = DAEMON_ROWS;
+constinit const std::span<const daemon_row> DAEMONS = DAEMON_ROWS;
 
-std::size_t row_of(const Daemon &daemon) {
+std::size_t row_of(const daemon_row &daemon) {
     return static_cast<std::size_t>(&daemon - DAEMONS.data());
 }
 
-std::string format_status(const Daemon &daemon, int number) {
+std::string format_status(const daemon_row &daemon, int number) {
     const std::string digits = std::to_string(std::abs(number));
     const auto width = static_cast<std::size_t>(daemon.digits);
     std::string text(daemon.prefix);
@@ -76,7 +76,7 @@ std::string format_status(const Daemon &daemon, int number) {
     return text += digits;
 }
 
-int choose_status(const Conversation &conversation, int error) {
+int choose_status(const daemon_conversation &conversation, int error) {
     const std::vector<int> &told = conversation.behaviour.statuses;
     if (told.empty()) {
         return error == 0 ? 0 : conversation.daemon.base + error;
@@ -85,33 +85,33 @@ int choose_status(const Conversation &conversation, int error) {
     return told[given + 1 < told.size() ? given++ : told.size() - 1];
 }
 
-void answer_status(Conversation &conversation, int error, const std::string &complaint) {
+void answer_status(daemon_conversation &conversation, int error, const std::string &complaint) {
     const std::string status =
         format_status(conversation.daemon, choose_status(conversation, error));
     conversation.exchange.outcome = complaint.empty() ? status : status + " (" + complaint + ")";
     conversation.exchange.answer = "Response Status: " + status + "\n";
 }
 
-const char *describe_arrival(Arrival arrival) {
+const char *describe_arrival(arrival_kind arrival) {
     switch (arrival) {
-    case Arrival::data:
+    case arrival_kind::DATA:
         return "";
-    case Arrival::end:
+    case arrival_kind::END:
         return "the client closed before the end of its request";
-    case Arrival::late:
+    case arrival_kind::LATE:
         return "the client took too long over its request";
-    case Arrival::stopped:
+    case arrival_kind::STOPPED:
         return "the simulator shuts down";
-    case Arrival::full:
+    case arrival_kind::FULL:
         return "the request is too long";
-    case Arrival::failed:
+    case arrival_kind::FAILED:
         return "the connection broke";
     }
     return "";
 }
 
-const Daemon *find_daemon(std::string_view key) {
+const daemon_row *find_daemon(std::string_view key) {
     const auto found = std::find_if(DAEMONS.begin(), DAEMONS.end(),
-                                    [key](const Daemon &daemon) { return daemon.key == key; });
+                                    [key](const daemon_row &daemon) { return daemon.key == key; });
     return found == DAEMONS.end() ? nullptr : &*found;
 }

@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
-struct Conversation;
-struct Home;
+struct daemon_conversation;
+struct home_state;
 
 /// A web request as it is passed on.
-struct WebRequest {
+struct passed_request {
     std::string method;
     std::string path;
     std::vector<std::pair<std::string, std::string>> headers; ///< those that a web service reads
@@ -22,59 +22,59 @@ struct WebRequest {
 };
 
 /// Whom an answer is for: a client of the daemon, or somebody who watches in a browser.
-enum class Audience { client, page, events };
+enum class audience_kind { CLIENT, PAGE, EVENTS };
 
 /// How the reading of a request ended.
-enum class Arrival { data, end, late, stopped, full, failed };
+enum class arrival_kind { DATA, END, LATE, STOPPED, FULL, FAILED };
 
 /// How far a request has come: more must arrive, or may once the client is told to go on, or not.
-enum class Progress { incomplete, awaits_continue, whole };
+enum class request_progress { INCOMPLETE, AWAITS_CONTINUE, WHOLE };
 
 /// What one request came to.
-struct Exchange {
+struct exchange_result {
     std::string request; ///< the request in words, for the request line; empty: nothing arrived
     std::string outcome; ///< what is answered, in words
     std::optional<std::string> answer; ///< its bytes; nothing: closed without one
-    Audience audience = Audience::client;
-    WebRequest web = {}; ///< the request, where it is one of the web
+    audience_kind audience = audience_kind::CLIENT;
+    passed_request web = {}; ///< the request, where it is one of the web
 };
 
 /// One header line of a gateway's request: "Name: value". A gateway may fix the value, or its
 /// width in bytes.
-struct HeaderLine {
+struct header_line {
     std::string_view name;
     std::string_view fixed_value = {};
     std::size_t width = 0;
 };
 
 /// A request that a gateway knows, with the lines after the one that names it.
-struct GatewayRequest {
+struct gateway_request {
     std::string_view function;
-    std::span<const HeaderLine> lines;
+    std::span<const header_line> lines;
 };
 
 /// One daemon. The order of the table is that of the printed lists.
-struct Daemon {
-    std::string_view key;                          ///< its name in options
-    std::string_view label;                        ///< its name in request lines
-    std::string_view socket_file;                  ///< empty: it listens on the TCP port
-    std::string_view prefix;                       ///< opens its status texts
-    int digits;                                    ///< least number of digits in its status texts
-    int base;                                      ///< added to its error numbers
-    std::size_t limit;                             ///< most bytes of one request
-    Progress (*progress)(std::string_view);        ///< how far a request has come
-    void (*answer)(Conversation &);                ///< checks the request and makes its answer
-    std::span<const GatewayRequest> requests = {}; ///< those that a gateway knows
+struct daemon_row {
+    std::string_view key;                           ///< its name in options
+    std::string_view label;                         ///< its name in request lines
+    std::string_view socket_file;                   ///< empty: it listens on the TCP port
+    std::string_view prefix;                        ///< opens its status texts
+    int digits;                                     ///< least number of digits in its status texts
+    int base;                                       ///< added to its error numbers
+    std::size_t limit;                              ///< most bytes of one request
+    request_progress (*progress)(std::string_view); ///< how far a request has come
+    void (*answer)(daemon_conversation &);          ///< checks the request and makes its answer
+    std::span<const gateway_request> requests = {}; ///< those that a gateway knows
 };
 
-extern const std::span<const Daemon> DAEMONS;
+extern const std::span<const daemon_row> DAEMONS;
 
 /// The place of a daemon of DAEMONS in it, for what is kept per daemon in the same order.
-std::size_t row_of(const Daemon &daemon);
+std::size_t row_of(const daemon_row &daemon);
 
 /// Error numbers, relative to a daemon's base. The offsets 5 to 7 are never answered: clients
 /// use those numbers of each block for their own connection failures.
-enum RequestError {
+enum request_error {
     PROPER_REQUEST = 0,
     NOT_SUPPORTED = 1, ///< a request name that the daemon does not know
     MALFORMED = 2,     ///< a missing, misplaced or misspelt line, or bytes after the end
@@ -83,7 +83,7 @@ enum RequestError {
 };
 
 /// What a daemon was told to do instead of answering properly.
-struct Behaviour {
+struct told_behaviour {
     std::vector<int>
         statuses; ///< answered in turn in place of the proper number, the last for ever
     std::optional<std::string> raw; ///< sent in place of the proper answer
@@ -93,27 +93,27 @@ struct Behaviour {
 };
 
 /// One request to one daemon, read to its end.
-struct Conversation {
-    const Daemon &daemon;
-    const Behaviour &behaviour;
-    Home &home;
+struct daemon_conversation {
+    const daemon_row &daemon;
+    const told_behaviour &behaviour;
+    home_state &home;
     std::string_view received = {};
-    Arrival arrival = Arrival::data; ///< how its reading ended
-    Exchange exchange = {};
+    arrival_kind arrival = arrival_kind::DATA; ///< how its reading ended
+    exchange_result exchange = {};
 };
 
 /// Why no whole request came, in words for a request line; `data` has none.
-const char *describe_arrival(Arrival arrival);
+const char *describe_arrival(arrival_kind arrival);
 
 /// The status text of a number, such as EIBG-000.
-std::string format_status(const Daemon &daemon, int number);
+std::string format_status(const daemon_row &daemon, int number);
 
 /// The number to answer: the proper one, which is 0 or the daemon's base and this error number,
 /// unless the daemon was told others: then the next of those.
-int choose_status(const Conversation &conversation, int error);
+int choose_status(const daemon_conversation &conversation, int error);
 
 /// Answers this error number, or whatever the daemon was told, in a status line.
-void answer_status(Conversation &conversation, int error, const std::string &complaint);
+void answer_status(daemon_conversation &conversation, int error, const std::string &complaint);
 
 /// The daemon with this option name, null when there is none.
-const Daemon *find_daemon(std::string_view key);
+const daemon_row *find_daemon(std::string_view key);

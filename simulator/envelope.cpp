@@ -15,13 +15,13 @@ namespace {
 #define ENVELOPE_NAMESPACE "http://schemas.xmlsoap.org/soap/envelope/"
 constexpr std::string_view ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
 
-struct Declaration {
+struct namespace_declaration {
     const char *attribute;
     std::string_view name_space;
 };
 
 /// What every request declares on its envelope, and every answer too.
-constexpr std::array<Declaration, 5> DECLARATIONS{
+constexpr std::array<namespace_declaration, 5> DECLARATIONS{
     {{"xmlns:SOAP-ENV", ENVELOPE_NAMESPACE},
      {"xmlns:SOAP-ENC", ENCODING_NAMESPACE},
      {"xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance"},
@@ -38,7 +38,7 @@ constexpr const char *MUST_UNDERSTAND =
 constexpr const char *ENCODING_STYLE =
     "@*[local-name()='encodingStyle' and namespace-uri()='" ENVELOPE_NAMESPACE "']";
 
-Fault client_fault(std::string text) {
+soap_fault client_fault(std::string text) {
     return {"Client", std::move(text)};
 }
 
@@ -99,7 +99,7 @@ std::string complain_about_field(pugi::xml_node field) {
 
 /// Fills the call's values from the children, which may be absent but neither unknown, repeated
 /// nor out of order.
-void read_fields(const std::vector<pugi::xml_node> &children, ServiceCall &call) {
+void read_fields(const std::vector<pugi::xml_node> &children, service_call &call) {
     const auto names = child_names(call.operation->request);
     call.values.resize(names.size());
     auto expected = names.begin();
@@ -121,15 +121,15 @@ void read_fields(const std::vector<pugi::xml_node> &children, ServiceCall &call)
 }
 
 /// Finds the body of a proper envelope, or says what is wrong with it.
-std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document) {
+std::variant<pugi::xml_node, soap_fault> find_body(const pugi::xml_document &document) {
     const pugi::xml_node envelope = document.document_element();
     if (local_name(envelope.name()) != "Envelope") {
         return client_fault("the document is no envelope");
     }
     if (namespace_of(envelope) != ENVELOPE_NAMESPACE) {
-        return Fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
+        return soap_fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
     }
-    for (const Declaration &declaration : DECLARATIONS) {
+    for (const namespace_declaration &declaration : DECLARATIONS) {
         if (envelope.attribute(declaration.attribute).value() != declaration.name_space) {
             return client_fault("the envelope lacks " + std::string(declaration.attribute) + "=\"" +
                                 std::string(declaration.name_space) + "\"");
@@ -139,7 +139,7 @@ std::variant<pugi::xml_node, Fault> find_body(const pugi::xml_document &document
     const bool has_header =
         parts && !parts->empty() && is_element(parts->front(), ENVELOPE_NAMESPACE, "Header");
     if (has_header && parts->front().select_node(MUST_UNDERSTAND)) {
-        return Fault{"MustUnderstand", "a header entry is not understood"};
+        return soap_fault{"MustUnderstand", "a header entry is not understood"};
     }
     const std::size_t body = has_header ? 1 : 0;
     if (!parts || parts->size() != body + 1 ||
@@ -155,7 +155,7 @@ void start_envelope(pugi::xml_document &document, pugi::xml_node &body) {
     declaration.append_attribute("version") = "1.0";
     declaration.append_attribute("encoding") = "UTF-8";
     pugi::xml_node envelope = document.append_child("SOAP-ENV:Envelope");
-    for (const Declaration &row : DECLARATIONS) {
+    for (const namespace_declaration &row : DECLARATIONS) {
         envelope.append_attribute(row.attribute) = std::string(row.name_space).c_str();
     }
     body = envelope.append_child("SOAP-ENV:Body");
@@ -182,7 +182,7 @@ std::string_view local_name(std::string_view name) {
     return name.substr(name.find(':') + 1);
 }
 
-std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
+std::variant<service_call, soap_fault> read_envelope(std::string_view body_text) {
     if (!is_valid_utf8(body_text) || body_text.find('\0') != std::string_view::npos) {
         return client_fault("the message is not UTF-8 text");
     }
@@ -198,7 +198,7 @@ std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
         return client_fault("the message is not exactly one element without a document type");
     }
     const auto found = find_body(document);
-    if (const auto *fault = std::get_if<Fault>(&found)) {
+    if (const auto *fault = std::get_if<soap_fault>(&found)) {
         return *fault;
     }
     const pugi::xml_node body = std::get<pugi::xml_node>(found);
@@ -210,7 +210,7 @@ std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
         return client_fault("the body does not hold exactly one operation");
     }
     const pugi::xml_node entry = entries->front();
-    ServiceCall call;
+    service_call call;
     call.operation = namespace_of(entry) == SERVICE_NAMESPACE
                          ? find_operation(local_name(entry.name()))
                          : nullptr;
@@ -229,7 +229,7 @@ std::variant<ServiceCall, Fault> read_envelope(std::string_view body_text) {
     return call;
 }
 
-std::string write_response(const Operation &operation, const ResponseFields &fields) {
+std::string write_response(const service_operation &operation, const response_fields &fields) {
     pugi::xml_document document;
     pugi::xml_node body;
     start_envelope(document, body);
@@ -244,7 +244,7 @@ std::string write_response(const Operation &operation, const ResponseFields &fie
     return write_document(document);
 }
 
-std::string write_fault(const Fault &fault) {
+std::string write_fault(const soap_fault &fault) {
     pugi::xml_document document;
     pugi::xml_node body;
     start_envelope(document, body);

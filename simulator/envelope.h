@@ -9,7 +9,7 @@
 #include <variant>
 
 /// A request that cannot be answered with a response element.
-struct Fault {
+struct soap_fault {
     std::string code; ///< local name in the envelope namespace, such as Client
     std::string text;
 };
@@ -19,11 +19,11 @@ std::string_view local_name(std::string_view name);
 
 /// Reads a request envelope. Wrong children of a known operation are no fault but a complaint
 /// in the call, since they can be answered with a status.
-std::variant<ServiceCall, Fault> read_envelope(std::string_view body);
+std::variant<service_call, soap_fault> read_envelope(std::string_view body);
 
 /// The response envelope of an operation: all its response children in order, the ones that
 /// `fields` does not hold empty.
-std::string write_response(const Operation &operation, const ResponseFields &fields);
+std::string write_response(const service_operation &operation, const response_fields &fields);
 
 /// The envelope of a fault.
-std::string write_fault(const Fault &fault);
+std::string write_fault(const soap_fault &fault);

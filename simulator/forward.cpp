@@ -19,24 +19,24 @@ namespace {
 constexpr std::chrono::milliseconds QUIET_TIME{500};
 
 /// What is asked, of whom, and for whom.
-struct Question {
-    ConnectionPtr real;
+struct forwarded_question {
+    connection_ptr real;
     std::string place;
     std::string request;
-    Conversation &conversation;
+    daemon_conversation &conversation;
     std::function<void()> then;
-    std::vector<Protocol::endpoint> endpoints = {}; ///< of the place, tried in turn
+    std::vector<any_protocol::endpoint> endpoints = {}; ///< of the place, tried in turn
     std::size_t tried = 0;
 };
 
-using QuestionPtr = std::shared_ptr<Question>;
+using question_ptr = std::shared_ptr<forwarded_question>;
 
-bool is_on_socket(const Daemon &daemon) {
+bool is_on_socket(const daemon_row &daemon) {
     return !daemon.socket_file.empty();
 }
 
-void conclude(const Question &question, const std::string &complaint) {
-    Exchange &exchange = question.conversation.exchange;
+void conclude(const forwarded_question &question, const std::string &complaint) {
+    exchange_result &exchange = question.conversation.exchange;
     if (complaint.empty()) {
         exchange.answer = question.real->received;
         exchange.outcome = answer_words(question.conversation.daemon, *exchange.answer);
@@ -48,19 +48,19 @@ void conclude(const Question &question, const std::string &complaint) {
 }
 
 /// Reads the answer to its end.
-void read_answer(const QuestionPtr &question) {
-    receive_some(question->real, [question](Arrival arrival) {
-        Connection &real = *question->real;
+void read_answer(const question_ptr &question) {
+    receive_some(question->real, [question](arrival_kind arrival) {
+        stream_connection &real = *question->real;
         const bool until_closed = !is_on_socket(question->conversation.daemon);
-        if (arrival == Arrival::data) {
+        if (arrival == arrival_kind::DATA) {
             if (!until_closed) {
-                real.deadline = std::min(real.deadline, Clock::now() + QUIET_TIME);
+                real.deadline = std::min(real.deadline, loop_clock::now() + QUIET_TIME);
             }
             read_answer(question);
-        } else if (arrival == Arrival::full) {
+        } else if (arrival == arrival_kind::FULL) {
             conclude(*question, "the answer is too long");
-        } else if (real.received.empty() || arrival == Arrival::failed ||
-                   (until_closed && arrival != Arrival::end)) {
+        } else if (real.received.empty() || arrival == arrival_kind::FAILED ||
+                   (until_closed && arrival != arrival_kind::END)) {
             conclude(*question, "the answer did not come to its end");
         } else {
             conclude(*question, "");
@@ -68,9 +68,9 @@ void read_answer(const QuestionPtr &question) {
     });
 }
 
-void connect_next(const QuestionPtr &question);
+void connect_next(const question_ptr &question);
 
-void go_on_connected(const QuestionPtr &question, const error_code &error) {
+void go_on_connected(const question_ptr &question, const error_code &error) {
     question->real->timer.cancel();
     if (!error) {
         send_all(question->real, question->request, [question](bool sent) {
@@ -88,7 +88,7 @@ void go_on_connected(const QuestionPtr &question, const error_code &error) {
     }
 }
 
-void connect_next(const QuestionPtr &question) {
+void connect_next(const question_ptr &question) {
     error_code ignored;
     question->real->socket.close(ignored);
     limit_time(question->real, question->real->deadline);
@@ -97,7 +97,7 @@ void connect_next(const QuestionPtr &question) {
         [question](const error_code &error) { go_on_connected(question, error); });
 }
 
-void connect_to_socket(const QuestionPtr &question) {
+void connect_to_socket(const question_ptr &question) {
     if (question->place.size() >= sizeof(sockaddr_un::sun_path)) {
         conclude(*question, "the name is too long for a socket");
         return;
@@ -117,12 +117,12 @@ std::string resolver_words(const error_code &error) {
     return error.message();
 }
 
-void connect_to_service(const QuestionPtr &question, const WebAddress &address) {
-    using Resolver = asio::ip::basic_resolver<asio::ip::tcp, Executor>;
-    const auto resolver = std::make_shared<Resolver>(question->real->loop.context);
+void connect_to_service(const question_ptr &question, const web_address &address) {
+    using tcp_resolver = asio::ip::basic_resolver<asio::ip::tcp, loop_executor>;
+    const auto resolver = std::make_shared<tcp_resolver>(question->real->loop.context);
     resolver->async_resolve(
         address.host, address.port,
-        [question, resolver](const error_code &error, const Resolver::results_type &found) {
+        [question, resolver](const error_code &error, const tcp_resolver::results_type &found) {
             if (error) {
                 conclude(*question, resolver_words(error));
                 return;
@@ -135,7 +135,7 @@ void connect_to_service(const QuestionPtr &question, const WebAddress &address) 
 }
 
 /// The request anew: its method, the headers that a web service reads, and its body.
-std::string web_request(const WebAddress &address, const WebRequest &request) {
+std::string web_request(const web_address &address, const passed_request &request) {
     const std::string path =
         request.path == SERVICE_PATH && !address.path.empty() ? address.path : request.path;
     std::string text = request.method + " " + path + " HTTP/1.0\r\nHost: " + address.host + ":" +
@@ -149,7 +149,7 @@ std::string web_request(const WebAddress &address, const WebRequest &request) {
 
 } // namespace
 
-std::optional<WebAddress> read_web_address(const std::string &text) {
+std::optional<web_address> read_web_address(const std::string &text) {
     constexpr std::string_view scheme = "http://";
     if (!text.starts_with(scheme)) {
         return std::nullopt;
@@ -158,7 +158,7 @@ std::optional<WebAddress> read_web_address(const std::string &text) {
     const std::size_t slash = std::min(rest.find('/'), rest.size());
     const std::string place = rest.substr(0, slash);
     const std::size_t colon = std::min(place.rfind(':'), place.size());
-    WebAddress address{place.substr(0, colon), "80", rest.substr(slash)};
+    web_address address{place.substr(0, colon), "80", rest.substr(slash)};
     if (colon < place.size()) {
         address.port = place.substr(colon + 1);
     }
@@ -167,25 +167,26 @@ std::optional<WebAddress> read_web_address(const std::string &text) {
     return address.host.empty() || !digits ? std::nullopt : std::optional(address);
 }
 
-bool is_forwarded(const Settings &settings, const Daemon &daemon) {
+bool is_forwarded(const simulator_settings &settings, const daemon_row &daemon) {
     return !(is_on_socket(daemon) ? settings.forward_directory : settings.forward_url).empty();
 }
 
-void forward_request(Loop &loop, const Settings &settings, Conversation &conversation,
-                     std::function<void()> then) {
-    const Daemon &daemon = conversation.daemon;
-    const auto real = std::make_shared<Connection>(loop, Socket(loop.context), daemon.limit,
-                                                   std::chrono::milliseconds(settings.patience));
+void forward_request(event_loop &loop, const simulator_settings &settings,
+                     daemon_conversation &conversation, std::function<void()> then) {
+    const daemon_row &daemon = conversation.daemon;
+    const auto real =
+        std::make_shared<stream_connection>(loop, stream_socket(loop.context), daemon.limit,
+                                            std::chrono::milliseconds(settings.patience));
     if (is_on_socket(daemon)) {
         const std::string path = settings.forward_directory + "/" + std::string(daemon.socket_file);
-        connect_to_socket(std::make_shared<Question>(Question{
+        connect_to_socket(std::make_shared<forwarded_question>(forwarded_question{
             real, path, std::string(conversation.received), conversation, std::move(then)}));
     } else {
-        const WebAddress address = *read_web_address(settings.forward_url);
-        connect_to_service(
-            std::make_shared<Question>(Question{real, settings.forward_url,
-                                                web_request(address, conversation.exchange.web),
-                                                conversation, std::move(then)}),
-            address);
+        const web_address address = *read_web_address(settings.forward_url);
+        connect_to_service(std::make_shared<forwarded_question>(
+                               forwarded_question{real, settings.forward_url,
+                                                  web_request(address, conversation.exchange.web),
+                                                  conversation, std::move(then)}),
+                           address);
     }
 }

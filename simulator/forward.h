@@ -6,22 +6,22 @@
 
 #include <functional>
 
-struct Loop;
+struct event_loop;
 
 /// An address of the form http://HOST[:PORT][/PATH], taken apart.
-struct WebAddress {
+struct web_address {
     std::string host;
     std::string port;
     std::string path;
 };
 
 /// Takes an address apart; nothing when it has another form.
-std::optional<WebAddress> read_web_address(const std::string &text);
+std::optional<web_address> read_web_address(const std::string &text);
 
 /// Whether the requests of this daemon go to a real one.
-bool is_forwarded(const Settings &settings, const Daemon &daemon);
+bool is_forwarded(const simulator_settings &settings, const daemon_row &daemon);
 
 /// Replaces the answer by the real one, or by none and the reason, and goes on with `then`, which
 /// keeps the conversation.
-void forward_request(Loop &loop, const Settings &settings, Conversation &conversation,
-                     std::function<void()> then);
+void forward_request(event_loop &loop, const simulator_settings &settings,
+                     daemon_conversation &conversation, std::function<void()> then);

@@ -16,7 +16,7 @@ constexpr int MOST_PARAMETERS = 1000;
 
 /// A request that is taken apart from its beginning. A take that fails has met its end, which may
 /// not have arrived yet, or something to complain about.
-struct FsmRequest {
+struct fsmcore_request {
     std::string_view rest;
     std::string_view function = {};
     std::vector<std::string_view> parameters = {};
@@ -24,7 +24,7 @@ struct FsmRequest {
 };
 
 /// Takes exactly this text.
-bool take_text(FsmRequest &request, std::string_view text) {
+bool take_text(fsmcore_request &request, std::string_view text) {
     const std::string_view start = request.rest.substr(0, text.size());
     if (!text.starts_with(start)) {
         request.complaint = "expected " + quote_bytes(text) + " before " +
@@ -37,7 +37,7 @@ bool take_text(FsmRequest &request, std::string_view text) {
 }
 
 /// Takes a tag and the rest of its line.
-bool take_line(FsmRequest &request, std::string_view tag, std::string_view &value) {
+bool take_line(fsmcore_request &request, std::string_view tag, std::string_view &value) {
     if (!take_text(request, tag)) {
         return false;
     }
@@ -51,7 +51,8 @@ bool take_line(FsmRequest &request, std::string_view tag, std::string_view &valu
 }
 
 /// Takes a tag and a plain number: no sign, no blanks, no leading zeros.
-bool take_number(FsmRequest &request, const std::string &tag, int highest, std::size_t &number) {
+bool take_number(fsmcore_request &request, const std::string &tag, int highest,
+                 std::size_t &number) {
     std::string_view text;
     if (!take_line(request, tag, text)) {
         return false;
@@ -71,7 +72,7 @@ std::string parameter_tag(std::size_t index) {
     return tag.data();
 }
 
-bool take_parameter(FsmRequest &request, const std::string &tag) {
+bool take_parameter(fsmcore_request &request, const std::string &tag) {
     std::size_t length = 0;
     if (!take_number(request, tag + " Length: ", 1 << 20, length) ||
         !take_text(request, tag + ":\n") || request.rest.size() < length) {
@@ -83,7 +84,7 @@ bool take_parameter(FsmRequest &request, const std::string &tag) {
 }
 
 /// Reads the request; false when more must arrive.
-bool read_request(FsmRequest &request) {
+bool read_request(fsmcore_request &request) {
     std::size_t count = 0;
     std::string_view waittime;
     bool taken = take_line(request, "Request: ", request.function) &&
@@ -105,7 +106,7 @@ bool read_request(FsmRequest &request) {
     return true;
 }
 
-std::string describe_request(const FsmRequest &request, std::string_view received) {
+std::string describe_request(const fsmcore_request &request, std::string_view received) {
     if (request.function.empty()) {
         return show_value(received);
     }
@@ -133,20 +134,20 @@ std::string frame_parameters(const std::vector<std::string_view> &parameters) {
 
 } // namespace
 
-Progress fsmcore_progress(std::string_view received) {
-    FsmRequest request{received};
-    return read_request(request) ? Progress::whole : Progress::incomplete;
+request_progress fsmcore_progress(std::string_view received) {
+    fsmcore_request request{received};
+    return read_request(request) ? request_progress::WHOLE : request_progress::INCOMPLETE;
 }
 
-void answer_fsmcore(Conversation &conversation) {
-    FsmRequest request{conversation.received};
+void answer_fsmcore(daemon_conversation &conversation) {
+    fsmcore_request request{conversation.received};
     if (!read_request(request)) {
         request.complaint = describe_arrival(conversation.arrival);
     }
     conversation.exchange.request = describe_request(request, conversation.received);
-    RequestError error = PROPER_REQUEST;
+    request_error error = PROPER_REQUEST;
     if (!request.complaint.empty()) {
-        error = conversation.arrival == Arrival::full ? TOO_LONG : MALFORMED;
+        error = conversation.arrival == arrival_kind::FULL ? TOO_LONG : MALFORMED;
         request.parameters.clear();
     }
     answer_status(conversation, error, request.complaint);

@@ -3,6 +3,6 @@
 
 #include "simulator/daemons.h"
 
-Progress fsmcore_progress(std::string_view received);
+request_progress fsmcore_progress(std::string_view received);
 
-void answer_fsmcore(Conversation &conversation);
+void answer_fsmcore(daemon_conversation &conversation);

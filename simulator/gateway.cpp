@@ -15,12 +15,13 @@ constexpr std::string_view REQUEST_TAG = "Request: ";
 constexpr std::string_view REQUEST_END = "\n\n";
 
 /// What is wrong with a request.
-struct Verdict {
-    RequestError error;
+struct request_verdict {
+    request_error error;
     std::string complaint = {};
 };
 
-Verdict check_value(const HeaderLine &expected, const std::string &tag, std::string_view value) {
+request_verdict check_value(const header_line &expected, const std::string &tag,
+                            std::string_view value) {
     if (value.find('\0') != std::string_view::npos) {
         return {MALFORMED, tag + "holds a zero byte"};
     }
@@ -35,8 +36,8 @@ Verdict check_value(const HeaderLine &expected, const std::string &tag, std::str
 }
 
 /// Checks the lines after the first, and adds their values to the request in words.
-Verdict check_lines(const GatewayRequest &request, std::span<const std::string_view> lines,
-                    std::string &shown) {
+request_verdict check_lines(const gateway_request &request, std::span<const std::string_view> lines,
+                            std::string &shown) {
     for (std::size_t i = 0; i < request.lines.size(); ++i) {
         const std::string tag = std::string(request.lines[i].name) + ": ";
         if (i + 1 >= lines.size() || !lines[i + 1].starts_with(tag)) {
@@ -44,16 +45,17 @@ Verdict check_lines(const GatewayRequest &request, std::span<const std::string_v
         }
         const std::string_view value = lines[i + 1].substr(tag.size());
         shown += (i == 0 ? " " : "|") + show_value(value);
-        Verdict verdict = check_value(request.lines[i], tag, value);
+        request_verdict verdict = check_value(request.lines[i], tag, value);
         if (verdict.error != PROPER_REQUEST) {
             return verdict;
         }
     }
-    return lines.size() > request.lines.size() + 1 ? Verdict{MALFORMED, "a line too many"}
-                                                   : Verdict{PROPER_REQUEST};
+    return lines.size() > request.lines.size() + 1 ? request_verdict{MALFORMED, "a line too many"}
+                                                   : request_verdict{PROPER_REQUEST};
 }
 
-Verdict check_request(const Daemon &gateway, std::string_view received, std::string &shown) {
+request_verdict check_request(const daemon_row &gateway, std::string_view received,
+                              std::string &shown) {
     const std::size_t end = received.find(REQUEST_END);
     const std::vector<std::string_view> lines = split_text(received.substr(0, end), '\n');
     shown = show_value(received);
@@ -62,13 +64,14 @@ Verdict check_request(const Daemon &gateway, std::string_view received, std::str
     }
     const std::string_view function = lines[0].substr(REQUEST_TAG.size());
     shown = show_value(function);
-    const auto row = std::find_if(
-        gateway.requests.begin(), gateway.requests.end(),
-        [&](const GatewayRequest &known) { return equal_ignoring_case(known.function, function); });
+    const auto row = std::find_if(gateway.requests.begin(), gateway.requests.end(),
+                                  [&](const gateway_request &known) {
+                                      return equal_ignoring_case(known.function, function);
+                                  });
     if (row == gateway.requests.end()) {
         return {NOT_SUPPORTED, "unknown request name"};
     }
-    Verdict verdict = check_lines(*row, lines, shown);
+    request_verdict verdict = check_lines(*row, lines, shown);
     if (verdict.error == PROPER_REQUEST && end + REQUEST_END.size() < received.size()) {
         return {MALFORMED, "bytes after the empty line"};
     }
@@ -77,16 +80,16 @@ Verdict check_request(const Daemon &gateway, std::string_view received, std::str
 
 } // namespace
 
-Progress gateway_progress(std::string_view received) {
-    return received.find(REQUEST_END) == std::string_view::npos ? Progress::incomplete
-                                                                : Progress::whole;
+request_progress gateway_progress(std::string_view received) {
+    return received.find(REQUEST_END) == std::string_view::npos ? request_progress::INCOMPLETE
+                                                                : request_progress::WHOLE;
 }
 
-void answer_gateway(Conversation &conversation) {
+void answer_gateway(daemon_conversation &conversation) {
     std::string &shown = conversation.exchange.request;
-    Verdict verdict = check_request(conversation.daemon, conversation.received, shown);
-    if (conversation.arrival != Arrival::data) {
-        verdict = {conversation.arrival == Arrival::full ? TOO_LONG : MALFORMED,
+    request_verdict verdict = check_request(conversation.daemon, conversation.received, shown);
+    if (conversation.arrival != arrival_kind::DATA) {
+        verdict = {conversation.arrival == arrival_kind::FULL ? TOO_LONG : MALFORMED,
                    describe_arrival(conversation.arrival)};
         shown = show_value(conversation.received);
     }

@@ -4,6 +4,6 @@
 
 #include "simulator/daemons.h"
 
-Progress gateway_progress(std::string_view received);
+request_progress gateway_progress(std::string_view received);
 
-void answer_gateway(Conversation &conversation);
+void answer_gateway(daemon_conversation &conversation);

@@ -10,12 +10,12 @@
 #include <string>
 #include <string_view>
 
-struct Element {
+struct home_element {
     std::string status;
     std::string value;
 };
 
-struct Neighbour {
+struct home_neighbour {
     std::string name;
     std::string address;
     std::string port;
@@ -24,17 +24,17 @@ struct Neighbour {
 
 /// A user of the controller. A login opens the user's one session, whose name is fixed, since
 /// the login answer has no place for it: scripts can rely on it.
-struct User {
+struct user_account {
     std::string_view name;
     std::string_view password;
     std::string_view session;
 };
 
-inline constexpr std::array USERS{User{"demo", "demo", "DEMO-SESSION"},
-                                  User{"admin", "admin", "ADMIN-SESSION"}};
+inline constexpr std::array USERS{user_account{"demo", "demo", "DEMO-SESSION"},
+                                  user_account{"admin", "admin", "ADMIN-SESSION"}};
 
 /// The user whose session is open from the start.
-inline constexpr const User &FIRST_USER = USERS.front();
+inline constexpr const user_account &FIRST_USER = USERS.front();
 
 /// The session that requests from the controller itself carry.
 inline constexpr std::string_view LOCAL_SESSION = "NO-SESSIONID";
@@ -46,15 +46,15 @@ inline constexpr std::string_view ALARM_PIN = "1234";
 inline constexpr std::size_t KEPT_MESSAGES = 100;
 
 /// What a schedule belongs to: object, mode and type.
-using ScheduleKey = std::array<std::string, 3>;
+using schedule_place = std::array<std::string, 3>;
 
-struct Home {
-    std::map<std::string, Element, std::less<>> elements{{"KITCHEN-THERMOSTAT", {"ON", "21.5"}},
-                                                         {"LIVING-LAMP", {"OFF", "0"}}};
+struct home_state {
+    std::map<std::string, home_element, std::less<>> elements{
+        {"KITCHEN-THERMOSTAT", {"ON", "21.5"}}, {"LIVING-LAMP", {"OFF", "0"}}};
     std::map<std::string, std::string, std::less<>> sessions{
         {std::string(FIRST_USER.session), std::string(FIRST_USER.name)}};
-    std::map<std::string, Neighbour, std::less<>> neighbours; ///< by unique identifier
-    std::map<ScheduleKey, std::string> schedules;
+    std::map<std::string, home_neighbour, std::less<>> neighbours; ///< by unique identifier
+    std::map<schedule_place, std::string> schedules;
     std::deque<std::string> messages;
     std::string configuration; ///< the last uploaded configuration file
     std::map<std::string_view, std::size_t> statuses_given; ///< by daemon, of those it was told

@@ -25,7 +25,7 @@ constexpr std::array PASSED_HEADERS{"Content-Type", "SOAPAction", "User-Agent", 
                                     "Cookie"};
 
 /// The answer before it is written as bytes.
-struct HttpAnswer {
+struct http_answer {
     unsigned status;
     std::string body = {};
     const char *type = nullptr;
@@ -33,8 +33,8 @@ struct HttpAnswer {
 };
 
 /// What the bytes so far say: each time from their start, which keeps nothing between them.
-struct Reading {
-    explicit Reading(std::string_view received) {
+struct http_reading {
+    explicit http_reading(std::string_view received) {
         parser.eager(true);
         parser.header_limit(HEAD_LIMIT);
         parser.body_limit(HTTP_BODY_LIMIT);
@@ -63,7 +63,7 @@ std::string complain_about_headers(const http::fields &fields) {
     return "";
 }
 
-std::string describe_call(const ServiceCall &call) {
+std::string describe_call(const service_call &call) {
     std::string text(call.operation->name);
     for (std::size_t i = 0; i < call.values.size(); ++i) {
         text += i == 0 ? " " : "|";
@@ -72,24 +72,24 @@ std::string describe_call(const ServiceCall &call) {
     return text;
 }
 
-HttpAnswer answer_fault(const Fault &fault, Exchange &exchange) {
+http_answer answer_fault(const soap_fault &fault, exchange_result &exchange) {
     exchange.outcome = "fault " + fault.code + " (" + show_value(fault.text) + ")";
     return {500, write_fault(fault), ANSWER_TYPE};
 }
 
-HttpAnswer answer_call(Conversation &conversation, const http::fields &fields,
-                       const std::string &body) {
-    Exchange &exchange = conversation.exchange;
+http_answer answer_call(daemon_conversation &conversation, const http::fields &fields,
+                        const std::string &body) {
+    exchange_result &exchange = conversation.exchange;
     const std::string complaint = complain_about_headers(fields);
     if (!complaint.empty()) {
         return answer_fault({"Client", complaint}, exchange);
     }
     const auto read = read_envelope(body);
-    if (const auto *fault = std::get_if<Fault>(&read)) {
+    if (const auto *fault = std::get_if<soap_fault>(&read)) {
         return answer_fault(*fault, exchange);
     }
-    const auto &call = std::get<ServiceCall>(read);
-    ResponseFields response;
+    const auto &call = std::get<service_call>(read);
+    response_fields response;
     const int error = run_operation(conversation.home, call, response);
     const std::string status =
         format_status(conversation.daemon, choose_status(conversation, error));
@@ -106,18 +106,21 @@ HttpAnswer answer_call(Conversation &conversation, const http::fields &fields,
 
 /// Lets only those in who name this machine: a page from elsewhere whose name was made to lead
 /// here must not read the home. The answer to /events is only the sign to start streaming.
-HttpAnswer answer_watcher(Conversation &conversation, const http::fields &fields, bool page) {
+http_answer answer_watcher(daemon_conversation &conversation, const http::fields &fields,
+                           bool page) {
     const std::string &origin = conversation.home.origin;
     const std::string host = "http://" + header_value(fields, "Host");
     if (host != origin && host != "http://localhost" + origin.substr(origin.rfind(':'))) {
         return {403};
     }
-    conversation.exchange.audience = page ? Audience::page : Audience::events;
-    return page ? HttpAnswer{200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY}
-                : HttpAnswer{200};
+    conversation.exchange.audience = page ? audience_kind::PAGE : audience_kind::EVENTS;
+    return page
+               ? http_answer{200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY}
+               : http_answer{200};
 }
 
-HttpAnswer route(Conversation &conversation, const http::request<http::string_body> &request) {
+http_answer route(daemon_conversation &conversation,
+                  const http::request<http::string_body> &request) {
     const std::string &path = conversation.exchange.web.path;
     const bool fetches =
         request.method() == http::verb::get || request.method() == http::verb::head;
@@ -133,10 +136,10 @@ HttpAnswer route(Conversation &conversation, const http::request<http::string_bo
     return {404};
 }
 
-WebRequest web_request(const http::request<http::string_body> &request) {
+passed_request web_request(const http::request<http::string_body> &request) {
     const auto method = request.method_string();
     const std::string target(request.target().data(), request.target().size());
-    WebRequest web{{method.data(), method.size()}, target.substr(0, target.find('?')), {}, {}};
+    passed_request web{{method.data(), method.size()}, target.substr(0, target.find('?')), {}, {}};
     web.body = request.body();
     for (const char *name : PASSED_HEADERS) {
         if (request.find(name) != request.end()) {
@@ -146,7 +149,7 @@ WebRequest web_request(const http::request<http::string_body> &request) {
     return web;
 }
 
-std::string write_answer(const HttpAnswer &answer, bool with_body) {
+std::string write_answer(const http_answer &answer, bool with_body) {
     const auto reason = http::obsolete_reason(http::int_to_status(answer.status));
     std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " ";
     text.append(reason.data(), reason.size()).append("\r\nConnection: close\r\nContent-Length: ");
@@ -162,25 +165,25 @@ std::string write_answer(const HttpAnswer &answer, bool with_body) {
 
 } // namespace
 
-Progress http_progress(std::string_view received) {
-    const Reading reading(received);
+request_progress http_progress(std::string_view received) {
+    const http_reading reading(received);
     const bool unfinished = !reading.error && !reading.parser.is_done();
     // What is too long is read on, up to the limit: a client that still sends sees no answer.
     if (reading.error != http::error::need_more && reading.error != http::error::body_limit &&
         !unfinished) {
-        return Progress::whole;
+        return request_progress::WHOLE;
     }
     const bool asks_first =
         unfinished && header_value(reading.parser.get(), "Expect") == "100-continue";
-    return asks_first ? Progress::awaits_continue : Progress::incomplete;
+    return asks_first ? request_progress::AWAITS_CONTINUE : request_progress::INCOMPLETE;
 }
 
-void answer_http(Conversation &conversation) {
-    Exchange &exchange = conversation.exchange;
-    const Reading reading(conversation.received);
+void answer_http(daemon_conversation &conversation) {
+    exchange_result &exchange = conversation.exchange;
+    const http_reading reading(conversation.received);
     const auto &request = reading.parser.get();
     const bool too_long = reading.error == http::error::body_limit;
-    HttpAnswer answer{too_long ? 413U : 400U};
+    http_answer answer{too_long ? 413U : 400U};
     if ((reading.parser.is_header_done() || too_long) && request.method() != http::verb::unknown) {
         exchange.web = web_request(request);
         exchange.request = exchange.web.method + " " + show_value(exchange.web.path);
@@ -192,7 +195,7 @@ void answer_http(Conversation &conversation) {
     }
     if (exchange.outcome.empty()) {
         exchange.outcome = "HTTP " + std::to_string(answer.status);
-        if (conversation.arrival != Arrival::data) {
+        if (conversation.arrival != arrival_kind::DATA) {
             exchange.outcome += std::string(" (") + describe_arrival(conversation.arrival) + ")";
         }
     }

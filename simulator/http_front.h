@@ -12,7 +12,7 @@ inline constexpr const char *SERVICE_PATH = "/cgi-bin/lumows";
 inline constexpr std::size_t HTTP_BODY_LIMIT = std::size_t{4} * 1024 * 1024;
 
 /// How far a request has come.
-Progress http_progress(std::string_view received);
+request_progress http_progress(std::string_view received);
 
 /// Makes the answer to an HTTP request.
-void answer_http(Conversation &conversation);
+void answer_http(daemon_conversation &conversation);

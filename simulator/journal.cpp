@@ -8,7 +8,7 @@
 namespace {
 
 /// What a recording holds of an entry: its lines as the log prints them with the answer's bytes.
-std::string recorded_lines(const Entry &entry) {
+std::string recorded_lines(const journal_entry &entry) {
     std::string lines = entry_words(entry) + "\n";
     if (entry.answer) {
         lines += bytes_words(*entry.daemon, "->", *entry.answer) + "\n";
@@ -18,19 +18,20 @@ std::string recorded_lines(const Entry &entry) {
 
 } // namespace
 
-std::string request_words(const Entry &entry) {
+std::string request_words(const journal_entry &entry) {
     return std::string(entry.daemon->label) + ": " + entry.request;
 }
 
-std::string entry_words(const Entry &entry) {
+std::string entry_words(const journal_entry &entry) {
     return request_words(entry).append(ARROW).append(entry.outcome);
 }
 
-std::string bytes_words(const Daemon &daemon, std::string_view direction, std::string_view bytes) {
+std::string bytes_words(const daemon_row &daemon, std::string_view direction,
+                        std::string_view bytes) {
     return std::string(daemon.label).append(" ").append(direction) + " " + quote_bytes(bytes);
 }
 
-void add_entry(Journal &journal, Entry entry) {
+void add_entry(request_journal &journal, journal_entry entry) {
     print_log({"request",
                entry.daemon->key,
                entry_words(entry),
@@ -39,7 +40,7 @@ void add_entry(Journal &journal, Entry entry) {
         std::fputs(recorded_lines(entry).c_str(), journal.recording);
         std::fflush(journal.recording);
     }
-    Latest &latest = journal.latest[row_of(*entry.daemon)];
+    latest_requests &latest = journal.latest[row_of(*entry.daemon)];
     latest.asked++;
     latest.entries.push_front({entry.daemon, entry.request, entry.outcome, {}});
     if (latest.entries.size() > LATEST_ENTRIES) {
@@ -53,13 +54,13 @@ void add_entry(Journal &journal, Entry entry) {
     }
 }
 
-bool start_recording(Journal &journal, const std::string &path) {
+bool start_recording(request_journal &journal, const std::string &path) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     journal.recording = file < 0 ? nullptr : fdopen(file, "w");
     return journal.recording != nullptr;
 }
 
-bool end_recording(Journal &journal) {
+bool end_recording(request_journal &journal) {
     if (journal.recording == nullptr) {
         return true;
     }

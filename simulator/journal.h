@@ -12,8 +12,8 @@
 #include <vector>
 
 /// One request and what was answered.
-struct Entry {
-    const Daemon *daemon;
+struct journal_entry {
+    const daemon_row *daemon;
     std::string request;               ///< in words
     std::string outcome;               ///< in words
     std::optional<std::string> answer; ///< its bytes; nothing when it was closed without one
@@ -29,33 +29,34 @@ inline constexpr std::string_view ARROW = " -> ";
 inline constexpr std::size_t LATEST_ENTRIES = 5;
 
 /// What one daemon was asked of late.
-struct Latest {
+struct latest_requests {
     std::size_t asked = 0;
-    std::deque<Entry> entries; ///< the newest first
+    std::deque<journal_entry> entries; ///< the newest first
 };
 
-struct Journal {
-    bool keep = false;          ///< whether all entries are kept
-    std::vector<Entry> entries; ///< all of them, in order
-    std::vector<Latest> latest = std::vector<Latest>(DAEMONS.size());
+struct request_journal {
+    bool keep = false;                  ///< whether all entries are kept
+    std::vector<journal_entry> entries; ///< all of them, in order
+    std::vector<latest_requests> latest = std::vector<latest_requests>(DAEMONS.size());
     std::FILE *recording = nullptr;
     std::function<void()> watch; ///< told of each entry
 };
 
 /// The request as the log prints it, without its outcome, such as "EIB: SENDEIB... a|b".
-std::string request_words(const Entry &entry);
+std::string request_words(const journal_entry &entry);
 
 /// The line of the log.
-std::string entry_words(const Entry &entry);
+std::string entry_words(const journal_entry &entry);
 
 /// Bytes as the log prints them, such as EIB -> "Response Status: EIBG-000\n".
-std::string bytes_words(const Daemon &daemon, std::string_view direction, std::string_view bytes);
+std::string bytes_words(const daemon_row &daemon, std::string_view direction,
+                        std::string_view bytes);
 
 /// Prints the entry, and does with it what else there is to do.
-void add_entry(Journal &journal, Entry entry);
+void add_entry(request_journal &journal, journal_entry entry);
 
 /// Starts recording into a new file that only its owner can read; false when it cannot be made.
-bool start_recording(Journal &journal, const std::string &path);
+bool start_recording(request_journal &journal, const std::string &path);
 
 /// Ends recording; false when something could not be written.
-bool end_recording(Journal &journal);
+bool end_recording(request_journal &journal);

@@ -22,18 +22,9 @@ std::string error_text(const std::string &what) {
     return what + ": " + std::strerror(errno); // NOLINT(concurrency-mt-unsafe): one thread yet
 }
 
-std::string take_directory(const std::string &directory) {
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error || !std::filesystem::is_directory(directory, error)) {
-        return "cannot make the directory " + directory + "; choose another with --directory";
-    }
-    return "";
-}
-
 /// Takes the lock. The file is removed by the holder at its end, so a lock that was got on a
 /// file that is no longer there counts for nothing and is tried again.
-std::string take_lock(const std::string &directory, Listeners &listeners) {
+std::string take_lock(const std::string &directory, listener_set &listeners) {
     const std::string path = directory + "/" + LOCK_FILE;
     while (true) {
         const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
@@ -58,7 +49,8 @@ std::string take_lock(const std::string &directory, Listeners &listeners) {
 }
 
 /// Makes way for a socket file: removes one that nobody listens on any more.
-std::string clear_path(Loop &loop, const std::string &path, const Protocol::endpoint &place) {
+std::string clear_path(event_loop &loop, const std::string &path,
+                       const any_protocol::endpoint &place) {
     struct stat found {};
     if (lstat(path.c_str(), &found) != 0) {
         return errno == ENOENT ? "" : error_text("cannot look at " + path);
@@ -66,7 +58,7 @@ std::string clear_path(Loop &loop, const std::string &path, const Protocol::endp
     if (!S_ISSOCK(found.st_mode)) {
         return path + " is not a socket; remove it or choose another directory with --directory";
     }
-    Socket probe(loop.context, place.protocol());
+    stream_socket probe(loop.context, place.protocol());
     probe.non_blocking(true);
     error_code error;
     probe.connect(place, error);
@@ -78,7 +70,8 @@ std::string clear_path(Loop &loop, const std::string &path, const Protocol::endp
 
 /// Binds and lets it listen, unless its daemon refuses connections: bound alone, the system
 /// refuses them.
-error_code start_listening(Acceptor &acceptor, const Protocol::endpoint &place, bool refuses) {
+error_code start_listening(stream_acceptor &acceptor, const any_protocol::endpoint &place,
+                           bool refuses) {
     error_code error;
     acceptor.open(place.protocol(), error);
     if (!error) {
@@ -93,8 +86,8 @@ error_code start_listening(Acceptor &acceptor, const Protocol::endpoint &place, 
     return error;
 }
 
-std::string open_unix(Loop &loop, const Settings &settings, const Daemon &daemon,
-                      Listeners &listeners) {
+std::string open_unix(event_loop &loop, const simulator_settings &settings,
+                      const daemon_row &daemon, listener_set &listeners) {
     const std::string path = settings.directory + "/" + std::string(daemon.socket_file);
     if (path.size() >= sizeof(sockaddr_un::sun_path)) {
         return path + " is too long for a socket; choose a shorter one with --directory";
@@ -104,7 +97,7 @@ std::string open_unix(Loop &loop, const Settings &settings, const Daemon &daemon
     if (!complaint.empty()) {
         return complaint;
     }
-    Acceptor acceptor(loop.context);
+    stream_acceptor acceptor(loop.context);
     const error_code error =
         start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
     if (error) {
@@ -116,11 +109,11 @@ std::string open_unix(Loop &loop, const Settings &settings, const Daemon &daemon
     return "";
 }
 
-std::string open_tcp(Loop &loop, const Settings &settings, const Daemon &daemon,
-                     Listeners &listeners) {
+std::string open_tcp(event_loop &loop, const simulator_settings &settings, const daemon_row &daemon,
+                     listener_set &listeners) {
     const asio::ip::tcp::endpoint place(asio::ip::address_v4::loopback(),
                                         static_cast<unsigned short>(settings.port));
-    Acceptor acceptor(loop.context);
+    stream_acceptor acceptor(loop.context);
     const error_code error =
         start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
     if (error) {
@@ -129,39 +122,38 @@ std::string open_tcp(Loop &loop, const Settings &settings, const Daemon &daemon,
                "; choose another with --port (0 for any free one)";
     }
     asio::ip::tcp::endpoint taken;
-    const Protocol::endpoint generic = acceptor.local_endpoint();
+    const any_protocol::endpoint generic = acceptor.local_endpoint();
     std::memcpy(taken.data(), generic.data(), generic.size());
     listeners.origin = "http://127.0.0.1:" + std::to_string(taken.port());
     listeners.rows.push_back({&daemon, std::move(acceptor), "", 0, 0});
     return "";
 }
 
-std::string open_all(Loop &loop, const Settings &settings, Listeners &listeners) {
-    std::string complaint = take_directory(settings.directory);
-    if (complaint.empty()) {
-        complaint = take_lock(settings.directory, listeners);
+} // namespace
+
+std::string open_listeners(event_loop &loop, const simulator_settings &settings,
+                           listener_set &listeners) {
+    std::error_code error;
+    std::filesystem::create_directories(settings.directory, error);
+    if (error || !std::filesystem::is_directory(settings.directory, error)) {
+        return "cannot make the directory " + settings.directory +
+               "; choose another with --directory";
     }
-    for (const Daemon &daemon : DAEMONS) {
+    std::string complaint = take_lock(settings.directory, listeners);
+    for (const daemon_row &daemon : DAEMONS) {
         if (complaint.empty()) {
             complaint = daemon.socket_file.empty() ? open_tcp(loop, settings, daemon, listeners)
                                                    : open_unix(loop, settings, daemon, listeners);
         }
     }
-    return complaint;
-}
-
-} // namespace
-
-std::string open_listeners(Loop &loop, const Settings &settings, Listeners &listeners) {
-    std::string complaint = open_all(loop, settings, listeners);
     if (!complaint.empty()) {
         close_listeners(listeners);
     }
     return complaint;
 }
 
-void close_listeners(Listeners &listeners) {
-    for (const Listener &row : listeners.rows) {
+void close_listeners(listener_set &listeners) {
+    for (const daemon_listener &row : listeners.rows) {
         struct stat found {};
         if (!row.path.empty() && lstat(row.path.c_str(), &found) == 0 &&
             found.st_dev == row.device && found.st_ino == row.inode) {

@@ -10,26 +10,27 @@
 #include <sys/types.h>
 #include <vector>
 
-using Acceptor = asio::basic_socket_acceptor<Protocol, Executor>;
+using stream_acceptor = asio::basic_socket_acceptor<any_protocol, loop_executor>;
 
-struct Listener {
-    const Daemon *daemon;
-    Acceptor acceptor;
+struct daemon_listener {
+    const daemon_row *daemon;
+    stream_acceptor acceptor;
     std::string path; ///< socket file; empty for the TCP port
     dev_t device;     ///< device and inode of the socket file, to remove no other
     ino_t inode;
 };
 
-struct Listeners {
+struct listener_set {
     int lock = -1;
     std::string lock_path;
-    std::vector<Listener> rows; ///< in the order of DAEMONS
-    std::string origin;         ///< address of the web service, such as http://127.0.0.1:8080
+    std::vector<daemon_listener> rows; ///< in the order of DAEMONS
+    std::string origin; ///< address of the web service, such as http://127.0.0.1:8080
 };
 
 /// Opens everything. Returns what went wrong and what to do, with everything removed again;
 /// empty when all listen.
-std::string open_listeners(Loop &loop, const Settings &settings, Listeners &listeners);
+std::string open_listeners(event_loop &loop, const simulator_settings &settings,
+                           listener_set &listeners);
 
 /// Closes everything and removes the files.
-void close_listeners(Listeners &listeners);
+void close_listeners(listener_set &listeners);

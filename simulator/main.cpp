@@ -9,8 +9,6 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -27,22 +25,17 @@ int complain(const std::string &complaint) {
     return EXIT_CANNOT_START;
 }
 
-std::string load_state(const std::string &path, Home &home) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    if (!file.is_open() || file.bad()) {
-        return "cannot read " + path;
-    }
-    const std::string complaint = read_state(text, home);
-    return complaint.empty() ? "" : path + ": " + complaint;
-}
-
 /// Reads the files that are there at the start, and opens the recording. Returns what went wrong.
-std::string prepare(Bench &bench, std::vector<ListedRequest> &expected) {
-    const Settings &settings = bench.settings;
+std::string prepare(test_bench &bench, std::vector<listed_request> &expected) {
+    const simulator_settings &settings = bench.settings;
     std::string complaint;
     if (!settings.state_file.empty()) {
-        complaint = load_state(settings.state_file, bench.home);
+        const auto text = file_bytes(settings.state_file);
+        complaint = text ? read_state(*text, bench.home) : "";
+        if (!text || !complaint.empty()) {
+            return text ? settings.state_file + ": " + complaint
+                        : "cannot read " + settings.state_file;
+        }
     }
     for (const std::string &session : settings.sessions) {
         bench.home.sessions[session] = FIRST_USER.name;
@@ -62,8 +55,8 @@ std::string prepare(Bench &bench, std::vector<ListedRequest> &expected) {
 }
 
 /// Writes what is left to write after the last request. Returns the exit status.
-int conclude(Bench &bench, const std::vector<ListedRequest> &expected) {
-    const Settings &settings = bench.settings;
+int conclude(test_bench &bench, const std::vector<listed_request> &expected) {
+    const simulator_settings &settings = bench.settings;
     int status = EXIT_STOPPED;
     if (!settings.expect_file.empty() &&
         !report_comparison(settings, expected, bench.journal.entries)) {
@@ -82,12 +75,12 @@ int conclude(Bench &bench, const std::vector<ListedRequest> &expected) {
     return status;
 }
 
-int run(const Settings &settings) {
+int run(const simulator_settings &settings) {
     // A reader of the log that went away is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
     choose_log_format(settings.log_format);
-    Bench bench{settings};
-    std::vector<ListedRequest> expected;
+    test_bench bench{settings};
+    std::vector<listed_request> expected;
     std::string complaint = prepare(bench, expected);
     if (complaint.empty()) {
         complaint = serve(bench);
@@ -96,7 +89,7 @@ int run(const Settings &settings) {
 }
 
 int start(const std::vector<std::string> &arguments) {
-    Settings settings;
+    simulator_settings settings;
     const std::string complaint = read_options(arguments, settings);
     if (!complaint.empty()) {
         std::fprintf(stderr, "lumosim: %s\nTry 'lumosim --help'.\n", complaint.c_str());

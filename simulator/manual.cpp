@@ -15,7 +15,7 @@
 namespace {
 
 /// An option as the page writes it: --delay DAEMON=MS is "Fl -delay Ar daemon Ns = Ns Ar ms".
-std::string option_macro(const Option &option) {
+std::string option_macro(const option_row &option) {
     std::string macro = "Fl " + std::string(option.name.substr(1));
     if (!option.argument.empty()) {
         macro += " Ar ";
@@ -30,7 +30,7 @@ std::string option_macro(const Option &option) {
 std::string synopsis() {
     std::string serving;
     std::string alone;
-    for (const Option &option : OPTIONS) {
+    for (const option_row &option : OPTIONS) {
         if (option.alone) {
             alone += (alone.empty() ? "\n.Nm\n." : " | ") + option_macro(option);
         } else {
@@ -40,13 +40,13 @@ std::string synopsis() {
     return serving + alone;
 }
 
-using Cells = std::vector<std::string_view>;
+using table_cells = std::vector<std::string_view>;
 
 /// A table below its headings; each column is as wide as its longest cell.
-std::string table(const std::vector<Cells> &rows) {
-    Cells widest = rows[0];
+std::string table(const std::vector<table_cells> &rows) {
+    table_cells widest = rows[0];
     std::string lines;
-    for (const Cells &row : rows) {
+    for (const table_cells &row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             widest[i] = row[i].size() > widest[i].size() ? row[i] : widest[i];
             lines.append(i == 0 ? "\n.It " : " Ta ").append(&row == rows.data() ? "Em " : "");
@@ -63,8 +63,8 @@ std::string table(const std::vector<Cells> &rows) {
 std::string daemons() {
     std::vector<std::string> statuses; // which the cells only look at
     statuses.reserve(DAEMONS.size());
-    std::vector<Cells> rows{{"daemon", "socket", "errors"}};
-    for (const Daemon &row : DAEMONS) {
+    std::vector<table_cells> rows{{"daemon", "socket", "errors"}};
+    for (const daemon_row &row : DAEMONS) {
         statuses.push_back(format_status(row, row.base));
         rows.push_back(
             {row.key, row.socket_file.empty() ? "TCP port" : row.socket_file, statuses.back()});
@@ -73,15 +73,15 @@ std::string daemons() {
 }
 
 std::string users() {
-    std::vector<Cells> rows{{"user", "password", "session"}};
-    for (const User &user : USERS) {
+    std::vector<table_cells> rows{{"user", "password", "session"}};
+    for (const user_account &user : USERS) {
         rows.push_back({user.name, user.password, user.session});
     }
     return table(rows);
 }
 
 std::string elements() {
-    const Home home;
+    const home_state home;
     std::string list;
     for (const auto &[name, element] : home.elements) {
         const char *separator = name == home.elements.rbegin()->first ? " and " : ", ";
@@ -90,27 +90,27 @@ std::string elements() {
     return list;
 }
 
-struct Filling {
+struct page_filling {
     const char *mark;
     std::string (*text)();
 };
 
-constexpr Filling FILLINGS[] = {
+constexpr page_filling FILLINGS[] = {
     {"@SYNOPSIS@", synopsis},
     {"@DAEMONS@", daemons},
     {"@USERS@", users},
     {"@FIRST_USER@", [] { return std::string(FIRST_USER.name); }},
     {"@ELEMENTS@", elements},
-    {"@DEFAULT_DIRECTORY@", [] { return Settings().directory; }},
-    {"@DEFAULT_PORT@", [] { return std::to_string(Settings().port); }},
-    {"@DEFAULT_PATIENCE@", [] { return std::to_string(Settings().patience); }},
+    {"@DEFAULT_DIRECTORY@", [] { return simulator_settings().directory; }},
+    {"@DEFAULT_PORT@", [] { return std::to_string(simulator_settings().port); }},
+    {"@DEFAULT_PATIENCE@", [] { return std::to_string(simulator_settings().patience); }},
     {"@SHOWN_BYTES@", [] { return std::to_string(SHOWN_VALUE_BYTES); }},
 };
 
 /// What the options do is told at length by hand; that none is forgotten is seen to here.
 void compare_options(const std::string &page) {
     std::string expected;
-    for (const Option &option : OPTIONS) {
+    for (const option_row &option : OPTIONS) {
         expected += ".It " + option_macro(option) + "\n";
     }
     std::string described;
@@ -125,7 +125,7 @@ void compare_options(const std::string &page) {
 }
 
 std::string fill(std::string page) {
-    for (const Filling &filling : FILLINGS) {
+    for (const page_filling &filling : FILLINGS) {
         const std::string mark = filling.mark;
         const std::string text = filling.text();
         std::size_t at = page.find(mark);

@@ -7,15 +7,14 @@
 
 #include <algorithm>
 
-using enum SessionRule;
-using Call = ServiceCall;
-using Fields = ResponseFields;
+using enum session_rule;
+using field_list = response_fields;
 
 namespace {
 
 constexpr char LIST_SEPARATOR = ';';
 
-std::string text(const Call &call, std::string_view child) {
+std::string text(const service_call &call, std::string_view child) {
     return std::string(request_value(call, child));
 }
 
@@ -26,25 +25,25 @@ void append_entry(std::string &list, std::string_view entry) {
     list += entry;
 }
 
-ScheduleKey schedule_key(const Call &call) {
+schedule_place schedule_key(const service_call &call) {
     return {text(call, "idobject"), text(call, "mode"), text(call, "type")};
 }
 
-int acknowledge(Home &, const Call &, Fields &) {
+int acknowledge(home_state &, const service_call &, field_list &) {
     return SERVICE_DONE;
 }
 
-int run_versioninfo(Home &, const Call &, Fields &fields) {
+int run_versioninfo(home_state &, const service_call &, field_list &fields) {
     fields["version"] = "LUMOSIM Version: " LUMOSIM_VERSION " - ";
     return SERVICE_DONE;
 }
 
-int run_systeminfo(Home &, const Call &, Fields &fields) {
+int run_systeminfo(home_state &, const service_call &, field_list &fields) {
     fields["systemcode"] = "LUMOSIM";
     return SERVICE_DONE;
 }
 
-int run_getelementstatus(Home &home, const Call &call, Fields &fields) {
+int run_getelementstatus(home_state &home, const service_call &call, field_list &fields) {
     const auto found = home.elements.find(request_value(call, "idobject"));
     if (found == home.elements.end()) {
         return SERVICE_NOT_FOUND;
@@ -54,14 +53,14 @@ int run_getelementstatus(Home &home, const Call &call, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_getelementstatusarray(Home &home, const Call &call, Fields &fields) {
+int run_getelementstatusarray(home_state &home, const service_call &call, field_list &fields) {
     std::string wanted = text(call, "idobjects");
     if (wanted.empty()) { // the usual client leaves the list out
         for (const auto &[name, element] : home.elements) {
             append_entry(wanted, name);
         }
     }
-    Fields lists;
+    field_list lists;
     for (const std::string_view name : split_text(wanted, LIST_SEPARATOR)) {
         const auto found = home.elements.find(name);
         if (found == home.elements.end()) {
@@ -74,9 +73,9 @@ int run_getelementstatusarray(Home &home, const Call &call, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_runonelement(Home &home, const Call &call, Fields &) {
+int run_runonelement(home_state &home, const service_call &call, field_list &) {
     const std::string name = text(call, "idobject");
-    Element &element = home.elements[name];
+    home_element &element = home.elements[name];
     element = {text(call, "operation"), text(call, "payload")};
     home.messages.push_back(name + " " + element.status + " " + element.value);
     if (home.messages.size() > KEPT_MESSAGES) {
@@ -85,24 +84,24 @@ int run_runonelement(Home &home, const Call &call, Fields &) {
     return SERVICE_DONE;
 }
 
-int run_elementhaschanged(Home &home, const Call &call, Fields &fields) {
+int run_elementhaschanged(home_state &home, const service_call &call, field_list &fields) {
     fields["currentvalue"] = text(call, "currentvalue");
     home.elements[text(call, "idobject")].value = fields["currentvalue"];
     return SERVICE_DONE;
 }
 
-int run_uploadlumolfile(Home &home, const Call &call, Fields &) {
+int run_uploadlumolfile(home_state &home, const service_call &call, field_list &) {
     home.configuration = text(call, "lumolfile");
     return SERVICE_DONE;
 }
 
-int run_retrieveconfiguration(Home &home, const Call &, Fields &fields) {
+int run_retrieveconfiguration(home_state &home, const service_call &, field_list &fields) {
     fields["url"] = home.origin + "/configuration";
     return SERVICE_DONE;
 }
 
-int run_login(Home &home, const Call &call, Fields &fields) {
-    for (const User &user : USERS) {
+int run_login(home_state &home, const service_call &call, field_list &fields) {
+    for (const user_account &user : USERS) {
         if (user.name == text(call, "user") && user.password == text(call, "pass")) {
             home.sessions[std::string(user.session)] = user.name;
             fields[REMARK] = "session " + std::string(user.session);
@@ -112,13 +111,13 @@ int run_login(Home &home, const Call &call, Fields &fields) {
     return SERVICE_REFUSED;
 }
 
-int run_checklogged(Home &home, const Call &call, Fields &) {
+int run_checklogged(home_state &home, const service_call &call, field_list &) {
     const auto found = home.sessions.find(request_value(call, "sessionid"));
     const bool owner = found != home.sessions.end() && found->second == text(call, "username");
     return owner ? SERVICE_DONE : SERVICE_NO_SESSION;
 }
 
-int run_retrievemessages(Home &home, const Call &call, Fields &fields) {
+int run_retrievemessages(home_state &home, const service_call &call, field_list &fields) {
     const auto asked = read_number(request_value(call, "count"), 1, 1 << 30);
     const std::size_t kept = home.messages.size();
     const std::size_t count = asked ? std::min(kept, static_cast<std::size_t>(*asked)) : kept;
@@ -129,7 +128,7 @@ int run_retrievemessages(Home &home, const Call &call, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_search4neighbours(Home &home, const Call &, Fields &fields) {
+int run_search4neighbours(home_state &home, const service_call &, field_list &fields) {
     for (const auto &[uid, neighbour] : home.neighbours) {
         append_entry(fields["neighbourlist"], uid + "," + neighbour.name + "," + neighbour.address +
                                                   "," + neighbour.port + "," + neighbour.optionals);
@@ -137,20 +136,20 @@ int run_search4neighbours(Home &home, const Call &, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_attach2neighbour(Home &home, const Call &call, Fields &) {
+int run_attach2neighbour(home_state &home, const service_call &call, field_list &) {
     home.neighbours[text(call, "neighbouruid")] = {text(call, "neighbourname"),
                                                    text(call, "remoteip"), text(call, "remoteport"),
                                                    text(call, "neighbouroptionals")};
     return SERVICE_DONE;
 }
 
-int run_detach2neighbour(Home &home, const Call &call, Fields &) {
+int run_detach2neighbour(home_state &home, const service_call &call, field_list &) {
     return home.neighbours.erase(text(call, "neighbouruid")) != 0 ? SERVICE_DONE
                                                                   : SERVICE_NOT_FOUND;
 }
 
 /// A neighbour is simulated as a mirror of this home: its interfaces are the same elements.
-int run_discover2neighbour(Home &home, const Call &call, Fields &fields) {
+int run_discover2neighbour(home_state &home, const service_call &call, field_list &fields) {
     if (!home.neighbours.contains(request_value(call, "neighbouruid"))) {
         return SERVICE_NOT_FOUND;
     }
@@ -165,7 +164,7 @@ int run_discover2neighbour(Home &home, const Call &call, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_openobjectchannel(Home &home, const Call &call, Fields &) {
+int run_openobjectchannel(home_state &home, const service_call &call, field_list &) {
     for (const auto &[uid, neighbour] : home.neighbours) {
         if (neighbour.address == text(call, "remoteip") &&
             neighbour.port == text(call, "remoteport")) {
@@ -176,7 +175,7 @@ int run_openobjectchannel(Home &home, const Call &call, Fields &) {
 }
 
 /// The reader of the simulated home always holds the same valid tag.
-int run_abbmacreadtagdata(Home &, const Call &, Fields &fields) {
+int run_abbmacreadtagdata(home_state &, const service_call &, field_list &fields) {
     // clang-format off
     fields = {{"tagnumber", "1"},        {"tagtype", "GUEST"}, {"tagtypeoptionals", "0"},
               {"tagplantcode", "0001"},  {"isblank", "0"},     {"hasvalidplantcode", "1"},
@@ -186,18 +185,18 @@ int run_abbmacreadtagdata(Home &, const Call &, Fields &fields) {
 }
 
 /// The simulated database answers every statement with the statement itself.
-int run_databasesocketoperation(Home &, const Call &call, Fields &fields) {
+int run_databasesocketoperation(home_state &, const service_call &call, field_list &fields) {
     fields["payload"] = text(call, "statement");
     fields["payload-len"] = std::to_string(fields["payload"].size());
     return SERVICE_DONE;
 }
 
-int run_settimeschedule(Home &home, const Call &call, Fields &) {
+int run_settimeschedule(home_state &home, const service_call &call, field_list &) {
     home.schedules[schedule_key(call)] = text(call, "schedule");
     return SERVICE_DONE;
 }
 
-int run_gettimeschedule(Home &home, const Call &call, Fields &fields) {
+int run_gettimeschedule(home_state &home, const service_call &call, field_list &fields) {
     const auto found = home.schedules.find(schedule_key(call));
     if (found == home.schedules.end()) {
         return SERVICE_NOT_FOUND;
@@ -206,11 +205,11 @@ int run_gettimeschedule(Home &home, const Call &call, Fields &fields) {
     return SERVICE_DONE;
 }
 
-int run_stopalarm(Home &, const Call &call, Fields &) {
+int run_stopalarm(home_state &, const service_call &call, field_list &) {
     return request_value(call, "pin") == ALARM_PIN ? SERVICE_DONE : SERVICE_REFUSED;
 }
 
-int run_getusergrants(Home &home, const Call &call, Fields &fields) {
+int run_getusergrants(home_state &home, const service_call &call, field_list &fields) {
     const int status = run_stopalarm(home, call, fields);
     fields["partializationgrants"] = status == SERVICE_DONE ? "PERIMETER;INSIDE" : "";
     return status;
@@ -219,65 +218,66 @@ int run_getusergrants(Home &home, const Call &call, Fields &fields) {
 // Spellings such as retrivefromdevice, objectID and the plural results are the service's own, and
 // result-len comes before result: clients match these names literally.
 // clang-format off
-constexpr Operation OPERATION_ROWS[] = {
-    {"service-versioninfo", "waittime", "result version", none, "", run_versioninfo},
-    {"service-systeminfo", "waittime", "result systemcode", none, "", run_systeminfo},
-    {"service-test", "waittime", "result", none, "", acknowledge},
-    {"service-getelementstatus", "sessionid idobject retrivefromdevice waittime", "result status currentvalue", known, "idobject", run_getelementstatus},
-    {"service-getelementstatusarray", "sessionid idobjects waittime", "result currentstate currentvalues", known, "", run_getelementstatusarray},
-    {"service-runonelement", "sessionid idobject operation payload optionals hashcode callsource waittime", "result", known_or_local, "idobject", run_runonelement},
-    {"service-installcrontab", "sessionid newcrontabfile waittime", "result", known, "newcrontabfile", acknowledge},
-    {"service-elementhaschanged", "idobject idcaller currentvalue waittime", "result currentvalue", none, "idobject", run_elementhaschanged},
-    {"service-swapondemand", "sessionid payload waittime", "result", known, "", acknowledge},
-    {"service-uploadlumolfile", "sessionid lumolfile waittime", "result", known, "lumolfile", run_uploadlumolfile},
-    {"service-objectcyclesavoidance", "idobject-source idobject-destination waittime", "result", none, "", acknowledge},
-    {"service-retrieveconfiguration", "sessionid waittime", "result url", known, "", run_retrieveconfiguration},
-    {"service-login", "user pass waittime", "result", none, "user", run_login},
-    {"service-retrievemessages", "sessionid type count from to waittime", "result messagecount message", known, "", run_retrievemessages},
-    {"service-flushondemand", "payload waittime", "result", none, "", acknowledge},
-    {"service-search4neighbours", "ipmcast port waittime", "result neighbourlist", none, "", run_search4neighbours},
-    {"service-attach2neighbour", "remoteip remoteport neighbouruid neighbourname neighbouroptionals waittime", "result", none, "neighbouruid", run_attach2neighbour},
-    {"service-detach2neighbour", "remoteip remoteport neighbouruid waittime", "result", none, "neighbouruid", run_detach2neighbour},
-    {"service-discover2neighbour", "remoteip remoteport neighbouruid waittime", "result interfacesidlist interfacesnamelist interfacestypelist interfacesvaluelist interfacesaccessmodelist", none, "neighbouruid", run_discover2neighbour},
-    {"service-openobjectchannel", "remoteip remoteport idremoteinterface nameremoteinterface typeremoteinterface idlocalinterface waittime", "result", none, "remoteip", run_openobjectchannel},
-    {"service-abbmacreadtagdata", "sessionid idobject waittime", "result tagnumber tagtype tagtypeoptionals tagplantcode isblank hasvalidplantcode expiredatetime ispresent", known, "idobject", run_abbmacreadtagdata},
-    {"service-databasesocketoperation", "clientaddress sessionid function type statement-len statement waittime", "result-len result payload-len payload", known, "", run_databasesocketoperation},
-    {"service-multidatabasesocketoperation", "clientaddress sessionid function type statement-len statement databaseport waittime", "result-len result payload-len payload", known, "", run_databasesocketoperation},
-    {"service-keltoclimateeventgettimeschedule", "sessionid idobject mode type weekday season waittime", "result schedule", known, "idobject", run_gettimeschedule},
-    {"service-keltoclimateeventsettimeschedule", "sessionid idobject mode type schedule waittime", "result", known, "idobject", run_settimeschedule},
-    {"service-keltosaigetusergrants", "sessionid pin waittime", "result partializationgrants", known, "pin", run_getusergrants},
-    {"service-keltosaistopalarm", "sessionid pin waittime", "result", known, "pin", run_stopalarm},
-    {"service-keltorunproducttests", "", "result", none, "", acknowledge},
-    {"service-rundailyschedule", "waittime", "result", none, "", acknowledge},
-    {"service-reloadalldailyschedule", "waittime", "result", none, "", acknowledge},
-    {"service-reloaddailyschedule", "objectID waittime", "result", none, "objectID", acknowledge},
-    {"service-logindatareload", "waittime", "results", none, "", acknowledge},
-    {"service-checklogged", "username sessionid waittime", "result", known, "username", run_checklogged},
+constexpr service_operation OPERATION_ROWS[] = {
+    {"service-versioninfo", "waittime", "result version", NONE, "", run_versioninfo},
+    {"service-systeminfo", "waittime", "result systemcode", NONE, "", run_systeminfo},
+    {"service-test", "waittime", "result", NONE, "", acknowledge},
+    {"service-getelementstatus", "sessionid idobject retrivefromdevice waittime", "result status currentvalue", KNOWN, "idobject", run_getelementstatus},
+    {"service-getelementstatusarray", "sessionid idobjects waittime", "result currentstate currentvalues", KNOWN, "", run_getelementstatusarray},
+    {"service-runonelement", "sessionid idobject operation payload optionals hashcode callsource waittime", "result", KNOWN_OR_LOCAL, "idobject", run_runonelement},
+    {"service-installcrontab", "sessionid newcrontabfile waittime", "result", KNOWN, "newcrontabfile", acknowledge},
+    {"service-elementhaschanged", "idobject idcaller currentvalue waittime", "result currentvalue", NONE, "idobject", run_elementhaschanged},
+    {"service-swapondemand", "sessionid payload waittime", "result", KNOWN, "", acknowledge},
+    {"service-uploadlumolfile", "sessionid lumolfile waittime", "result", KNOWN, "lumolfile", run_uploadlumolfile},
+    {"service-objectcyclesavoidance", "idobject-source idobject-destination waittime", "result", NONE, "", acknowledge},
+    {"service-retrieveconfiguration", "sessionid waittime", "result url", KNOWN, "", run_retrieveconfiguration},
+    {"service-login", "user pass waittime", "result", NONE, "user", run_login},
+    {"service-retrievemessages", "sessionid type count from to waittime", "result messagecount message", KNOWN, "", run_retrievemessages},
+    {"service-flushondemand", "payload waittime", "result", NONE, "", acknowledge},
+    {"service-search4neighbours", "ipmcast port waittime", "result neighbourlist", NONE, "", run_search4neighbours},
+    {"service-attach2neighbour", "remoteip remoteport neighbouruid neighbourname neighbouroptionals waittime", "result", NONE, "neighbouruid", run_attach2neighbour},
+    {"service-detach2neighbour", "remoteip remoteport neighbouruid waittime", "result", NONE, "neighbouruid", run_detach2neighbour},
+    {"service-discover2neighbour", "remoteip remoteport neighbouruid waittime", "result interfacesidlist interfacesnamelist interfacestypelist interfacesvaluelist interfacesaccessmodelist", NONE, "neighbouruid", run_discover2neighbour},
+    {"service-openobjectchannel", "remoteip remoteport idremoteinterface nameremoteinterface typeremoteinterface idlocalinterface waittime", "result", NONE, "remoteip", run_openobjectchannel},
+    {"service-abbmacreadtagdata", "sessionid idobject waittime", "result tagnumber tagtype tagtypeoptionals tagplantcode isblank hasvalidplantcode expiredatetime ispresent", KNOWN, "idobject", run_abbmacreadtagdata},
+    {"service-databasesocketoperation", "clientaddress sessionid function type statement-len statement waittime", "result-len result payload-len payload", KNOWN, "", run_databasesocketoperation},
+    {"service-multidatabasesocketoperation", "clientaddress sessionid function type statement-len statement databaseport waittime", "result-len result payload-len payload", KNOWN, "", run_databasesocketoperation},
+    {"service-keltoclimateeventgettimeschedule", "sessionid idobject mode type weekday season waittime", "result schedule", KNOWN, "idobject", run_gettimeschedule},
+    {"service-keltoclimateeventsettimeschedule", "sessionid idobject mode type schedule waittime", "result", KNOWN, "idobject", run_settimeschedule},
+    {"service-keltosaigetusergrants", "sessionid pin waittime", "result partializationgrants", KNOWN, "pin", run_getusergrants},
+    {"service-keltosaistopalarm", "sessionid pin waittime", "result", KNOWN, "pin", run_stopalarm},
+    {"service-keltorunproducttests", "", "result", NONE, "", acknowledge},
+    {"service-rundailyschedule", "waittime", "result", NONE, "", acknowledge},
+    {"service-reloadalldailyschedule", "waittime", "result", NONE, "", acknowledge},
+    {"service-reloaddailyschedule", "objectID waittime", "result", NONE, "objectID", acknowledge},
+    {"service-logindatareload", "waittime", "results", NONE, "", acknowledge},
+    {"service-checklogged", "username sessionid waittime", "result", KNOWN, "username", run_checklogged},
 };
 // clang-format on
 
-bool session_is_open(const Home &home, const Call &call) {
-    const SessionRule rule = call.operation->session;
+bool session_is_open(const home_state &home, const service_call &call) {
+    const session_rule rule = call.operation->session;
     const std::string_view session = request_value(call, "sessionid");
-    return rule == none || home.sessions.contains(session) ||
-           (rule == known_or_local && session == LOCAL_SESSION);
+    return rule == NONE || home.sessions.contains(session) ||
+           (rule == KNOWN_OR_LOCAL && session == LOCAL_SESSION);
 }
 
 } // namespace
 
-constinit const std::span<const Operation> OPERATIONS = OPERATION_ROWS;
+constinit const std::span<const service_operation> OPERATIONS = OPERATION_ROWS;
 
 std::vector<std::string_view> child_names(std::string_view children) {
     return children.empty() ? std::vector<std::string_view>() : split_text(children, ' ');
 }
 
-const Operation *find_operation(std::string_view name) {
-    const auto found = std::find_if(OPERATIONS.begin(), OPERATIONS.end(),
-                                    [name](const Operation &row) { return row.name == name; });
+const service_operation *find_operation(std::string_view name) {
+    const auto found =
+        std::find_if(OPERATIONS.begin(), OPERATIONS.end(),
+                     [name](const service_operation &row) { return row.name == name; });
     return found == OPERATIONS.end() ? nullptr : &*found;
 }
 
-std::string_view request_value(const Call &call, std::string_view child) {
+std::string_view request_value(const service_call &call, std::string_view child) {
     const auto names = child_names(call.operation->request);
     const auto found = std::find(names.begin(), names.end(), child);
     const auto index = static_cast<std::size_t>(found - names.begin());
@@ -285,8 +285,8 @@ std::string_view request_value(const Call &call, std::string_view child) {
                                                             : std::string_view();
 }
 
-int run_operation(Home &home, const Call &call, Fields &fields) {
-    const Operation &operation = *call.operation;
+int run_operation(home_state &home, const service_call &call, field_list &fields) {
+    const service_operation &operation = *call.operation;
     if (!call.complaint.empty()) {
         return SERVICE_MALFORMED;
     }

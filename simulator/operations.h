@@ -15,7 +15,7 @@
 inline constexpr std::string_view SERVICE_NAMESPACE = "urn:xmethods-lumows";
 
 /// What an operation came to: 0, or an error number relative to the web service's base.
-enum ServiceStatus : int {
+enum service_status : int {
     SERVICE_DONE = 0,
     SERVICE_MALFORMED = 2,     ///< an unknown, repeated or misplaced child
     SERVICE_NO_SESSION = 3,    ///< the session is unknown or another user's
@@ -24,48 +24,48 @@ enum ServiceStatus : int {
     SERVICE_FIELD_MISSING = 6, ///< a field that the operation cannot do without is absent
 };
 
-enum class SessionRule {
-    none,          ///< no session child
-    known,         ///< the session must be open
-    known_or_local ///< requests from the controller itself may do without one
+enum class session_rule {
+    NONE,          ///< no session child
+    KNOWN,         ///< the session must be open
+    KNOWN_OR_LOCAL ///< requests from the controller itself may do without one
 };
 
-struct Operation;
+struct service_operation;
 
 /// One request, with its children in the operation's order; nothing for an absent child.
-struct ServiceCall {
-    const Operation *operation = nullptr;
+struct service_call {
+    const service_operation *operation = nullptr;
     std::vector<std::optional<std::string>> values;
     std::string complaint; ///< what is wrong with the children; empty for a proper request
 };
 
 /// Response children by name; those that are not set are answered empty. A field that is none of
 /// the operation's children is not answered.
-using ResponseFields = std::map<std::string_view, std::string>;
+using response_fields = std::map<std::string_view, std::string>;
 
 /// The field for a remark that belongs on the request line, and not into the answer.
 inline constexpr std::string_view REMARK = "(remark)";
 
-struct Operation {
+struct service_operation {
     std::string_view name;
     std::string_view request;  ///< its children in wire order, a blank between them
     std::string_view response; ///< likewise
-    SessionRule session;
+    session_rule session;
     std::string_view needed; ///< the request child that must be there and not empty, if any
-    int (*run)(Home &home, const ServiceCall &call, ResponseFields &response);
+    int (*run)(home_state &home, const service_call &call, response_fields &response);
 };
 
-extern const std::span<const Operation> OPERATIONS;
+extern const std::span<const service_operation> OPERATIONS;
 
 /// The names of a row's request or response children.
 std::vector<std::string_view> child_names(std::string_view children);
 
 /// The operation of this element name, null when there is none.
-const Operation *find_operation(std::string_view name);
+const service_operation *find_operation(std::string_view name);
 
 /// The value of a request child; empty when it is absent.
-std::string_view request_value(const ServiceCall &call, std::string_view child);
+std::string_view request_value(const service_call &call, std::string_view child);
 
 /// Checks children, session and needed field, then runs the operation. Returns a ServiceStatus;
 /// `response` holds the other children of a successful answer.
-int run_operation(Home &home, const ServiceCall &call, ResponseFields &response);
+int run_operation(home_state &home, const service_call &call, response_fields &response);

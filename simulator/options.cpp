@@ -8,16 +8,14 @@
 
 #include <algorithm>
 #include <climits>
-#include <fstream>
-#include <sstream>
 
 namespace {
 
 constexpr int LONGEST_WAIT = 3600 * 1000;
 
-using Text = const std::string &;
+using text_argument = const std::string &;
 
-std::string set_number(int &target, Text argument, int lowest, int highest) {
+std::string set_number(int &target, text_argument argument, int lowest, int highest) {
     const auto number = read_number(argument, lowest, highest);
     if (!number) {
         return "needs a number from " + std::to_string(lowest) + " to " + std::to_string(highest);
@@ -26,26 +24,28 @@ std::string set_number(int &target, Text argument, int lowest, int highest) {
     return "";
 }
 
-std::string set_name(std::string &target, Text argument, const char *needed) {
+std::string set_name(std::string &target, text_argument argument, const char *needed) {
     target = argument;
     return argument.empty() ? std::string("needs ") + needed : "";
 }
 
-template <std::string Settings::*target> std::string set_file(Settings &settings, Text argument) {
+template <std::string simulator_settings::*target>
+std::string set_file(simulator_settings &settings, text_argument argument) {
     return set_name(settings.*target, argument, "the name of a file");
 }
 
-template <std::string Settings::*target>
-std::string set_directory(Settings &settings, Text argument) {
+template <std::string simulator_settings::*target>
+std::string set_directory(simulator_settings &settings, text_argument argument) {
     return set_name(settings.*target, argument, "the name of a directory");
 }
 
-template <bool Settings::*target> std::string turn_on(Settings &settings, Text /*argument*/) {
+template <bool simulator_settings::*target>
+std::string turn_on(simulator_settings &settings, text_argument /*argument*/) {
     settings.*target = true;
     return "";
 }
 
-std::string set_statuses(Behaviour &told, Text text) {
+std::string set_statuses(told_behaviour &told, text_argument text) {
     told.statuses.clear();
     std::string complaint;
     for (const std::string_view number : split_text(text, ',')) {
@@ -57,77 +57,76 @@ std::string set_statuses(Behaviour &told, Text text) {
     return complaint;
 }
 
-std::string set_raw(Behaviour &told, Text text) {
+std::string set_raw(told_behaviour &told, text_argument text) {
     if (text.starts_with('@')) {
-        std::ifstream file(text.substr(1), std::ios::binary);
-        std::ostringstream bytes;
-        bytes << file.rdbuf();
-        told.raw = bytes.str();
-        return file.is_open() && !file.bad() ? "" : "names a file that cannot be read";
+        told.raw = file_bytes(text.substr(1));
+        return told.raw ? "" : "names a file that cannot be read";
     }
     told.raw = read_escapes(text);
     return told.raw ? "" : "has an escape other than \\n \\r \\t \\0 \\\\ \\\" \\xHH";
 }
 
-template <bool Behaviour::*target> std::string turn_on(Behaviour &told, Text /*text*/) {
+template <bool told_behaviour::*target>
+std::string turn_on(told_behaviour &told, text_argument /*text*/) {
     told.*target = true;
     return "";
 }
 
-std::string in_brackets(Text text) {
+std::string in_brackets(text_argument text) {
     return " [" + text + "]";
 }
 
 // clang-format off
-constexpr Option OPTION_ROWS[] = {
-    {"--directory", "DIR", "where the sockets are made", set_directory<&Settings::directory>, nullptr,
-     [] { return in_brackets(Settings().directory); }},
+constexpr option_row OPTION_ROWS[] = {
+    {"--directory", "DIR", "where the sockets are made", set_directory<&simulator_settings::directory>, nullptr,
+     [] { return in_brackets(simulator_settings().directory); }},
     {"--port", "N", "port of the web service, 0 for any free one",
-     [](Settings &settings, Text text) { return set_number(settings.port, text, 0, 65535); }, nullptr,
-     [] { return in_brackets(std::to_string(Settings().port)); }},
-    {"--ready-file", "FILE", "written when everything listens, removed at the end", set_file<&Settings::ready_file>},
+     [](simulator_settings &settings, text_argument text) { return set_number(settings.port, text, 0, 65535); }, nullptr,
+     [] { return in_brackets(std::to_string(simulator_settings().port)); }},
+    {"--ready-file", "FILE", "written when everything listens, removed at the end", set_file<&simulator_settings::ready_file>},
     {"--session", "ID", "opens one more session of the user",
-     [](Settings &settings, Text text) { return set_name(settings.sessions.emplace_back(), text, "a session identifier"); }, nullptr,
+     [](simulator_settings &settings, text_argument text) { return set_name(settings.sessions.emplace_back(), text, "a session identifier"); }, nullptr,
      [] { return " " + std::string(FIRST_USER.name); }},
     {"--patience", "MS", "time that a client has for its request",
-     [](Settings &settings, Text text) { return set_number(settings.patience, text, 1, LONGEST_WAIT); }, nullptr,
-     [] { return in_brackets(std::to_string(Settings().patience)); }},
-    {"--raw", "", "also prints the bytes of requests and answers", turn_on<&Settings::raw>},
+     [](simulator_settings &settings, text_argument text) { return set_number(settings.patience, text, 1, LONGEST_WAIT); }, nullptr,
+     [] { return in_brackets(std::to_string(simulator_settings().patience)); }},
+    {"--raw", "", "also prints the bytes of requests and answers", turn_on<&simulator_settings::raw>},
     {"--answer", "DAEMON=STATUS", "answers this status number", nullptr, set_statuses},
     {"--answer-raw", "DAEMON=TEXT", "answers these bytes, or those of a file: DAEMON=@FILE", nullptr, set_raw},
     {"--delay", "DAEMON=MS", "waits before the answer", nullptr,
-     [](Behaviour &told, Text text) { return set_number(told.delay, text, 0, LONGEST_WAIT); }},
-    {"--close", "DAEMON", "closes without an answer", nullptr, turn_on<&Behaviour::close>},
-    {"--refuse", "DAEMON", "refuses connections", nullptr, turn_on<&Behaviour::refuse>},
-    {"--expect", "FILE", "ends with 3 unless exactly the requests of this list came", set_file<&Settings::expect_file>},
-    {"--any-order", "", "lets them come in any order", turn_on<&Settings::any_order>},
-    {"--record", "FILE", "writes such a list", set_file<&Settings::record_file>},
-    {"--replay", "FILE", "answers as in such a list", set_file<&Settings::replay_file>},
-    {"--forward-sockets", "DIR", "asks the real daemons whose sockets are here", set_directory<&Settings::forward_directory>},
+     [](told_behaviour &told, text_argument text) { return set_number(told.delay, text, 0, LONGEST_WAIT); }},
+    {"--close", "DAEMON", "closes without an answer", nullptr, turn_on<&told_behaviour::close>},
+    {"--refuse", "DAEMON", "refuses connections", nullptr, turn_on<&told_behaviour::refuse>},
+    {"--expect", "FILE", "ends with 3 unless exactly the requests of this list came", set_file<&simulator_settings::expect_file>},
+    {"--any-order", "", "lets them come in any order", turn_on<&simulator_settings::any_order>},
+    {"--record", "FILE", "writes such a list", set_file<&simulator_settings::record_file>},
+    {"--replay", "FILE", "answers as in such a list", set_file<&simulator_settings::replay_file>},
+    {"--forward-sockets", "DIR", "asks the real daemons whose sockets are here", set_directory<&simulator_settings::forward_directory>},
     {"--forward-url", "URL", "asks the real web service",
-     [](Settings &settings, Text text) {
+     [](simulator_settings &settings, text_argument text) {
          settings.forward_url = text;
          return std::string(read_web_address(text) ? "" : "needs an address such as http://192.168.1.2:80/path");
      }},
-    {"--state", "FILE", "the home at the start, as JSON", set_file<&Settings::state_file>},
-    {"--state-out", "FILE", "written at the end; - prints it", set_file<&Settings::state_out_file>},
+    {"--state", "FILE", "the home at the start, as JSON", set_file<&simulator_settings::state_file>},
+    {"--state-out", "FILE", "written at the end; - prints it", set_file<&simulator_settings::state_out_file>},
     {"--log-format", "FORMAT", "text or json",
-     [](Settings &settings, Text text) {
-         settings.log_format = text == "json" ? LogFormat::json : LogFormat::text;
+     [](simulator_settings &settings, text_argument text) {
+         settings.log_format = text == "json" ? log_format_kind::JSON : log_format_kind::TEXT;
          return std::string(text == "json" || text == "text" ? "" : "needs text or json");
      }, nullptr, [] { return in_brackets("text"); }},
-    {"--help", "", "prints this text", turn_on<&Settings::help>, nullptr, nullptr, true},
-    {"--version", "", "prints the version", turn_on<&Settings::version>, nullptr, nullptr, true},
+    {"--help", "", "prints this text", turn_on<&simulator_settings::help>, nullptr, nullptr, true},
+    {"--version", "", "prints the version", turn_on<&simulator_settings::version>, nullptr, nullptr, true},
 };
 // clang-format on
 
 /// Tells a daemon what the two sides of DAEMON=TEXT say.
-std::string tell_daemon(const Option &option, Settings &settings, Text argument) {
+std::string tell_daemon(const option_row &option, simulator_settings &settings,
+                        text_argument argument) {
     const std::size_t equals = std::min(argument.find('='), argument.size());
-    const Daemon *daemon = find_daemon(argument.substr(0, equals));
+    const daemon_row *daemon = find_daemon(argument.substr(0, equals));
     if (daemon == nullptr) {
         std::string complaint = "names no daemon; write one of";
-        for (const Daemon &row : DAEMONS) {
+        for (const daemon_row &row : DAEMONS) {
             complaint.append(&row == DAEMONS.data() ? " " : ", ").append(row.key);
         }
         return complaint;
@@ -140,9 +139,9 @@ std::string tell_daemon(const Option &option, Settings &settings, Text argument)
 }
 
 /// A daemon answers in one way only.
-std::string find_conflict(const Settings &settings) {
-    for (const Daemon &daemon : DAEMONS) {
-        const Behaviour &told = settings.behaviours[row_of(daemon)];
+std::string find_conflict(const simulator_settings &settings) {
+    for (const daemon_row &daemon : DAEMONS) {
+        const told_behaviour &told = settings.behaviours[row_of(daemon)];
         if (!told.statuses.empty() + told.raw.has_value() + told.close + told.refuse > 1) {
             return "only one of --answer, --answer-raw, --close and --refuse can be given for " +
                    std::string(daemon.key);
@@ -160,14 +159,14 @@ std::string find_conflict(const Settings &settings) {
 
 } // namespace
 
-constinit const std::span<const Option> OPTIONS = OPTION_ROWS;
+constinit const std::span<const option_row> OPTIONS = OPTION_ROWS;
 
-std::string read_options(const std::vector<std::string> &arguments, Settings &settings) {
+std::string read_options(const std::vector<std::string> &arguments, simulator_settings &settings) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].find('=');
         const std::string name = arguments[i].substr(0, equals);
         const auto option = std::find_if(OPTIONS.begin(), OPTIONS.end(),
-                                         [&](const Option &row) { return row.name == name; });
+                                         [&](const option_row &row) { return row.name == name; });
         if (option == OPTIONS.end()) {
             return "unknown option '" + name + "'";
         }
@@ -199,7 +198,7 @@ std::string help_text() {
         "Simulates the daemons of a home-automation controller: FSMCore and the gateways on\n"
         "Unix sockets in one directory, the web service on 127.0.0.1. Prints a line per request.\n"
         "Stop it with Ctrl-C.\n\n";
-    for (const Option &option : OPTIONS) {
+    for (const option_row &option : OPTIONS) {
         std::string left = "  ";
         left.append(option.name).append(" ").append(option.argument);
         left.resize(std::max<std::size_t>(left.size() + 1, 30), ' ');
@@ -207,14 +206,14 @@ std::string help_text() {
         text += option.help_end == nullptr ? "\n" : option.help_end() + "\n";
     }
     text += "\nDAEMON is one of:\n ";
-    for (const Daemon &daemon : DAEMONS) {
+    for (const daemon_row &daemon : DAEMONS) {
         text.append(" ").append(daemon.key);
     }
     text +=
         "\nTEXT may hold \\n \\r \\t \\0 \\\\ \\\" and \\xHH; for soap it is the whole HTTP answer.\n"
         "STATUS may be several, such as 107,0: one for each request, the last one stays.\n"
         "\nUsers of the web service (password, session that a login opens):\n";
-    for (const User &user : USERS) {
+    for (const user_account &user : USERS) {
         text.append("  ").append(user.name).append(" (").append(user.password).append(", ");
         text.append(user.session).append(")\n");
     }

@@ -12,7 +12,7 @@
 
 #define LUMOSIM_VERSION "1.0.0"
 
-struct Settings {
+struct simulator_settings {
     std::string directory = "/tmp/lumosim";
     int port = 8080; ///< 0: chosen by the system
     std::string ready_file;
@@ -27,29 +27,29 @@ struct Settings {
     std::string forward_url;       ///< of its web service
     std::string state_file;
     std::string state_out_file; ///< "-": standard output
-    LogFormat log_format = LogFormat::text;
+    log_format_kind log_format = log_format_kind::TEXT;
     bool help = false;
     bool version = false;
     /// In the order of DAEMONS.
-    std::vector<Behaviour> behaviours = std::vector<Behaviour>(DAEMONS.size());
+    std::vector<told_behaviour> behaviours = std::vector<told_behaviour>(DAEMONS.size());
 };
 
-struct Option {
+struct option_row {
     std::string_view name;
     std::string_view argument; ///< empty: it takes none
     std::string_view help;
-    std::string (*apply)(Settings &settings, const std::string &argument);
-    std::string (*tell)(Behaviour &told,
+    std::string (*apply)(simulator_settings &settings, const std::string &argument);
+    std::string (*tell)(told_behaviour &told,
                         const std::string &text) = nullptr; ///< where it begins DAEMON
     std::string (*help_end)() = nullptr; ///< closes the help with what is stated elsewhere
     bool alone = false;                  ///< given to be told something, not to serve
 };
 
-extern const std::span<const Option> OPTIONS;
+extern const std::span<const option_row> OPTIONS;
 
 /// Fills the settings from the arguments after the program name. Returns what is wrong with
 /// them, empty when nothing is.
-std::string read_options(const std::vector<std::string> &arguments, Settings &settings);
+std::string read_options(const std::vector<std::string> &arguments, simulator_settings &settings);
 
 /// The text of --help.
 std::string help_text();

@@ -9,11 +9,11 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using json_value = nlohmann::ordered_json;
 
 /// What the daemon was told to do, in words; empty for a proper one.
-std::string told_words(const Settings &settings, const Daemon &daemon) {
-    const Behaviour &told = settings.behaviours[row_of(daemon)];
+std::string told_words(const simulator_settings &settings, const daemon_row &daemon) {
+    const told_behaviour &told = settings.behaviours[row_of(daemon)];
     std::string words;
     if (told.refuse) {
         words = "refuses connections";
@@ -36,8 +36,8 @@ std::string told_words(const Settings &settings, const Daemon &daemon) {
     return words;
 }
 
-Json elements_picture(const Home &home) {
-    Json list = Json::array();
+json_value elements_picture(const home_state &home) {
+    json_value list = json_value::array();
     for (const auto &[name, element] : home.elements) {
         list.push_back({{"key", name},
                         {"status", show_value(element.status)},
@@ -46,12 +46,12 @@ Json elements_picture(const Home &home) {
     return list;
 }
 
-Json daemons_picture(const Bench &bench) {
-    Json list = Json::array();
-    for (const Daemon &daemon : DAEMONS) {
-        const Latest &latest = bench.journal.latest[row_of(daemon)];
-        Json entries = Json::array();
-        for (const Entry &entry : latest.entries) {
+json_value daemons_picture(const test_bench &bench) {
+    json_value list = json_value::array();
+    for (const daemon_row &daemon : DAEMONS) {
+        const latest_requests &latest = bench.journal.latest[row_of(daemon)];
+        json_value entries = json_value::array();
+        for (const journal_entry &entry : latest.entries) {
             entries.push_back({{"request", entry.request}, {"outcome", entry.outcome}});
         }
         list.push_back({{"key", daemon.key},
@@ -71,8 +71,8 @@ std::string_view page_text() {
     return PAGE_TEXT;
 }
 
-std::string picture_event(const Bench &bench) {
-    const Json picture{{"elements", elements_picture(bench.home)},
-                       {"daemons", daemons_picture(bench)}};
-    return "data: " + picture.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n\n";
+std::string picture_event(const test_bench &bench) {
+    const json_value picture{{"elements", elements_picture(bench.home)},
+                             {"daemons", daemons_picture(bench)}};
+    return "data: " + picture.dump(-1, ' ', false, json_value::error_handler_t::replace) + "\n\n";
 }

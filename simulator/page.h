@@ -26,4 +26,4 @@ inline constexpr const char *STREAM_HEAD = "HTTP/1.1 200 OK\r\n"
 inline constexpr const char *STILL_HERE = ":\n\n";
 
 /// An event of the stream: what there is to see.
-std::string picture_event(const Bench &bench);
+std::string picture_event(const test_bench &bench);

@@ -11,7 +11,7 @@
 
 namespace {
 
-LogFormat chosen_format = LogFormat::text;
+log_format_kind chosen_format = log_format_kind::TEXT;
 
 /// The moment in universal time, such as 2026-11-21T08:15:00.250Z.
 std::string moment() {
@@ -28,7 +28,7 @@ std::string moment() {
     return whole.data();
 }
 
-std::string json_line(const LogLine &line) {
+std::string json_line(const log_line &line) {
     nlohmann::ordered_json object{{"time", moment()}, {"event", line.event}};
     if (!line.daemon.empty()) {
         object["daemon"] = line.daemon;
@@ -41,17 +41,23 @@ std::string json_line(const LogLine &line) {
 
 } // namespace
 
-void choose_log_format(LogFormat format) {
+void choose_log_format(log_format_kind format) {
     chosen_format = format;
 }
 
-void print_log(const LogLine &line) {
-    print_text((chosen_format == LogFormat::json ? json_line(line) : line.text) + "\n");
+void print_log(const log_line &line) {
+    print_text((chosen_format == log_format_kind::JSON ? json_line(line) : line.text) + "\n");
 }
 
 void print_text(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
+}
+
+std::optional<std::string> file_bytes(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    return file.is_open() && !file.bad() ? std::optional(bytes) : std::nullopt;
 }
 
 bool write_file(const std::string &path, const std::string &text) {

@@ -2,15 +2,16 @@
 // JSON objects.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-enum class LogFormat { text, json };
+enum class log_format_kind { TEXT, JSON };
 
 /// One line of the log.
-struct LogLine {
+struct log_line {
     std::string_view event;
     std::string_view daemon; ///< its name in options; empty: the line is about no single one
     std::string text;        ///< the line, where the log is text
@@ -18,10 +19,13 @@ struct LogLine {
 };
 
 /// Chosen once, before the first line.
-void choose_log_format(LogFormat format);
+void choose_log_format(log_format_kind format);
 
 /// Prints the line in the chosen format.
-void print_log(const LogLine &line);
+void print_log(const log_line &line);
+
+/// The bytes of a file; nothing when it cannot be read.
+std::optional<std::string> file_bytes(const std::string &path);
 
 /// Writes a file beside its place and renames it, so that whoever sees it sees all of it.
 bool write_file(const std::string &path, const std::string &text);

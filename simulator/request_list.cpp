@@ -26,10 +26,10 @@ bool tells_of_no_request(std::string_view after_label) {
 }
 
 /// Adds bytes to the last request of the daemon that has none yet.
-std::string add_answer(const Daemon &daemon, std::string_view quoted,
-                       std::vector<ListedRequest> &list) {
+std::string add_answer(const daemon_row &daemon, std::string_view quoted,
+                       std::vector<listed_request> &list) {
     const auto row =
-        std::find_if(list.rbegin(), list.rend(), [&daemon](const ListedRequest &known) {
+        std::find_if(list.rbegin(), list.rend(), [&daemon](const listed_request &known) {
             return known.daemon == &daemon && !known.answer;
         });
     if (row == list.rend()) {
@@ -42,12 +42,12 @@ std::string add_answer(const Daemon &daemon, std::string_view quoted,
     return row->answer ? "" : "the bytes hold an unknown escape";
 }
 
-std::string add_line(const std::string &line, std::vector<ListedRequest> &list) {
+std::string add_line(const std::string &line, std::vector<listed_request> &list) {
     if (line.empty() || line.front() == '#' ||
         std::find(BARE_LINES.begin(), BARE_LINES.end(), line) != BARE_LINES.end()) {
         return "";
     }
-    for (const Daemon &daemon : DAEMONS) {
+    for (const daemon_row &daemon : DAEMONS) {
         if (!line.starts_with(daemon.label)) {
             continue;
         }
@@ -67,20 +67,20 @@ std::string add_line(const std::string &line, std::vector<ListedRequest> &list) 
 }
 
 /// What the row's line says after the request; empty when it names the request alone.
-std::string_view listed_outcome(const ListedRequest &row, const Entry &entry) {
+std::string_view listed_outcome(const listed_request &row, const journal_entry &entry) {
     const std::string opening = request_words(entry) + std::string(ARROW);
     return row.line.starts_with(opening) ? std::string_view(row.line).substr(opening.size())
                                          : std::string_view();
 }
 
-bool can_answer(const ListedRequest &row, const Entry &entry) {
+bool can_answer(const listed_request &row, const journal_entry &entry) {
     return is_same_request(row, entry) &&
            (row.answer || listed_outcome(row, entry).starts_with(CLOSED));
 }
 
 } // namespace
 
-std::string read_list(const std::string &path, std::vector<ListedRequest> &list) {
+std::string read_list(const std::string &path, std::vector<listed_request> &list) {
     std::ifstream file(path, std::ios::binary);
     int number = 0;
     for (std::string line; std::getline(file, line);) {
@@ -94,26 +94,26 @@ std::string read_list(const std::string &path, std::vector<ListedRequest> &list)
     return file.eof() ? "" : "cannot read " + path;
 }
 
-bool is_same_request(const ListedRequest &row, const Entry &entry) {
+bool is_same_request(const listed_request &row, const journal_entry &entry) {
     const std::string request = request_words(entry);
     return row.line == request || row.line.starts_with(request + std::string(ARROW));
 }
 
-Fit fit(const ListedRequest &row, const Entry &entry) {
+list_fit fit(const listed_request &row, const journal_entry &entry) {
     if (row.answer && row.answer != entry.answer) {
-        return Fit::none;
+        return list_fit::NONE;
     }
     if (row.line == entry_words(entry)) {
-        return row.answer ? Fit::outcome_and_bytes : Fit::outcome;
+        return row.answer ? list_fit::OUTCOME_AND_BYTES : list_fit::OUTCOME;
     }
     if (row.line == request_words(entry)) {
-        return row.answer ? Fit::request_and_bytes : Fit::request;
+        return row.answer ? list_fit::REQUEST_AND_BYTES : list_fit::REQUEST;
     }
-    return Fit::none;
+    return list_fit::NONE;
 }
 
-void replay_answer(Replay &replay, const Daemon &daemon, Exchange &exchange) {
-    const Entry entry{&daemon, exchange.request, "", {}};
+void replay_answer(replay_list &replay, const daemon_row &daemon, exchange_result &exchange) {
+    const journal_entry entry{&daemon, exchange.request, "", {}};
     replay.used.resize(replay.list.size());
     std::size_t chosen = replay.list.size();
     for (std::size_t i = 0; i < replay.list.size(); ++i) {
@@ -128,7 +128,7 @@ void replay_answer(Replay &replay, const Daemon &daemon, Exchange &exchange) {
         exchange.outcome += " (not in the recording)";
         return;
     }
-    const ListedRequest &row = replay.list[chosen];
+    const listed_request &row = replay.list[chosen];
     replay.used[chosen] = true;
     exchange.answer = row.answer;
     const std::string_view outcome = listed_outcome(row, entry);

@@ -24,18 +24,18 @@ constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
 constexpr std::chrono::milliseconds STILL_HERE_TIME{15000};
 constexpr std::chrono::milliseconds NO_TIME{0};
 
-struct Server {
-    Bench &bench;
-    Loop loop = {};
-    Listeners listeners = {};
-    std::set<struct Session *> sessions = {};
-    const Daemon *at_work = nullptr; ///< what an exception is blamed on
+struct simulator_server {
+    test_bench &bench;
+    event_loop loop = {};
+    listener_set listeners = {};
+    std::set<struct client_session *> sessions = {};
+    const daemon_row *at_work = nullptr; ///< what an exception is blamed on
 };
 
 /// One client of a daemon.
-struct Session {
-    Session(Server &serving, const Daemon &daemon, Socket socket)
-        : server(serving), client(std::make_shared<Connection>(
+struct client_session {
+    client_session(simulator_server &serving, const daemon_row &daemon, stream_socket socket)
+        : server(serving), client(std::make_shared<stream_connection>(
                                serving.loop, std::move(socket), daemon.limit,
                                std::chrono::milliseconds(serving.bench.settings.patience))),
           conversation{daemon, serving.bench.settings.behaviours[row_of(daemon)],
@@ -43,31 +43,31 @@ struct Session {
         server.sessions.insert(this);
     }
 
-    ~Session() {
+    ~client_session() {
         server.sessions.erase(this);
     }
 
-    Session(const Session &) = delete;
-    Session &operator=(const Session &) = delete;
+    client_session(const client_session &) = delete;
+    client_session &operator=(const client_session &) = delete;
 
-    Server &server;
-    ConnectionPtr client;
-    Conversation conversation;
+    simulator_server &server;
+    connection_ptr client;
+    daemon_conversation conversation;
     bool told_to_continue = false;
     bool idle = false;    ///< a watcher that waits for something to see
     bool changed = false; ///< and has not seen the last change
     bool left = false;
 };
 
-using SessionPtr = std::shared_ptr<Session>;
+using session_ptr = std::shared_ptr<client_session>;
 
-void print_note(const Daemon &daemon, const std::string &text) {
+void print_note(const daemon_row &daemon, const std::string &text) {
     print_log({"note", daemon.key, std::string(daemon.label) + ": " + text, {{"text", text}}});
 }
 
-void print_raw(const Session &session, std::string_view direction, std::string_view bytes) {
+void print_raw(const client_session &session, std::string_view direction, std::string_view bytes) {
     if (session.server.bench.settings.raw && !bytes.empty()) {
-        const Daemon &daemon = session.conversation.daemon;
+        const daemon_row &daemon = session.conversation.daemon;
         print_log({"bytes",
                    daemon.key,
                    bytes_words(daemon, direction, bytes),
@@ -75,7 +75,7 @@ void print_raw(const Session &session, std::string_view direction, std::string_v
     }
 }
 
-void next_event(const SessionPtr &session) {
+void next_event(const session_ptr &session) {
     session->idle = true;
     wait(session->client, session->changed ? NO_TIME : STILL_HERE_TIME, [session]() {
         session->idle = false;
@@ -94,7 +94,7 @@ void next_event(const SessionPtr &session) {
 
 /// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
 /// or the simulator shuts down.
-void stream_events(const SessionPtr &session) {
+void stream_events(const session_ptr &session) {
     // A watcher has nothing more to say: what arrives is the end of its connection.
     session->client->socket.async_wait(asio::socket_base::wait_read, [session](const error_code &) {
         session->left = true;
@@ -110,9 +110,9 @@ void stream_events(const SessionPtr &session) {
 
 /// The line is printed before the answer goes out, so that a client that has its answer finds the
 /// line.
-void finish(const SessionPtr &session) {
-    const Daemon &daemon = session->conversation.daemon;
-    const Exchange &exchange = session->conversation.exchange;
+void finish(const session_ptr &session) {
+    const daemon_row &daemon = session->conversation.daemon;
+    const exchange_result &exchange = session->conversation.exchange;
     add_entry(session->server.bench.journal,
               {&daemon, exchange.request, exchange.outcome, exchange.answer});
     if (!exchange.answer) {
@@ -129,11 +129,11 @@ void finish(const SessionPtr &session) {
 }
 
 /// Replaces the proper answer as the daemon was told; others answer only where it was told nothing.
-void choose_answer(const SessionPtr &session) {
-    Bench &bench = session->server.bench;
-    const Daemon &daemon = session->conversation.daemon;
-    const Behaviour &told = session->conversation.behaviour;
-    Exchange &exchange = session->conversation.exchange;
+void choose_answer(const session_ptr &session) {
+    test_bench &bench = session->server.bench;
+    const daemon_row &daemon = session->conversation.daemon;
+    const told_behaviour &told = session->conversation.behaviour;
+    exchange_result &exchange = session->conversation.exchange;
     session->server.at_work = &daemon;
     if (told.delay > 0 && session->server.loop.stopping) {
         exchange = {exchange.request, "not answered, the simulator shuts down", {}};
@@ -153,19 +153,19 @@ void choose_answer(const SessionPtr &session) {
     finish(session);
 }
 
-void answer(const SessionPtr &session, Arrival arrival) {
-    Conversation &conversation = session->conversation;
+void answer(const session_ptr &session, arrival_kind arrival) {
+    daemon_conversation &conversation = session->conversation;
     conversation.received = session->client->received;
     conversation.arrival = arrival;
-    if (conversation.received.empty() || arrival == Arrival::stopped) {
+    if (conversation.received.empty() || arrival == arrival_kind::STOPPED) {
         print_note(conversation.daemon, std::string("no request, ") + describe_arrival(arrival));
         end_connection(session->client);
         return;
     }
     conversation.daemon.answer(conversation);
-    if (conversation.exchange.audience == Audience::events) {
+    if (conversation.exchange.audience == audience_kind::EVENTS) {
         stream_events(session);
-    } else if (conversation.exchange.audience == Audience::page) {
+    } else if (conversation.exchange.audience == audience_kind::PAGE) {
         send_all(session->client, *conversation.exchange.answer,
                  [session](bool /*sent*/) { end_connection(session->client); });
     } else {
@@ -175,20 +175,21 @@ void answer(const SessionPtr &session, Arrival arrival) {
     }
 }
 
-void read_request(const SessionPtr &session) {
-    receive_some(session->client, [session](Arrival arrival) {
-        const Daemon &daemon = session->conversation.daemon;
+void read_request(const session_ptr &session) {
+    receive_some(session->client, [session](arrival_kind arrival) {
+        const daemon_row &daemon = session->conversation.daemon;
         session->server.at_work = &daemon;
-        const Progress progress =
-            arrival == Arrival::data ? daemon.progress(session->client->received) : Progress::whole;
-        if (progress == Progress::awaits_continue && !session->told_to_continue) {
+        const request_progress progress = arrival == arrival_kind::DATA
+                                              ? daemon.progress(session->client->received)
+                                              : request_progress::WHOLE;
+        if (progress == request_progress::AWAITS_CONTINUE && !session->told_to_continue) {
             session->told_to_continue = true;
             send_all(session->client, "HTTP/1.1 100 Continue\r\n\r\n",
                      [session](bool /*sent*/) { read_request(session); });
-        } else if (progress != Progress::whole) {
+        } else if (progress != request_progress::WHOLE) {
             read_request(session);
         } else {
-            if (arrival == Arrival::data) {
+            if (arrival == arrival_kind::DATA) {
                 receive_pending(*session->client);
             }
             answer(session, arrival);
@@ -196,34 +197,35 @@ void read_request(const SessionPtr &session) {
     });
 }
 
-void accept_next(Server &server, Listener &listener);
+void accept_next(simulator_server &server, daemon_listener &listener);
 
-void accepted(Server &server, Listener &listener, const error_code &error, Socket socket) {
+void accepted(simulator_server &server, daemon_listener &listener, const error_code &error,
+              stream_socket socket) {
     if (error) {
-        const auto pause = std::make_shared<Timer>(server.loop.context, ACCEPT_PAUSE);
+        const auto pause = std::make_shared<loop_timer>(server.loop.context, ACCEPT_PAUSE);
         pause->async_wait(
             [&server, &listener, pause](const error_code &) { accept_next(server, listener); });
         return;
     }
     if (server.sessions.size() < MOST_CONNECTIONS) {
-        read_request(std::make_shared<Session>(server, *listener.daemon, std::move(socket)));
+        read_request(std::make_shared<client_session>(server, *listener.daemon, std::move(socket)));
     } else {
         print_note(*listener.daemon, "too many connections, one closed");
     }
     accept_next(server, listener);
 }
 
-void accept_next(Server &server, Listener &listener) {
+void accept_next(simulator_server &server, daemon_listener &listener) {
     if (!server.loop.stopping) {
         listener.acceptor.async_accept(
-            [&server, &listener](const error_code &error, Socket socket) {
+            [&server, &listener](const error_code &error, stream_socket socket) {
                 accepted(server, listener, error, std::move(socket));
             });
     }
 }
 
-void announce(Bench &bench, const Listeners &listeners) {
-    for (const Listener &row : listeners.rows) {
+void announce(test_bench &bench, const listener_set &listeners) {
+    for (const daemon_listener &row : listeners.rows) {
         const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
         const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
         bench.places.push_back(place);
@@ -236,7 +238,7 @@ void announce(Bench &bench, const Listeners &listeners) {
 }
 
 /// A connection that cannot be served for lack of memory must not take the others with it.
-void run(Server &server) {
+void run(simulator_server &server) {
     while (!server.loop.context.stopped()) {
         try {
             server.loop.context.run();
@@ -248,9 +250,9 @@ void run(Server &server) {
 
 } // namespace
 
-std::string serve(Bench &bench) {
-    const Settings &settings = bench.settings;
-    Server server{bench};
+std::string serve(test_bench &bench) {
+    const simulator_settings &settings = bench.settings;
+    simulator_server server{bench};
     asio::signal_set signals(server.loop.context, SIGINT, SIGTERM);
     std::string complaint = open_listeners(server.loop, settings, server.listeners);
     if (!complaint.empty()) {
@@ -266,20 +268,20 @@ std::string serve(Bench &bench) {
     }
     print_log({"ready", "", "ready"});
     bench.journal.watch = [&server]() {
-        for (Session *session : server.sessions) {
+        for (client_session *session : server.sessions) {
             session->changed = true;
             if (session->idle) {
                 session->client->timer.cancel();
             }
         }
     };
-    for (Listener &row : server.listeners.rows) {
+    for (daemon_listener &row : server.listeners.rows) {
         if (!bench.settings.behaviours[row_of(*row.daemon)].refuse) {
             accept_next(server, row);
         }
     }
     signals.async_wait([&server](const error_code &, int) {
-        for (Listener &row : server.listeners.rows) {
+        for (daemon_listener &row : server.listeners.rows) {
             row.acceptor.cancel();
         }
         stop_waiting(server.loop);

@@ -6,4 +6,4 @@
 
 /// Opens everything, says so, and serves until SIGINT or SIGTERM; then the conversations end.
 /// Returns what kept it from serving; empty when nothing did.
-std::string serve(Bench &bench);
+std::string serve(test_bench &bench);

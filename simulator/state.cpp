@@ -8,10 +8,10 @@
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using json_value = nlohmann::ordered_json;
 
 /// A schedule as one record.
-struct Schedule {
+struct schedule_record {
     std::string object;
     std::string mode;
     std::string type;
@@ -19,20 +19,20 @@ struct Schedule {
 };
 
 /// The fields of a record under their names in the file.
-using Fields = std::vector<std::pair<const char *, std::string *>>;
+using field_list = std::vector<std::pair<const char *, std::string *>>;
 
-Fields fields_of(Element &record) {
+field_list fields_of(home_element &record) {
     return {{"status", &record.status}, {"value", &record.value}};
 }
 
-Fields fields_of(Neighbour &record) {
+field_list fields_of(home_neighbour &record) {
     return {{"name", &record.name},
             {"address", &record.address},
             {"port", &record.port},
             {"optionals", &record.optionals}};
 }
 
-Fields fields_of(Schedule &record) {
+field_list fields_of(schedule_record &record) {
     return {{"object", &record.object},
             {"mode", &record.mode},
             {"type", &record.type},
@@ -40,7 +40,7 @@ Fields fields_of(Schedule &record) {
 }
 
 /// The members of an object, which a part with named records must be.
-const Json &object_of(const Json &part, const char *complaint = "is no object") {
+const json_value &object_of(const json_value &part, const char *complaint = "is no object") {
     if (!part.is_object()) {
         throw std::runtime_error(complaint);
     }
@@ -48,9 +48,9 @@ const Json &object_of(const Json &part, const char *complaint = "is no object") 
 }
 
 /// Fields that are left out are empty.
-template <typename Record> void read_record(const Json &json, Record &record) {
+template <typename record_type> void read_record(const json_value &json, record_type &record) {
     record = {};
-    const Fields fields = fields_of(record);
+    const field_list fields = fields_of(record);
     for (const auto &[name, value] : object_of(json, "a record is no object").items()) {
         const auto field =
             std::find_if(fields.begin(), fields.end(),
@@ -62,75 +62,79 @@ template <typename Record> void read_record(const Json &json, Record &record) {
     }
 }
 
-template <typename Record> Json write_record(Record record) {
-    Json json;
+template <typename record_type> json_value write_record(record_type record) {
+    json_value json;
     for (const auto &[name, text] : fields_of(record)) {
         json[name] = *text;
     }
     return json;
 }
 
-template <typename Records> void read_records(const Json &part, Records &records) {
+template <typename record_map> void read_records(const json_value &part, record_map &records) {
     records.clear();
     for (const auto &[name, record] : object_of(part).items()) {
         read_record(record, records[name]);
     }
 }
 
-template <typename Records> Json write_records(const Records &records) {
-    Json part = Json::object();
+template <typename record_map> json_value write_records(const record_map &records) {
+    json_value part = json_value::object();
     for (const auto &[name, record] : records) {
         part[name] = write_record(record);
     }
     return part;
 }
 
-void read_schedules(const Json &part, Home &home) {
+void read_schedules(const json_value &part, home_state &home) {
     home.schedules.clear();
-    for (const Json &record : part) {
-        Schedule read;
+    for (const json_value &record : part) {
+        schedule_record read;
         read_record(record, read);
         home.schedules[{read.object, read.mode, read.type}] = read.schedule;
     }
 }
 
-Json write_schedules(const Home &home) {
-    Json part = Json::array();
+json_value write_schedules(const home_state &home) {
+    json_value part = json_value::array();
     for (const auto &[key, schedule] : home.schedules) {
-        part.push_back(write_record(Schedule{key[0], key[1], key[2], schedule}));
+        part.push_back(write_record(schedule_record{key[0], key[1], key[2], schedule}));
     }
     return part;
 }
 
-void read_messages(const Json &part, Home &home) {
+void read_messages(const json_value &part, home_state &home) {
     home.messages = part.get<std::deque<std::string>>();
     while (home.messages.size() > KEPT_MESSAGES) {
         home.messages.pop_front();
     }
 }
 
-struct Part {
+struct state_part {
     const char *name;
-    void (*read)(const Json &part, Home &home);
-    Json (*write)(const Home &home);
+    void (*read)(const json_value &part, home_state &home);
+    json_value (*write)(const home_state &home);
 };
 
-constexpr Part PARTS[] = {
-    {"elements", [](const Json &part, Home &home) { read_records(part, home.elements); },
-     [](const Home &home) { return write_records(home.elements); }},
-    {"sessions", [](const Json &part, Home &home) { object_of(part).get_to(home.sessions); },
-     [](const Home &home) { return Json(home.sessions); }},
-    {"neighbours", [](const Json &part, Home &home) { read_records(part, home.neighbours); },
-     [](const Home &home) { return write_records(home.neighbours); }},
+constexpr state_part PARTS[] = {
+    {"elements",
+     [](const json_value &part, home_state &home) { read_records(part, home.elements); },
+     [](const home_state &home) { return write_records(home.elements); }},
+    {"sessions",
+     [](const json_value &part, home_state &home) { object_of(part).get_to(home.sessions); },
+     [](const home_state &home) { return json_value(home.sessions); }},
+    {"neighbours",
+     [](const json_value &part, home_state &home) { read_records(part, home.neighbours); },
+     [](const home_state &home) { return write_records(home.neighbours); }},
     {"schedules", read_schedules, write_schedules},
-    {"messages", read_messages, [](const Home &home) { return Json(home.messages); }},
-    {"configuration", [](const Json &part, Home &home) { part.get_to(home.configuration); },
-     [](const Home &home) { return Json(home.configuration); }},
+    {"messages", read_messages, [](const home_state &home) { return json_value(home.messages); }},
+    {"configuration",
+     [](const json_value &part, home_state &home) { part.get_to(home.configuration); },
+     [](const home_state &home) { return json_value(home.configuration); }},
 };
 
-void read_part(const std::string &name, const Json &value, Home &home) {
+void read_part(const std::string &name, const json_value &value, home_state &home) {
     const auto *part = std::find_if(std::begin(PARTS), std::end(PARTS),
-                                    [&](const Part &row) { return row.name == name; });
+                                    [&](const state_part &row) { return row.name == name; });
     if (part == std::end(PARTS)) {
         throw std::runtime_error("unknown part '" + name + "'");
     }
@@ -143,9 +147,9 @@ void read_part(const std::string &name, const Json &value, Home &home) {
 
 } // namespace
 
-std::string read_state(const std::string &text, Home &home) {
+std::string read_state(const std::string &text, home_state &home) {
     try {
-        const Json state = Json::parse(text);
+        const json_value state = json_value::parse(text);
         for (const auto &[name, value] : object_of(state).items()) {
             read_part(name, value, home);
         }
@@ -155,10 +159,10 @@ std::string read_state(const std::string &text, Home &home) {
     }
 }
 
-std::string write_state(const Home &home) {
-    Json state;
-    for (const Part &part : PARTS) {
+std::string write_state(const home_state &home) {
+    json_value state;
+    for (const state_part &part : PARTS) {
         state[part.name] = part.write(home);
     }
-    return state.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
+    return state.dump(4, ' ', false, json_value::error_handler_t::replace) + "\n";
 }

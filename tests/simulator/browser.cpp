@@ -1,6 +1,6 @@
 // The driver chooses its port and prints it. A wait is one command that the page itself answers
 // when its change comes, so nothing is asked again and again.
-#include "browser.h"
+#include "tests/simulator/browser.h"
 
 #include <array>
 #include <csignal>

@@ -1,7 +1,7 @@
 // A headless Chromium, steered over the WebDriver protocol. Every wait is bounded.
 #pragma once
 
-#include "simulator_process.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <memory>
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 // The page as people see it: Chromium shows it while the built lumocmd sends requests.
-#include "browser.h"
-#include "daemon_rows.h"
+#include "tests/simulator/browser.h"
+#include "tests/simulator/daemon_rows.h"
 
 #include <csignal>
 #include <fstream>

@@ -1,5 +1,5 @@
 // The rows are in the order in which the program lists its daemons.
-#include "daemon_rows.h"
+#include "tests/simulator/daemon_rows.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 // That the tests have a row for each daemon and each gateway request of the program.
-#include "daemon_rows.h"
-#include "program_names.h"
-#include "simulator_process.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/program_names.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 #include <iterator>

@@ -1,7 +1,7 @@
 // Lists of expected requests: what is compared, how it is told, and what a list may hold.
-#include "daemon_rows.h"
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <csignal>
 #include <fstream>

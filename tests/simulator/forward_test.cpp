@@ -1,8 +1,8 @@
 // Recording, replaying, and standing between a client and a real controller: the house here is a
 // second simulator, or a socket of the test's own.
-#include "daemon_rows.h"
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <chrono>
 #include <csignal>

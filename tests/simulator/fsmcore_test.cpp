@@ -1,5 +1,5 @@
 // FSMCore: parameters framed by length, both ways.
-#include "simulator_process.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 

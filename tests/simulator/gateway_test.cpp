@@ -1,6 +1,6 @@
 // The gateways: every request they know, and what they refuse.
-#include "daemon_rows.h"
-#include "simulator_process.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>

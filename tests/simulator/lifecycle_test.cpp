@@ -1,7 +1,7 @@
 // Starting and stopping: what is made, what is removed, and what is never touched.
-#include "daemon_rows.h"
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <cerrno>
 #include <csignal>

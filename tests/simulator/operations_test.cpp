@@ -1,8 +1,8 @@
 // Every operation of the web service: a proper request with its whole answer, the same request
 // with every child left out, and with its children turned round.
-#include "program_names.h"
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/program_names.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

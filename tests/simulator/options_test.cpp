@@ -1,6 +1,6 @@
 // The command line: help, version, and errors that say what to do.
-#include "daemon_rows.h"
-#include "simulator_process.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The page and its stream as HTTP, without a browser.
-#include "daemon_rows.h"
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/daemon_rows.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <csignal>
 #include <fstream>

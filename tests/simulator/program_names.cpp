@@ -1,13 +1,13 @@
 // The one place where the tests see the program's tables.
-#include "program_names.h"
+#include "tests/simulator/program_names.h"
 
-#include "simulator/operations.h"
 #include "simulator/daemons.h"
+#include "simulator/operations.h"
 
 std::set<std::string> program_functions() {
     std::set<std::string> names;
-    for (const Daemon &daemon : DAEMONS) {
-        for (const GatewayRequest &request : daemon.requests) {
+    for (const daemon_row &daemon : DAEMONS) {
+        for (const gateway_request &request : daemon.requests) {
             names.insert(std::string(daemon.key) + " " + std::string(request.function));
         }
     }
@@ -16,7 +16,7 @@ std::set<std::string> program_functions() {
 
 std::set<std::string> program_operations() {
     std::set<std::string> names;
-    for (const Operation &operation : OPERATIONS) {
+    for (const service_operation &operation : OPERATIONS) {
         names.emplace(operation.name);
     }
     return names;

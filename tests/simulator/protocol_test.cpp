@@ -1,6 +1,6 @@
 // That everything that lumocmd can ask is simulated: the protocol's rows against the program's
 // names.
-#include "program_names.h"
+#include "tests/simulator/program_names.h"
 
 #include "tests/protocol/gateways.h"
 #include "tests/protocol/service_functions.h"

@@ -1,6 +1,6 @@
 // The web service as a whole: what it remembers, whom it lets in, which messages it refuses.
-#include "simulator_process.h"
-#include "soap_client.h"
+#include "tests/simulator/simulator_process.h"
+#include "tests/simulator/soap_client.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The harness: fork and exec with pipes, bounded waits with poll, raw stream sockets.
-#include "simulator_process.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <arpa/inet.h>
 #include <array>

@@ -1,5 +1,5 @@
 // Envelopes are written out as text here, so that nothing is shared with the program under test.
-#include "soap_client.h"
+#include "tests/simulator/soap_client.h"
 
 namespace {
 

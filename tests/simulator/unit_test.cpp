@@ -1,5 +1,5 @@
 // The systemd unit: its command line is tried, and systemd's own reader finds nothing to object to.
-#include "simulator_process.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <algorithm>
 #include <csignal>
