@@ -201,6 +201,9 @@ void accept_next(simulator_server &server, daemon_listener &listener);
 
 void accepted(simulator_server &server, daemon_listener &listener, const error_code &error,
               stream_socket socket) {
+    if (server.loop.stopping) {
+        return;
+    }
     if (error) {
         const auto pause = std::make_shared<loop_timer>(server.loop.context, ACCEPT_PAUSE);
         pause->async_wait(
