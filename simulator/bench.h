@@ -1,4 +1,4 @@
-// Everything that the threads of one running simulator share.
+// Everything that one running simulator holds.
 #pragma once
 
 #include "simulator/home.h"

@@ -45,6 +45,14 @@ constexpr gateway_request BENTEL_REQUESTS[] = {{"SENDBENTELCOMMANDDATAGRAM", ALA
 constexpr gateway_request TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
                                                 {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
 
+/// In the order of arrival_kind.
+constexpr const char *ARRIVAL_WORDS[] = {"",
+                                         "the client closed before the end of its request",
+                                         "the client took too long over its request",
+                                         "the simulator shuts down",
+                                         "the request is too long",
+                                         "the connection broke"};
+
 // clang-format off
 constexpr daemon_row DAEMON_ROWS[] = {
     {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, fsmcore_progress, answer_fsmcore},
@@ -93,21 +101,7 @@ void answer_status(daemon_conversation &conversation, int error, const std::stri
 }
 
 const char *describe_arrival(arrival_kind arrival) {
-    switch (arrival) {
-    case arrival_kind::DATA:
-        return "";
-    case arrival_kind::END:
-        return "the client closed before the end of its request";
-    case arrival_kind::LATE:
-        return "the client took too long over its request";
-    case arrival_kind::STOPPED:
-        return "the simulator shuts down";
-    case arrival_kind::FULL:
-        return "the request is too long";
-    case arrival_kind::FAILED:
-        return "the connection broke";
-    }
-    return "";
+    return ARRIVAL_WORDS[static_cast<std::size_t>(arrival)];
 }
 
 const daemon_row *find_daemon(std::string_view key) {

@@ -17,7 +17,7 @@ struct home_state;
 struct passed_request {
     std::string method;
     std::string path;
-    std::vector<std::pair<std::string, std::string>> headers; ///< those that a web service reads
+    std::string headers; ///< the lines that a web service reads
     std::string body;
 };
 

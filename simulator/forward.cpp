@@ -29,6 +29,7 @@ struct forwarded_question {
     std::size_t tried = 0;
 };
 
+using tcp_resolver = asio::ip::basic_resolver<asio::ip::tcp, loop_executor>;
 using question_ptr = std::shared_ptr<forwarded_question>;
 
 bool is_on_socket(const daemon_row &daemon) {
@@ -97,15 +98,6 @@ void connect_next(const question_ptr &question) {
         [question](const error_code &error) { go_on_connected(question, error); });
 }
 
-void connect_to_socket(const question_ptr &question) {
-    if (question->place.size() >= sizeof(sockaddr_un::sun_path)) {
-        conclude(*question, "the name is too long for a socket");
-        return;
-    }
-    question->endpoints.emplace_back(asio::local::stream_protocol::endpoint(question->place));
-    connect_next(question);
-}
-
 /// The resolver's complaints in the words of the system.
 std::string resolver_words(const error_code &error) {
     if (error == asio::error::host_not_found) {
@@ -117,32 +109,12 @@ std::string resolver_words(const error_code &error) {
     return error.message();
 }
 
-void connect_to_service(const question_ptr &question, const web_address &address) {
-    using tcp_resolver = asio::ip::basic_resolver<asio::ip::tcp, loop_executor>;
-    const auto resolver = std::make_shared<tcp_resolver>(question->real->loop.context);
-    resolver->async_resolve(
-        address.host, address.port,
-        [question, resolver](const error_code &error, const tcp_resolver::results_type &found) {
-            if (error) {
-                conclude(*question, resolver_words(error));
-                return;
-            }
-            for (const auto &row : found) {
-                question->endpoints.emplace_back(row.endpoint());
-            }
-            connect_next(question);
-        });
-}
-
 /// The request anew: its method, the headers that a web service reads, and its body.
 std::string web_request(const web_address &address, const passed_request &request) {
     const std::string path =
         request.path == SERVICE_PATH && !address.path.empty() ? address.path : request.path;
     std::string text = request.method + " " + path + " HTTP/1.0\r\nHost: " + address.host + ":" +
-                       address.port + "\r\n";
-    for (const auto &[name, value] : request.headers) {
-        text.append(name).append(": ").append(value).append("\r\n");
-    }
+                       address.port + "\r\n" + request.headers;
     return text + "Content-Length: " + std::to_string(request.body.size()) + "\r\n\r\n" +
            request.body;
 }
@@ -177,16 +149,32 @@ void forward_request(event_loop &loop, const simulator_settings &settings,
     const auto real =
         std::make_shared<stream_connection>(loop, stream_socket(loop.context), daemon.limit,
                                             std::chrono::milliseconds(settings.patience));
+    const auto question = std::make_shared<forwarded_question>(
+        forwarded_question{real, settings.forward_url, std::string(conversation.received),
+                           conversation, std::move(then)});
     if (is_on_socket(daemon)) {
-        const std::string path = settings.forward_directory + "/" + std::string(daemon.socket_file);
-        connect_to_socket(std::make_shared<forwarded_question>(forwarded_question{
-            real, path, std::string(conversation.received), conversation, std::move(then)}));
-    } else {
-        const web_address address = *read_web_address(settings.forward_url);
-        connect_to_service(std::make_shared<forwarded_question>(
-                               forwarded_question{real, settings.forward_url,
-                                                  web_request(address, conversation.exchange.web),
-                                                  conversation, std::move(then)}),
-                           address);
+        question->place = settings.forward_directory + "/" + std::string(daemon.socket_file);
+        if (question->place.size() >= sizeof(sockaddr_un::sun_path)) {
+            conclude(*question, "the name is too long for a socket");
+            return;
+        }
+        question->endpoints.emplace_back(asio::local::stream_protocol::endpoint(question->place));
+        connect_next(question);
+        return;
     }
+    const web_address address = *read_web_address(settings.forward_url);
+    question->request = web_request(address, conversation.exchange.web);
+    const auto resolver = std::make_shared<tcp_resolver>(loop.context);
+    resolver->async_resolve(
+        address.host, address.port,
+        [question, resolver](const error_code &error, const tcp_resolver::results_type &found) {
+            for (const auto &row : found) {
+                question->endpoints.emplace_back(row.endpoint());
+            }
+            if (error) {
+                conclude(*question, resolver_words(error));
+            } else {
+                connect_next(question);
+            }
+        });
 }

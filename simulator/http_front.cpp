@@ -143,7 +143,7 @@ passed_request web_request(const http::request<http::string_body> &request) {
     web.body = request.body();
     for (const char *name : PASSED_HEADERS) {
         if (request.find(name) != request.end()) {
-            web.headers.emplace_back(name, header_value(request, name));
+            web.headers.append(name).append(": ").append(header_value(request, name)) += "\r\n";
         }
     }
     return web;

@@ -93,7 +93,7 @@ std::string open_unix(event_loop &loop, const simulator_settings &settings,
         return path + " is too long for a socket; choose a shorter one with --directory";
     }
     const asio::local::stream_protocol::endpoint place(path);
-    const std::string complaint = clear_path(loop, path, place);
+    std::string complaint = clear_path(loop, path, place);
     if (!complaint.empty()) {
         return complaint;
     }

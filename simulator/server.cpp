@@ -29,7 +29,7 @@ struct simulator_server {
     event_loop loop = {};
     listener_set listeners = {};
     std::set<struct client_session *> sessions = {};
-    const daemon_row *at_work = nullptr; ///< what an exception is blamed on
+    const daemon_row *at_work = DAEMONS.data(); ///< what an exception is blamed on
 };
 
 /// One client of a daemon.
@@ -210,12 +210,12 @@ void accepted(simulator_server &server, daemon_listener &listener, const error_c
             [&server, &listener, pause](const error_code &) { accept_next(server, listener); });
         return;
     }
+    accept_next(server, listener);
     if (server.sessions.size() < MOST_CONNECTIONS) {
         read_request(std::make_shared<client_session>(server, *listener.daemon, std::move(socket)));
     } else {
         print_note(*listener.daemon, "too many connections, one closed");
     }
-    accept_next(server, listener);
 }
 
 void accept_next(simulator_server &server, daemon_listener &listener) {
