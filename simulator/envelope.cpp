@@ -13,11 +13,11 @@
 namespace {
 
 #define ENVELOPE_NAMESPACE "http://schemas.xmlsoap.org/soap/envelope/"
-constexpr std::string_view ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
+constexpr const char *ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
 
 struct namespace_declaration {
     const char *attribute;
-    std::string_view name_space;
+    const char *name_space;
 };
 
 /// What every request declares on its envelope, and every answer too.
@@ -130,9 +130,10 @@ std::variant<pugi::xml_node, soap_fault> find_body(const pugi::xml_document &doc
         return soap_fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
     }
     for (const namespace_declaration &declaration : DECLARATIONS) {
-        if (envelope.attribute(declaration.attribute).value() != declaration.name_space) {
-            return client_fault("the envelope lacks " + std::string(declaration.attribute) + "=\"" +
-                                std::string(declaration.name_space) + "\"");
+        const std::string_view declared = envelope.attribute(declaration.attribute).value();
+        if (declared != declaration.name_space) {
+            return client_fault(std::string("the envelope lacks ") + declaration.attribute + "=\"" +
+                                declaration.name_space + "\"");
         }
     }
     const auto parts = element_children(envelope);
@@ -149,20 +150,16 @@ std::variant<pugi::xml_node, soap_fault> find_body(const pugi::xml_document &doc
     return (*parts)[body];
 }
 
-/// An envelope around an empty body; `body` is set to that body.
-void start_envelope(pugi::xml_document &document, pugi::xml_node &body) {
+/// The empty body of a new envelope.
+pugi::xml_node start_envelope(pugi::xml_document &document) {
     pugi::xml_node declaration = document.append_child(pugi::node_declaration);
     declaration.append_attribute("version") = "1.0";
     declaration.append_attribute("encoding") = "UTF-8";
     pugi::xml_node envelope = document.append_child("SOAP-ENV:Envelope");
     for (const namespace_declaration &row : DECLARATIONS) {
-        envelope.append_attribute(row.attribute) = std::string(row.name_space).c_str();
+        envelope.append_attribute(row.attribute) = row.name_space;
     }
-    body = envelope.append_child("SOAP-ENV:Body");
-}
-
-void append_text(pugi::xml_node parent, const char *name, const std::string &text) {
-    parent.append_child(name).text().set(text.c_str());
+    return envelope.append_child("SOAP-ENV:Body");
 }
 
 std::string write_document(const pugi::xml_document &document) {
@@ -202,7 +199,8 @@ std::variant<service_call, soap_fault> read_envelope(std::string_view body_text)
         return *fault;
     }
     const pugi::xml_node body = std::get<pugi::xml_node>(found);
-    if (body.select_node(ENCODING_STYLE).attribute().value() != ENCODING_NAMESPACE) {
+    const std::string_view style = body.select_node(ENCODING_STYLE).attribute().value();
+    if (style != ENCODING_NAMESPACE) {
         return client_fault("the body does not state the SOAP encoding style");
     }
     const auto entries = element_children(body);
@@ -231,25 +229,22 @@ std::variant<service_call, soap_fault> read_envelope(std::string_view body_text)
 
 std::string write_response(const service_operation &operation, const response_fields &fields) {
     pugi::xml_document document;
-    pugi::xml_node body;
-    start_envelope(document, body);
-    body.append_attribute("SOAP-ENV:encodingStyle") = std::string(ENCODING_NAMESPACE).c_str();
+    pugi::xml_node body = start_envelope(document);
+    body.append_attribute("SOAP-ENV:encodingStyle") = ENCODING_NAMESPACE;
     const std::string name = "ns:" + std::string(operation.name) + "Response";
-    const pugi::xml_node response = body.append_child(name.c_str());
+    pugi::xml_node response = body.append_child(name.c_str());
     for (const std::string_view child : child_names(operation.response)) {
         const auto found = fields.find(child);
-        append_text(response, std::string(child).c_str(),
-                    found == fields.end() ? std::string() : found->second);
+        response.append_child(std::string(child).c_str()).text() =
+            found == fields.end() ? "" : found->second.c_str();
     }
     return write_document(document);
 }
 
 std::string write_fault(const soap_fault &fault) {
     pugi::xml_document document;
-    pugi::xml_node body;
-    start_envelope(document, body);
-    const pugi::xml_node element = body.append_child("SOAP-ENV:Fault");
-    append_text(element, "faultcode", "SOAP-ENV:" + fault.code);
-    append_text(element, "faultstring", fault.text);
+    pugi::xml_node element = start_envelope(document).append_child("SOAP-ENV:Fault");
+    element.append_child("faultcode").text() = ("SOAP-ENV:" + fault.code).c_str();
+    element.append_child("faultstring").text() = fault.text.c_str();
     return write_document(document);
 }

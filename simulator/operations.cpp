@@ -8,7 +8,6 @@
 #include <algorithm>
 
 using enum session_rule;
-using field_list = response_fields;
 
 namespace {
 
@@ -29,21 +28,21 @@ schedule_place schedule_key(const service_call &call) {
     return {text(call, "idobject"), text(call, "mode"), text(call, "type")};
 }
 
-int acknowledge(home_state &, const service_call &, field_list &) {
+int acknowledge(home_state &, const service_call &, response_fields &) {
     return SERVICE_DONE;
 }
 
-int run_versioninfo(home_state &, const service_call &, field_list &fields) {
+int run_versioninfo(home_state &, const service_call &, response_fields &fields) {
     fields["version"] = "LUMOSIM Version: " LUMOSIM_VERSION " - ";
     return SERVICE_DONE;
 }
 
-int run_systeminfo(home_state &, const service_call &, field_list &fields) {
+int run_systeminfo(home_state &, const service_call &, response_fields &fields) {
     fields["systemcode"] = "LUMOSIM";
     return SERVICE_DONE;
 }
 
-int run_getelementstatus(home_state &home, const service_call &call, field_list &fields) {
+int run_getelementstatus(home_state &home, const service_call &call, response_fields &fields) {
     const auto found = home.elements.find(request_value(call, "idobject"));
     if (found == home.elements.end()) {
         return SERVICE_NOT_FOUND;
@@ -53,14 +52,14 @@ int run_getelementstatus(home_state &home, const service_call &call, field_list 
     return SERVICE_DONE;
 }
 
-int run_getelementstatusarray(home_state &home, const service_call &call, field_list &fields) {
+int run_getelementstatusarray(home_state &home, const service_call &call, response_fields &fields) {
     std::string wanted = text(call, "idobjects");
     if (wanted.empty()) { // the usual client leaves the list out
         for (const auto &[name, element] : home.elements) {
             append_entry(wanted, name);
         }
     }
-    field_list lists;
+    response_fields lists;
     for (const std::string_view name : split_text(wanted, LIST_SEPARATOR)) {
         const auto found = home.elements.find(name);
         if (found == home.elements.end()) {
@@ -73,7 +72,7 @@ int run_getelementstatusarray(home_state &home, const service_call &call, field_
     return SERVICE_DONE;
 }
 
-int run_runonelement(home_state &home, const service_call &call, field_list &) {
+int run_runonelement(home_state &home, const service_call &call, response_fields &) {
     const std::string name = text(call, "idobject");
     home_element &element = home.elements[name];
     element = {text(call, "operation"), text(call, "payload")};
@@ -84,23 +83,23 @@ int run_runonelement(home_state &home, const service_call &call, field_list &) {
     return SERVICE_DONE;
 }
 
-int run_elementhaschanged(home_state &home, const service_call &call, field_list &fields) {
+int run_elementhaschanged(home_state &home, const service_call &call, response_fields &fields) {
     fields["currentvalue"] = text(call, "currentvalue");
     home.elements[text(call, "idobject")].value = fields["currentvalue"];
     return SERVICE_DONE;
 }
 
-int run_uploadlumolfile(home_state &home, const service_call &call, field_list &) {
+int run_uploadlumolfile(home_state &home, const service_call &call, response_fields &) {
     home.configuration = text(call, "lumolfile");
     return SERVICE_DONE;
 }
 
-int run_retrieveconfiguration(home_state &home, const service_call &, field_list &fields) {
+int run_retrieveconfiguration(home_state &home, const service_call &, response_fields &fields) {
     fields["url"] = home.origin + "/configuration";
     return SERVICE_DONE;
 }
 
-int run_login(home_state &home, const service_call &call, field_list &fields) {
+int run_login(home_state &home, const service_call &call, response_fields &fields) {
     for (const user_account &user : USERS) {
         if (user.name == text(call, "user") && user.password == text(call, "pass")) {
             home.sessions[std::string(user.session)] = user.name;
@@ -111,13 +110,13 @@ int run_login(home_state &home, const service_call &call, field_list &fields) {
     return SERVICE_REFUSED;
 }
 
-int run_checklogged(home_state &home, const service_call &call, field_list &) {
+int run_checklogged(home_state &home, const service_call &call, response_fields &) {
     const auto found = home.sessions.find(request_value(call, "sessionid"));
     const bool owner = found != home.sessions.end() && found->second == text(call, "username");
     return owner ? SERVICE_DONE : SERVICE_NO_SESSION;
 }
 
-int run_retrievemessages(home_state &home, const service_call &call, field_list &fields) {
+int run_retrievemessages(home_state &home, const service_call &call, response_fields &fields) {
     const auto asked = read_number(request_value(call, "count"), 1, 1 << 30);
     const std::size_t kept = home.messages.size();
     const std::size_t count = asked ? std::min(kept, static_cast<std::size_t>(*asked)) : kept;
@@ -128,7 +127,7 @@ int run_retrievemessages(home_state &home, const service_call &call, field_list 
     return SERVICE_DONE;
 }
 
-int run_search4neighbours(home_state &home, const service_call &, field_list &fields) {
+int run_search4neighbours(home_state &home, const service_call &, response_fields &fields) {
     for (const auto &[uid, neighbour] : home.neighbours) {
         append_entry(fields["neighbourlist"], uid + "," + neighbour.name + "," + neighbour.address +
                                                   "," + neighbour.port + "," + neighbour.optionals);
@@ -136,20 +135,20 @@ int run_search4neighbours(home_state &home, const service_call &, field_list &fi
     return SERVICE_DONE;
 }
 
-int run_attach2neighbour(home_state &home, const service_call &call, field_list &) {
+int run_attach2neighbour(home_state &home, const service_call &call, response_fields &) {
     home.neighbours[text(call, "neighbouruid")] = {text(call, "neighbourname"),
                                                    text(call, "remoteip"), text(call, "remoteport"),
                                                    text(call, "neighbouroptionals")};
     return SERVICE_DONE;
 }
 
-int run_detach2neighbour(home_state &home, const service_call &call, field_list &) {
+int run_detach2neighbour(home_state &home, const service_call &call, response_fields &) {
     return home.neighbours.erase(text(call, "neighbouruid")) != 0 ? SERVICE_DONE
                                                                   : SERVICE_NOT_FOUND;
 }
 
 /// A neighbour is simulated as a mirror of this home: its interfaces are the same elements.
-int run_discover2neighbour(home_state &home, const service_call &call, field_list &fields) {
+int run_discover2neighbour(home_state &home, const service_call &call, response_fields &fields) {
     if (!home.neighbours.contains(request_value(call, "neighbouruid"))) {
         return SERVICE_NOT_FOUND;
     }
@@ -164,7 +163,7 @@ int run_discover2neighbour(home_state &home, const service_call &call, field_lis
     return SERVICE_DONE;
 }
 
-int run_openobjectchannel(home_state &home, const service_call &call, field_list &) {
+int run_openobjectchannel(home_state &home, const service_call &call, response_fields &) {
     for (const auto &[uid, neighbour] : home.neighbours) {
         if (neighbour.address == text(call, "remoteip") &&
             neighbour.port == text(call, "remoteport")) {
@@ -175,7 +174,7 @@ int run_openobjectchannel(home_state &home, const service_call &call, field_list
 }
 
 /// The reader of the simulated home always holds the same valid tag.
-int run_abbmacreadtagdata(home_state &, const service_call &, field_list &fields) {
+int run_abbmacreadtagdata(home_state &, const service_call &, response_fields &fields) {
     // clang-format off
     fields = {{"tagnumber", "1"},        {"tagtype", "GUEST"}, {"tagtypeoptionals", "0"},
               {"tagplantcode", "0001"},  {"isblank", "0"},     {"hasvalidplantcode", "1"},
@@ -185,18 +184,18 @@ int run_abbmacreadtagdata(home_state &, const service_call &, field_list &fields
 }
 
 /// The simulated database answers every statement with the statement itself.
-int run_databasesocketoperation(home_state &, const service_call &call, field_list &fields) {
+int run_databasesocketoperation(home_state &, const service_call &call, response_fields &fields) {
     fields["payload"] = text(call, "statement");
     fields["payload-len"] = std::to_string(fields["payload"].size());
     return SERVICE_DONE;
 }
 
-int run_settimeschedule(home_state &home, const service_call &call, field_list &) {
+int run_settimeschedule(home_state &home, const service_call &call, response_fields &) {
     home.schedules[schedule_key(call)] = text(call, "schedule");
     return SERVICE_DONE;
 }
 
-int run_gettimeschedule(home_state &home, const service_call &call, field_list &fields) {
+int run_gettimeschedule(home_state &home, const service_call &call, response_fields &fields) {
     const auto found = home.schedules.find(schedule_key(call));
     if (found == home.schedules.end()) {
         return SERVICE_NOT_FOUND;
@@ -205,11 +204,11 @@ int run_gettimeschedule(home_state &home, const service_call &call, field_list &
     return SERVICE_DONE;
 }
 
-int run_stopalarm(home_state &, const service_call &call, field_list &) {
+int run_stopalarm(home_state &, const service_call &call, response_fields &) {
     return request_value(call, "pin") == ALARM_PIN ? SERVICE_DONE : SERVICE_REFUSED;
 }
 
-int run_getusergrants(home_state &home, const service_call &call, field_list &fields) {
+int run_getusergrants(home_state &home, const service_call &call, response_fields &fields) {
     const int status = run_stopalarm(home, call, fields);
     fields["partializationgrants"] = status == SERVICE_DONE ? "PERIMETER;INSIDE" : "";
     return status;
@@ -285,7 +284,7 @@ std::string_view request_value(const service_call &call, std::string_view child)
                                                             : std::string_view();
 }
 
-int run_operation(home_state &home, const service_call &call, field_list &fields) {
+int run_operation(home_state &home, const service_call &call, response_fields &fields) {
     const service_operation &operation = *call.operation;
     if (!call.complaint.empty()) {
         return SERVICE_MALFORMED;

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-inline constexpr std::string_view SERVICE_NAMESPACE = "urn:xmethods-lumows";
+inline constexpr const char *SERVICE_NAMESPACE = "urn:xmethods-lumows";
 
 /// What an operation came to: 0, or an error number relative to the web service's base.
 enum service_status : int {
@@ -67,5 +67,5 @@ const service_operation *find_operation(std::string_view name);
 std::string_view request_value(const service_call &call, std::string_view child);
 
 /// Checks children, session and needed field, then runs the operation. Returns a ServiceStatus;
-/// `response` holds the other children of a successful answer.
-int run_operation(home_state &home, const service_call &call, response_fields &response);
+/// `fields` holds the other children of a successful answer.
+int run_operation(home_state &home, const service_call &call, response_fields &fields);
