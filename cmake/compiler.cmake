@@ -8,8 +8,8 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 include(CheckCXXSourceCompiles)
 include(CheckPIESupported)
 
-# A static program starts whatever C library the machine has; at an address of chance only where the
-# toolchain can. It is not CMake's word for that: the -pie that comes with it undoes -static-pie.
+# A static program starts whatever C library the machine has. It is position-independent where the
+# toolchain can; CMake's own property is not used, because the -pie that it adds undoes -static-pie.
 option(LUMOCMD_STATIC "Link the program statically" OFF)
 set(LUMOCMD_LIBC "" CACHE PATH "Where the static C library is, when not the toolchain's own")
 add_library(lumocmd_linkage INTERFACE)
@@ -48,8 +48,7 @@ target_compile_options(lumocmd_warnings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
     $<$<BOOL:${LUMOCMD_WERROR}>:-Werror>)
 
-# For what does not ship: compiled in less time rather than to run in less, its memory watched where the
-# product's is, its arithmetic not.
+# Tests and tools: -O0; ASan but not UBSan in sanitizer builds.
 add_library(lumocmd_quick INTERFACE)
 target_compile_options(lumocmd_quick INTERFACE
     $<$<CONFIG:Release>:-O0> $<$<CONFIG:Debug>:-fno-sanitize=undefined>)
