@@ -2,9 +2,8 @@
 // time, no checks.
 //
 // usage: answering_peer [SOCKET ANSWER]...
-// SOCKET is the number of a listening socket that is inherited, ANSWER a file. A byte on standard
-// input prints the last request, behind a line with its size; the end of standard input ends the
-// peer.
+// SOCKET is the number of an inherited listening socket, ANSWER a file. A byte on standard input
+// prints the last request, behind a line with its size; the end of standard input ends the peer.
 
 #include <cstdio>
 #include <cstdlib>

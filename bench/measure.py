@@ -114,7 +114,7 @@ def run(command, *prefix):
 def desk_counts(command):
     """Instructions of the program's own file, its static libraries included, and system calls from the
     program's start on. The loader's and libc's instructions vary with the machine; these do not."""
-    run(command, "valgrind", "--quiet", "--tool=callgrind", "--compress-strings=no", "--compress-pos=no",
+    run(command, "valgrind", "-q", "--tool=callgrind", "--compress-strings=no", "--compress-pos=no",
         "--callgrind-out-file=profile")
     own, is_own, lines = 0, False, iter(pathlib.Path("profile").read_text().splitlines())
     for line in lines:
