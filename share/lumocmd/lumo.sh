@@ -1,6 +1,6 @@
 # What scripts around lumocmd have in common, for any POSIX shell; lumo.sh(7) describes it.
 # It owns the names that begin with lumo_ or LUMO_ and changes nothing else.
-# shellcheck shell=sh
+# shellcheck shell=sh disable=SC2034 # what it sets is the caller's to read
 
 lumo_newline='
 '
@@ -12,12 +12,45 @@ LUMO_CODE=
 LUMO_PREFIX=
 LUMO_EXIT=
 LUMO_OUTPUT=
+LUMO_STATE=
+LUMO_VALUE=
 lumo_raw=
 lumo_types=
 
 # Runs lumocmd with these arguments and sets LUMO_EXIT, LUMO_CODE, LUMO_PREFIX and LUMO_OUTPUT.
 # Succeeds only with code 0: codes such as 256 look like success in 8 bits.
 lumo_call() {
+    lumo_call_within "${LUMO_LIMIT:-}" "$@"
+}
+
+# The same within a time limit. Notes every type that the arguments name, s for the web service and
+# d for another, and looks up a socket in LUMO_DIRECTORY. Each option has an argument, attached or as
+# the next word.
+lumo_call_within() {
+    lumo_limit=$1
+    shift
+    lumo_types=
+    lumo_option=
+    for lumo_word in "$@"; do
+        shift
+        lumo_pair=$lumo_option$lumo_word
+        lumo_option=
+        case $lumo_pair in
+        -?) lumo_option=$lumo_word ;;
+        -t[Ss][Oo][Aa][Pp]) lumo_types=${lumo_types}s ;;
+        -t*) lumo_types=${lumo_types}d ;;
+        -s*/*) ;;
+        -s*)
+            lumo_name=${lumo_pair#-s}
+            lumo_word=${lumo_word%"$lumo_name"}${LUMO_DIRECTORY:+$LUMO_DIRECTORY/}$lumo_name
+            ;;
+        esac
+        set -- "$@" "$lumo_word"
+    done
+    lumo_exchange "$@"
+}
+
+lumo_exchange() {
     LUMO_EXIT=126
     lumo_raw=
     # Some shells remark on a command that a time limit ended; what lumocmd says is all kept.
@@ -37,7 +70,6 @@ lumo_call() {
     case $LUMO_OUTPUT in
     *"$lumo_escape"*) LUMO_OUTPUT=$(printf '%s\n' "$LUMO_OUTPUT" | lumo_plain) ;;
     esac
-    lumo_read_types "$@"
     case $lumo_types,$LUMO_CODE in
     s,503 | s,505 | s,507) lumo_own=$(lumo_ask_again "$@" 2>/dev/null) ;;
     esac
@@ -48,26 +80,8 @@ lumo_call() {
 # Writes all that lumocmd says with these arguments, within the time limit.
 lumo_run() {
     set -- lumocmd "$@"
-    [ -z "${LUMO_LIMIT:-}" ] || set -- timeout "$LUMO_LIMIT" "$@"
+    [ -z "$lumo_limit" ] || set -- timeout "$lumo_limit" "$@"
     "$@" 2>&1
-}
-
-# Notes every type that the arguments name: s for the web service, d for another. Each option has an
-# argument, attached or as the next word.
-lumo_read_types() {
-    lumo_types=
-    lumo_option=
-    for lumo_word in "$@"; do
-        case $lumo_option$lumo_word in
-        -?)
-            lumo_option=$lumo_word
-            continue
-            ;;
-        -t[Ss][Oo][Aa][Pp]) lumo_types=${lumo_types}s ;;
-        -t*) lumo_types=${lumo_types}d ;;
-        esac
-        lumo_option=
-    done
 }
 
 # Prints the outcome of a call whose code the web service or lumocmd itself may have found. With a
@@ -114,7 +128,6 @@ lumo_read_status() {
     esac
     [ "$((lumo_digits & 255))" -eq "$LUMO_EXIT" ] || return 0
     LUMO_CODE=$lumo_digits
-    # shellcheck disable=SC2034 # it is the caller's to read
     LUMO_PREFIX=${1%%-*}
 }
 
@@ -174,25 +187,116 @@ lumo_outcome_of_daemon() {
 }
 
 # Prints the value of a result line of the last call, such as "Current Value". Fails when there is
-# none: the call needs -v ON as its first option.
+# none, with a message when there are no such lines at all.
 lumo_value() {
     lumo_start="${lumo_escape}[0;32m[lumocmd] $1: "
     case $lumo_raw in
     *"$lumo_start"*) ;;
-    *) return 1 ;;
+    *"${lumo_escape}[0;32m[lumocmd] "*) return 1 ;;
+    *)
+        echo 'lumo_value: no result lines were shown: -v ON has to be the first option' >&2
+        return 1
+        ;;
     esac
     lumo_rest=${lumo_raw#*"$lumo_start"}
     printf '%s\n' "${lumo_rest%%"${lumo_escape}[0;39m"*}"
 }
 
+# Asks the web service for an element and sets LUMO_STATE and LUMO_VALUE.
+lumo_get() {
+    LUMO_STATE=
+    LUMO_VALUE=
+    lumo_session=${2:-${LUMO_SESSION:-}}
+    if [ -z "$lumo_session" ]; then
+        lumo_refuse 'lumo_get: no session, neither as second argument nor in LUMO_SESSION'
+        return 1
+    fi
+    if ! lumo_joined=$(lumo_list "$lumo_session" "$1"); then
+        lumo_refuse 'lumo_get: the element or the session is none'
+        return 1
+    fi
+    lumo_call -v ON -t SOAP -u "${LUMO_URL:-http://localhost/cgi-bin/lumows}" \
+        -f SERVICE_GETELEMENTSTATUS -p "$lumo_joined" || return $?
+    LUMO_STATE=$(lumo_value Status) && LUMO_VALUE=$(lumo_value 'Current Value') && return 0
+    echo "lumo_get: the answer lacks the status or the value of $1" >&2
+    return 1
+}
+
+# Says why there was no call, and leaves what a call leaves that nothing came of.
+lumo_refuse() {
+    LUMO_CODE=
+    LUMO_PREFIX=
+    LUMO_EXIT=126
+    LUMO_OUTPUT=$1
+    lumo_raw=
+    printf '%s\n' "$1" >&2
+}
+
+# Prints one entry of a list: the one with this number, or what follows a name that ends with "=".
+lumo_item() {
+    lumo_rest=$1
+    lumo_separator=${3:-;}
+    lumo_number=1
+    while :; do
+        lumo_entry=${lumo_rest%%"$lumo_separator"*}
+        case $2 in
+        *=) lumo_key=${lumo_entry%%=*}= ;;
+        *) lumo_key=$lumo_number ;;
+        esac
+        [ "$lumo_key" != "$2" ] || break
+        [ "$lumo_entry" != "$lumo_rest" ] || return 1
+        lumo_rest=${lumo_rest#*"$lumo_separator"}
+        lumo_number=$((lumo_number + 1))
+    done
+    case $2 in
+    *=) lumo_entry=${lumo_entry#"$2"} ;;
+    esac
+    printf '%s\n' "$lumo_entry"
+}
+
+# Is a daemon of this type at the socket? 0: yes, 1: no, 2: that cannot be told. What a gateway is
+# asked is too long to be sent, which lumocmd finds out behind the connection. It finds that out of
+# FSMCore's requests before, so FSMCore's socket is tried like the EIB gateway's.
+lumo_alive() {
+    lumo_limit=${LUMO_LIMIT:-5}
+    case $(printf '%s\n' "$1" | LC_ALL=C tr '[:lower:]' '[:upper:]') in
+    SOAP)
+        lumo_call_within "$lumo_limit" -t SOAP -u "$2" -f SERVICE_TEST || :
+        case $(lumo_outcome) in
+        'done' | refused) return 0 ;;
+        *) return 2 ;;
+        esac
+        ;;
+    FSMCORE | EIBLOCAL) set -- EIBLOCAL "$2" SENDEIBUSSETDATAGRAM '0|0|0|' ;;
+    SMSTOOLLOCAL) set -- "$1" "$2" SENDSMSTOOLDATAGRAM '0|0|' ;;
+    LINTRONICLOCAL) set -- "$1" "$2" SENDLINTRONICDATAGRAM '0|00|000|' ;;
+    TECNOUTLOCAL) set -- "$1" "$2" SENDTECNOUTCOMMANDDATAGRAM '0|0|0|' ;;
+    VIVALDILOCAL) set -- "$1" "$2" SENDVIVALDISETDATAGRAM '0|0|0|0|0|0|0|0|0|0|' ;;
+    BENTELLOCAL) set -- "$1" "$2" SENDBENTELCOMMANDDATAGRAM '0|0|0|' ;;
+    TUTONDOLOCAL) set -- "$1" "$2" SENDTUTONDOSETDATAGRAM '0|0|0|' ;;
+    *)
+        lumo_refuse "lumo_alive: no type '$1' that can be tried"
+        return 2
+        ;;
+    esac
+    lumo_call_within "$lumo_limit" -t "$1" -s "$2" -f "$3" -p "$4$(printf '%01024d' 0)" || :
+    case $LUMO_CODE,$(lumo_outcome),$LUMO_OUTPUT in
+    *06,invalid,*) return 0 ;;
+    *,unreachable,*"'No such file or directory'"* | *,unreachable,*"'Connection refused'"*) return 1 ;;
+    *) return 2 ;;
+    esac
+}
+
 # lumo_call, again and again while a daemon could not be reached: LUMO_TRIES calls (5) with pauses
-# that begin at LUMO_DELAY seconds (1) and double.
+# that begin at LUMO_DELAY seconds (1) and double, all within LUMO_DEADLINE seconds if it is set.
 lumo_retry() {
     lumo_tries=${LUMO_TRIES:-5}
     lumo_delay=${LUMO_DELAY:-1}
-    while ! lumo_call "$@"; do
+    lumo_end=
+    [ -z "${LUMO_DEADLINE:-}" ] || lumo_end=$(($(lumo_clock) + LUMO_DEADLINE))
+    while ! lumo_call_within "$(lumo_limit_of_try)" "$@"; do
         lumo_tries=$((lumo_tries - 1))
-        if [ "$lumo_tries" -le 0 ] || [ "$(lumo_outcome)" != unreachable ]; then
+        if [ "$lumo_tries" -le 0 ] || [ "$(lumo_outcome)" != unreachable ] || lumo_is_late; then
             [ "$LUMO_EXIT" -ne 0 ] || return 1
             return "$LUMO_EXIT"
         fi
@@ -201,17 +305,43 @@ lumo_retry() {
     done
 }
 
+# Prints LUMO_LIMIT, or what is left until the deadline if that is less.
+lumo_limit_of_try() {
+    lumo_seconds=${LUMO_LIMIT:-}
+    if [ -n "$lumo_end" ]; then
+        lumo_left=$((lumo_end - $(lumo_clock)))
+        [ "$lumo_left" -gt 0 ] || lumo_left=1
+        lumo_whole=${lumo_seconds%%[!0-9]*}
+        # timeout takes 0 for no limit.
+        if [ "${lumo_seconds:-0}" = 0 ] || [ "${lumo_whole:-0}" -ge "$lumo_left" ]; then
+            lumo_seconds=$lumo_left
+        fi
+    fi
+    printf '%s\n' "$lumo_seconds"
+}
+
+# Would the next pause last until the deadline?
+lumo_is_late() {
+    [ -n "$lumo_end" ] && [ "$(($(lumo_clock) + lumo_delay))" -ge "$lumo_end" ]
+}
+
+# Prints the seconds of a clock that nobody sets.
+lumo_clock() {
+    IFS=. read -r lumo_seconds lumo_rest </proc/uptime
+    printf '%s\n' "$lumo_seconds"
+}
+
 # Prints the values as one list for -p. Refuses what the list cannot carry.
 lumo_list() {
     lumo_joined=
-    for lumo_item in "$@"; do
-        case $lumo_item in
+    for lumo_entry in "$@"; do
+        case $lumo_entry in
         '' | *'|'* | *"$lumo_newline"*)
             echo 'lumo_list: a value is empty or holds a bar or a line feed' >&2
             return 1
             ;;
         esac
-        lumo_joined="${lumo_joined}${lumo_joined:+|}$lumo_item"
+        lumo_joined="${lumo_joined}${lumo_joined:+|}$lumo_entry"
     done
     printf '%s\n' "$lumo_joined"
 }

@@ -205,7 +205,8 @@ lumo_outcome
 lumo_value Status || echo none
 echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT>")sh");
     EXPECT_EQ(seen.output, "exit\nunknown\nnone\n<>\n");
-    EXPECT_EQ(seen.errors, "");
+    EXPECT_EQ(seen.errors,
+              "lumo_value: no result lines were shown: -v ON has to be the first option\n");
 }
 
 TEST_P(InShell, CallBearsAnySeparators) {
