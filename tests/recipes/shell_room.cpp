@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 
 using namespace harness;
@@ -83,9 +82,4 @@ std::string replaced(std::string text, const std::string &from, const std::strin
         text.replace(at, from.size(), to);
     }
     return text;
-}
-
-std::string masked(const std::string &text) {
-    const std::string plain = std::regex_replace(text, std::regex("\x1b\\[[0-9;]*m"), "");
-    return std::regex_replace(plain, std::regex("<[0-9]+>"), "<pid>");
 }

@@ -49,6 +49,3 @@ std::string file_text(const std::string &path);
 
 /// The text with every occurrence of `from` replaced.
 std::string replaced(std::string text, const std::string &from, const std::string &to);
-
-/// The text with process ids and colours as documents show them.
-std::string masked(const std::string &text);

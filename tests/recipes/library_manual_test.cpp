@@ -1,0 +1,137 @@
+// Every script that lumo.sh(7) shows, run in every shell against a simulated controller of its own:
+// what the page shows is what its reader sees.
+
+#include "tests/recipes/shell_room.h"
+#include "tests/simulator/simulator_process.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+
+namespace {
+
+using namespace harness;
+
+const char *const PAGE = PROJECT_DIRECTORY "/man/lumo.sh.7";
+const char *const SHOWN_URL = "http://localhost/cgi-bin/lumows";
+const char *const BLOCK = ".Bd -literal -offset indent";
+
+/// The comment "run NAME OPTION..." begins it, with the simulator's options; then a block is the
+/// script, and the next what it prints.
+struct shown_script {
+    std::string name;
+    words options;
+    std::string script;
+    std::string output;
+};
+
+void PrintTo(const shown_script &shown, std::ostream *out) {
+    *out << shown.name;
+}
+
+std::string read_block(std::istringstream &lines) {
+    std::string line;
+    while (std::getline(lines, line) && line != BLOCK) {
+    }
+    std::string block;
+    while (std::getline(lines, line) && line != ".Ed") {
+        block += line + "\n";
+    }
+    return replaced(replaced(block, "\\&", ""), "\\e", "\\");
+}
+
+std::vector<shown_script> read_scripts() {
+    std::istringstream lines(file_text(PAGE));
+    const std::string mark = ".\\\" run ";
+    std::vector<shown_script> scripts;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind(mark, 0) == 0) {
+            std::istringstream rest(line.substr(mark.size()));
+            shown_script shown;
+            rest >> shown.name;
+            for (std::string word; rest >> word;) {
+                shown.options.push_back(word);
+            }
+            shown.script = read_block(lines);
+            shown.output = read_block(lines);
+            scripts.push_back(shown);
+        }
+    }
+    return scripts;
+}
+
+class ManualScript : public testing::TestWithParam<std::tuple<shown_script, shell_row>> {};
+
+TEST_P(ManualScript, PrintsWhatThePageShows) {
+    const auto &[shown, shell] = GetParam();
+    Simulator simulator(shown.options);
+    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    const std::string url =
+        "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
+    const run_result seen =
+        shell_room(shell).run(replaced(shown.script, SHOWN_URL, url), simulator.home.path);
+    EXPECT_EQ(seen.output, shown.output);
+    EXPECT_NE(seen.output, "");
+    EXPECT_EQ(seen.errors, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Library, ManualScript,
+                         testing::Combine(testing::ValuesIn(read_scripts()),
+                                          testing::ValuesIn(SHELLS)),
+                         [](const auto &row) {
+                             return std::get<0>(row.param).name + "_" + std::get<1>(row.param).name;
+                         });
+
+/// A block that nothing runs may be wrong.
+TEST(LibraryManual, RunsEveryBlock) {
+    std::istringstream lines(file_text(PAGE));
+    std::size_t blocks = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line == BLOCK) {
+            blocks++;
+        }
+    }
+    EXPECT_EQ(blocks, 2 * read_scripts().size());
+    EXPECT_GT(blocks, 0U);
+}
+
+TEST(LibraryManual, PleasesMandoc) {
+    const run_result lint = run({"mandoc", "-T", "lint", PAGE});
+    std::istringstream lines(lint.output);
+    for (std::string line; std::getline(lines, line);) {
+        // The pages that it refers to need not be installed.
+        EXPECT_NE(line.find("referenced manual not found"), std::string::npos) << line;
+    }
+    EXPECT_LE(lint.status, 1) << lint.errors;
+}
+
+/// Every script, every variable of the library and of the scripts, and every function for scripts.
+TEST(LibraryManual, NamesWhatScriptsUse) {
+    const std::string page = file_text(PAGE);
+    std::string used = file_text(LIBRARY) + file_text(PROJECT_DIRECTORY "/docs/recipes.md");
+    for (const char *script :
+         {"all-lights-off", "arm-alarm", "watch-daemon", "check-daemons", "night-scene"}) {
+        EXPECT_NE(page.find(script), std::string::npos) << script;
+        used += file_text(std::string(PROJECT_DIRECTORY "/docs/examples/") + script);
+    }
+    const std::regex name("\\bLUMO_[A-Z]+\\b");
+    for (std::sregex_iterator found(used.begin(), used.end(), name), end; found != end; ++found) {
+        EXPECT_NE(page.find(found->str()), std::string::npos) << found->str();
+    }
+    for (const char *function :
+         {"call", "retry", "status", "outcome", "value", "get", "item", "list", "alive", "plain"}) {
+        EXPECT_NE(page.find(std::string(".It Ic lumo_") + function), std::string::npos) << function;
+    }
+}
+
+TEST(LibraryManual, ShowsScriptsThatPleaseShellcheck) {
+    for (const shown_script &shown : read_scripts()) {
+        const temporary_directory directory;
+        const std::string file = directory.path + "/" + shown.name;
+        std::ofstream(file) << replaced(shown.script, INSTALLED_LIBRARY, LIBRARY);
+        EXPECT_EQ(run({"shellcheck", "-x", "-s", "sh", file}).output, "");
+    }
+}
+
+} // namespace
