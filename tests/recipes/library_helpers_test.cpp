@@ -101,6 +101,12 @@ lumo_get LAMP || echo "$? $LUMO_CODE <$LUMO_STATE>")sh",
 done)sh",
      "2 BENT-1305\n2 exit 124\n2 LMCM-502\n2 exit 126\n",
      "lumo_alive: no type 'ECHOBUSLOCAL' that can be tried\n"},
+    {"ClockOfTheMachine",
+     {},
+     R"sh(read -r up idle </proc/uptime
+now=$(lumo_clock)
+[ "$now" -ge "${up%.*}" ] && [ "$now" -lt "$((${up%.*} + 60))" ] && echo "goes ${idle:+on}")sh",
+     "goes on\n"},
     // The clock goes on in pauses alone, and by what a try takes.
     {"DeadlineEndsTheTries",
      {NOT_REACHED, NOT_REACHED, NOT_REACHED},
