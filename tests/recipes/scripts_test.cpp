@@ -273,7 +273,7 @@ TEST_P(ExampleScript, DoesItsWork) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Examples, ExampleScript,
+INSTANTIATE_TEST_SUITE_P(Library, ExampleScript,
                          testing::Combine(testing::ValuesIn(SCRIPTS), testing::ValuesIn(SHELLS)),
                          [](const auto &row) {
                              return std::string(std::get<0>(row.param).name) + "_" +
@@ -281,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(Examples, ExampleScript,
                          });
 
 /// Copied to a controller together, each script finds the library beside it.
-TEST(ExampleScripts, FindTheLibraryAndPleaseShellcheck) {
+TEST(LibraryExamples, FindTheLibraryAndPleaseShellcheck) {
     std::set<std::string> files;
     for (const script_row &row : SCRIPTS) {
         files.insert(DIRECTORY + std::string(row.script));
