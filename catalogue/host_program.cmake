@@ -16,7 +16,7 @@ foreach(source IN LISTS sources library_sources)
     add_custom_command(
         OUTPUT ${object}
         COMMAND ${HOST_CXX} -std=c++20 -MD -MF ${object}.d -MT ${object} -I${PROJECT_SOURCE_DIR}
-            -isystem ${GENERATED_DIR} -isystem ${GSOAP_INCLUDE_DIR} ${GSOAP_FLAGS} -DWITH_COMPAT
+            -isystem ${GENERATED_DIR} -isystem ${SOAP_HEADER_DIR} ${GSOAP_FLAGS} -DWITH_COMPAT
             -c ${source} -o ${object}
         DEPENDS ${source} lumows_client # with it come the generated headers
         DEPFILE ${object}.d

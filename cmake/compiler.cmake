@@ -5,6 +5,7 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckPIESupported)
 
@@ -32,7 +33,9 @@ if(LUMOCMD_STATIC)
     # With its release as a text, for whoever has the file alone.
     target_link_options(lumocmd_linkage INTERFACE ${libc_search} -Wl,--undefined=gnu_get_libc_version)
 else()
-    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    if(NOT DEFINED CMAKE_POSITION_INDEPENDENT_CODE)
+        set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    endif()
     check_pie_supported()
 endif()
 
@@ -68,19 +71,29 @@ if(LUMOCMD_CHOOSES_FORTIFY_LEVEL)
         $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=3>)
 endif()
 
+# Before the builder's own flags, so that those win; what the compiler does not know is left out.
+set(HARDENING -fstack-protector-strong -fno-strict-overflow -fno-strict-aliasing
+    -fno-delete-null-pointer-checks -ftrivial-auto-var-init=zero)
 # Not on 32-bit ARM: two pages of the controller's flash for one large frame.
 if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
-    set(STACK_CLASH_PROTECTION -fstack-clash-protection)
+    list(APPEND HARDENING -fstack-clash-protection)
 endif()
+set(hardening)
+foreach(flag IN LISTS HARDENING)
+    string(MAKE_C_IDENTIFIER "LUMOCMD_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+        string(APPEND hardening "${flag} ")
+    endif()
+endforeach()
+string(PREPEND CMAKE_C_FLAGS "${hardening}")
+string(PREPEND CMAKE_CXX_FLAGS "${hardening}")
 
-# For the program and the library under it: no run-time library beyond libc, hardened.
+# For the program and the library under it: no run-time library beyond libc, and small.
 add_library(lumocmd_product INTERFACE)
 target_compile_options(lumocmd_product INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
-    $<$<CXX_COMPILER_ID:GNU>:-ftrivial-auto-var-init=zero>
-    ${STACK_CLASH_PROTECTION}
-    -fno-strict-overflow -fno-strict-aliasing -fno-delete-null-pointer-checks
-    -ffunction-sections -fdata-sections -fstack-protector-strong)
+    -ffunction-sections -fdata-sections)
 target_link_libraries(lumocmd_product INTERFACE lumocmd_fortified)
 target_link_options(lumocmd_product INTERFACE
     -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)

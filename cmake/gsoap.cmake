@@ -31,7 +31,7 @@ endif()
 find_program(SOAPCPP2 soapcpp2 ${program_search} REQUIRED DOC "gSOAP's generator, of this machine")
 find_library(GSOAP_LIBRARY libgsoap.a ${library_search} REQUIRED DOC "gSOAP's static library for C")
 find_path(GSOAP_INCLUDE_DIR stdsoap2.h ${header_search} REQUIRED DOC "Where gSOAP's stdsoap2.h is")
-# Other ones link and then crash.
+# With flags other than its own the library links and then crashes.
 if(NOT GSOAP_FOUND AND NOT DEFINED CACHE{GSOAP_FLAGS})
     message(FATAL_ERROR "pkg-config knows no gsoap: name its prefix in GSOAP_ROOT, or in GSOAP_FLAGS "
         "the definitions that ${GSOAP_LIBRARY} was compiled with, such as \"-DWITH_IPV6;-DWITH_DOM\".")
@@ -50,6 +50,9 @@ if(NOT beginning STREQUAL archive_mark)
         "The calls of a shared one cannot be renamed: set GSOAP_LIBRARY to libgsoap.a.")
 endif()
 
+if(NOT CMAKE_OBJCOPY)
+    message(FATAL_ERROR "The toolchain has no objcopy: name one in CMAKE_OBJCOPY.")
+endif()
 set(runtime ${PROJECT_BINARY_DIR}/libgsoap-of-lumocmd.a)
 add_custom_command(
     OUTPUT ${runtime}
@@ -61,8 +64,12 @@ add_custom_target(soap_runtime_copy DEPENDS ${runtime})
 add_library(soap_runtime STATIC IMPORTED)
 set_target_properties(soap_runtime PROPERTIES IMPORTED_LOCATION ${runtime})
 add_dependencies(soap_runtime soap_runtime_copy)
-# Before the desk's /usr/include, which Debian's cross compilers search as well.
-target_include_directories(soap_runtime SYSTEM INTERFACE ${GSOAP_INCLUDE_DIR})
+# A directory with this header alone: beside it there may be the headers of the target's C library, which
+# the compiler of the machine that builds must not read, and a cross compiler may find another one in
+# /usr/include first.
+set(SOAP_HEADER_DIR ${PROJECT_BINARY_DIR}/gsoap)
+configure_file(${GSOAP_INCLUDE_DIR}/stdsoap2.h ${SOAP_HEADER_DIR}/stdsoap2.h COPYONLY)
+target_include_directories(soap_runtime SYSTEM INTERFACE ${SOAP_HEADER_DIR})
 target_compile_options(soap_runtime INTERFACE ${GSOAP_FLAGS})
 # The runtime stands last on the link line and wants these of the libraries before it.
 target_link_options(soap_runtime INTERFACE

@@ -34,7 +34,7 @@ struct exchange {
     const char *tag; ///< source file and function, opens every message
     const char *function;
     int descriptor;
-    char *answer; ///< for the first line; null for those behind it
+    char *answer; ///< what strtok_r() is given: the answer, then null
     char *rest;   ///< of the answer, behind the line last taken
 };
 

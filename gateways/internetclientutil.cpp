@@ -5,17 +5,14 @@
 
 namespace {
 
+int send_to_eibus(const gateway_call &c) {
+    return eibgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1], c.p[2],
+                                       c.p[3]);
+}
+
 constexpr builder_row EIB_ROWS[] = {
-    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload",
-     [](const gateway_call &c) {
-         return eibgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1], c.p[2],
-                                            c.p[3]);
-     }},
-    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload",
-     [](const gateway_call &c) {
-         return eibgateway_internet_request(c.address, c.port, c.function, c.p[0], c.p[1], c.p[2],
-                                            c.p[3]);
-     }},
+    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload", send_to_eibus},
+    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload", send_to_eibus},
 };
 
 constexpr request_builder EIB_BUILDER = {.source = "internetclientutil",

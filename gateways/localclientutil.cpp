@@ -28,15 +28,13 @@ bool lintronic_lengths_are_right(const char *const *p) {
 
 // Double blanks are part of the count messages, and so of the interface.
 
+int send_to_eibus(const gateway_call &c) {
+    return eibgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
+}
+
 constexpr builder_row EIB_ROWS[] = {
-    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload",
-     [](const gateway_call &c) {
-         return eibgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
-     }},
-    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload",
-     [](const gateway_call &c) {
-         return eibgateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
-     }},
+    {"SENDEIBUSSETDATAGRAM", "SectionName, Destination, EISType, Payload", send_to_eibus},
+    {"SENDEIBUSGETDATAGRAM", "SectionName, Destination, EISType, Payload", send_to_eibus},
 };
 
 // The exiting mark deliberately has a name of its own.
@@ -109,17 +107,13 @@ constexpr builder_row BENTEL_ROWS[] = {
 constexpr request_builder BENTEL_BUILDER = {"localclientutil", "make_bentellocal_request",
                                             &BENTEL_GATEWAY, BENTEL_ROWS};
 
+int send_to_tutondo(const gateway_call &c) {
+    return tutondogateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3]);
+}
+
 constexpr builder_row TUTONDO_ROWS[] = {
-    {"SENDTUTONDOSETDATAGRAM", "SectionName,  ZoneNumber, Command, Payload",
-     [](const gateway_call &c) {
-         return tutondogateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
-                                             c.p[3]);
-     }},
-    {"SENDTUTONDOGETDATAGRAM", "SectionName, ZoneNumber, Command, Payload",
-     [](const gateway_call &c) {
-         return tutondogateway_local_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2],
-                                             c.p[3]);
-     }},
+    {"SENDTUTONDOSETDATAGRAM", "SectionName,  ZoneNumber, Command, Payload", send_to_tutondo},
+    {"SENDTUTONDOGETDATAGRAM", "SectionName, ZoneNumber, Command, Payload", send_to_tutondo},
 };
 
 constexpr request_builder TUTONDO_BUILDER = {"localclientutil", "make_tutondolocal_request",
@@ -163,6 +157,16 @@ constexpr builder_row IBS_ROWS[] = {
 constexpr request_builder IBS_BUILDER = {"localclientutil", "make_ibslocal_request", &IBS_GATEWAY,
                                          IBS_ROWS};
 
+int send_seven_to_byme(const gateway_call &c) {
+    return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3], c.p[4],
+                               c.p[5], c.p[6]);
+}
+
+int send_four_to_byme(const gateway_call &c) {
+    return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3], nullptr,
+                               nullptr, nullptr);
+}
+
 constexpr builder_row BYME_ROWS[] = {
     {"SENDBYMEGROUPVALUEREADDATAGRAM", "SectionName,  Destination",
      [](const gateway_call &c) {
@@ -170,36 +174,20 @@ constexpr builder_row BYME_ROWS[] = {
                                     nullptr, nullptr, nullptr);
      }},
     {"SENDBYMEGROUPVALUEWRITEDATAGRAM", "SectionName, Destination, DPT, Payload",
-     [](const gateway_call &c) {
-         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
-                                    nullptr, nullptr, nullptr);
-     }},
+     send_four_to_byme},
     {"SENDBYMEPROPERTYREADDATAGRAM",
      "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
-     [](const gateway_call &c) {
-         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
-                                    c.p[4], c.p[5], c.p[6]);
-     }},
+     send_seven_to_byme},
     {"SENDBYMEPROPERTYWRITEDATAGRAM",
      "SectionName, Source, Destination, ObjectIndex, PropertyID, StartAddress, ElementCount",
      nullptr},
     {"SENDBYMEFUNCTIONPROPERTYCOMMANDDATAGRAM",
      "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
-     [](const gateway_call &c) {
-         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
-                                    c.p[4], c.p[5], c.p[6]);
-     }},
+     send_seven_to_byme},
     {"SENDBYMEFUNCTIONPROPERTYSTATEREADDATAGRAM",
      "SectionName, Source, Destination, ObjectIndex, PropertyID, DataLength, Payload",
-     [](const gateway_call &c) {
-         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
-                                    c.p[4], c.p[5], c.p[6]);
-     }},
-    {"SENDBYMEOBJECTVALUEDATAGRAM", "SectionName, Index, ObjectID, Payload",
-     [](const gateway_call &c) {
-         return bymegateway_request(c.socket_path, c.function, c.p[0], c.p[1], c.p[2], c.p[3],
-                                    nullptr, nullptr, nullptr);
-     }},
+     send_seven_to_byme},
+    {"SENDBYMEOBJECTVALUEDATAGRAM", "SectionName, Index, ObjectID, Payload", send_four_to_byme},
 };
 
 // The exiting mark deliberately names another builder.

@@ -13,5 +13,5 @@ set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES
 # The cross compiler searches the desk's /usr/include as well; the runtime's header must not come
 # from there.
 add_test(NAME Target.UsesItsOwnRuntimeHeader
-    COMMAND sh -c "ninja -t deps >deps.txt && grep -q '${GSOAP_INCLUDE_DIR}/stdsoap2.h' deps.txt && ! grep -q '^ */usr/include/stdsoap2.h' deps.txt"
+    COMMAND sh -c "ninja -t deps >deps.txt && grep -q '${SOAP_HEADER_DIR}/stdsoap2.h' deps.txt && ! grep -q '^ */usr/include/stdsoap2.h' deps.txt"
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR})

@@ -97,5 +97,6 @@ bool is_usable_endpoint(const char *url) {
     if (end == nullptr) {
         return false;
     }
+    // strchr() finds the url's end as well.
     return *end == ':' ? is_readable_port(end + 1) : strchr("/?", *end) != nullptr;
 }

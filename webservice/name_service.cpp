@@ -4,6 +4,9 @@
 
 #if defined LUMOCMD_STATIC && defined __GLIBC__
 #include <nss.h>
+#if !__GLIBC_PREREQ(2, 34)
+#error "before 2.34 these two were modules as well: link with a newer glibc"
+#endif
 #endif
 
 void use_linked_name_service() {
