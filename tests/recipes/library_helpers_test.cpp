@@ -95,11 +95,14 @@ lumo_get LAMP || echo "$? $LUMO_CODE <$LUMO_STATE>")sh",
      "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"
      "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"},
     {"AliveCannotBeTold",
-     {FORBIDDEN, CUT_SHORT, {"LMCM-502\n", 246, UNUSABLE_URL}},
-     R"sh(for type in BENTELLOCAL FSMCORE SOAP ECHOBUSLOCAL; do
+     {FORBIDDEN, CUT_SHORT, {"LMCM-502\n", 246, UNUSABLE_URL}, {"", 127}},
+     R"sh(timeout() { echo "$1" >>limits; shift; "$@"; }
+for type in BENTELLOCAL FSMCORE SOAP EIBLOCAL ECHOBUSLOCAL; do
     lumo_alive "$type" /x || echo "$? $(lumo_status)"
-done)sh",
-     "2 BENT-1305\n2 exit 124\n2 LMCM-502\n2 exit 126\n",
+    LUMO_LIMIT=3
+done
+while read -r limit; do echo "$limit"; done <limits)sh",
+     "2 BENT-1305\n2 exit 124\n2 LMCM-502\n2 exit 127\n2 exit 126\n5\n3\n3\n3\n",
      "lumo_alive: no type 'ECHOBUSLOCAL' that can be tried\n"},
     {"ClockOfTheMachine",
      {},
@@ -119,19 +122,21 @@ lumo_retry -f F || echo "$? $((clock - 100))")sh",
      "",
      "<-f><F>\n<-f><F>\n<-f><F>\n"},
     {"DeadlineLimitsEachTry",
-     {NOT_REACHED, NOT_REACHED, NOT_REACHED, DONE, DONE, DONE},
+     {NOT_REACHED, NOT_REACHED, NOT_REACHED, DONE, DONE, DONE, NOT_REACHED, DONE},
      R"sh(clock=100
 lumo_clock() { echo "$clock"; }
 sleep() { clock=$((clock + $1)); }
 timeout() { echo "$1" >>limits; shift; "$@"; }
-LUMO_DEADLINE=9 LUMO_LIMIT=3.5
+LUMO_DEADLINE=10 LUMO_LIMIT=3.5
 lumo_retry -f F
 LUMO_LIMIT=
 lumo_retry -f F
-LUMO_LIMIT=0 LUMO_DEADLINE=10
+LUMO_LIMIT=0 LUMO_DEADLINE=2
+lumo_retry -f F
+sleep() { clock=$((clock + 9)); } # longer than it was asked for
 lumo_retry -f F
 while read -r limit; do echo "$limit"; done <limits)sh",
-     "3.5\n3.5\n3.5\n2\n9\n10\n"},
+     "3.5\n3.5\n3.5\n3\n10\n2\n2\n1\n"},
 };
 
 class Script : public testing::TestWithParam<std::tuple<script_row, shell_row>> {};
