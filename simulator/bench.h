@@ -5,11 +5,13 @@
 #include "simulator/journal.h"
 #include "simulator/options.h"
 #include "simulator/request_list.h"
+#include "simulator/script.h"
 
 struct test_bench {
     const simulator_settings &settings;
     home_state home = {};
     request_journal journal = {};
     replay_list replay = {};
+    script_run script = {};
     std::vector<std::string> places = {}; ///< where each listens, in the order of DAEMONS
 };

@@ -31,6 +31,17 @@ std::string bytes_words(const daemon_row &daemon, std::string_view direction,
     return std::string(daemon.label).append(" ").append(direction) + " " + quote_bytes(bytes);
 }
 
+void print_note(const daemon_row &daemon, const std::string &text) {
+    print_log({"note", daemon.key, std::string(daemon.label) + ": " + text, {{"text", text}}});
+}
+
+void print_bytes(const daemon_row &daemon, std::string_view direction, std::string_view bytes) {
+    print_log({"bytes",
+               daemon.key,
+               bytes_words(daemon, direction, bytes),
+               {{"direction", std::string(direction)}, {"bytes", quote_bytes(bytes)}}});
+}
+
 void add_entry(request_journal &journal, journal_entry entry) {
     print_log({"request",
                entry.daemon->key,

@@ -52,6 +52,12 @@ std::string entry_words(const journal_entry &entry);
 std::string bytes_words(const daemon_row &daemon, std::string_view direction,
                         std::string_view bytes);
 
+/// Prints a line about a daemon that is no request.
+void print_note(const daemon_row &daemon, const std::string &text);
+
+/// Prints the line of these bytes.
+void print_bytes(const daemon_row &daemon, std::string_view direction, std::string_view bytes);
+
 /// Prints the entry, and does with it what else there is to do.
 void add_entry(request_journal &journal, journal_entry entry);
 

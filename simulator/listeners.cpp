@@ -2,6 +2,8 @@
 // another program is told from a left-over one by connecting to it.
 #include "simulator/listeners.h"
 
+#include "simulator/http_front.h"
+
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <cerrno>
@@ -75,6 +77,8 @@ error_code start_listening(stream_acceptor &acceptor, const any_protocol::endpoi
     error_code error;
     acceptor.open(place.protocol(), error);
     if (!error) {
+        // What a command leaves behind must not go on listening.
+        fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
         acceptor.set_option(asio::socket_base::reuse_address(true), error);
     }
     if (!error) {
@@ -150,6 +154,22 @@ std::string open_listeners(event_loop &loop, const simulator_settings &settings,
         close_listeners(listeners);
     }
     return complaint;
+}
+
+std::vector<std::string> announce_listeners(const simulator_settings &settings,
+                                            const listener_set &listeners) {
+    std::vector<std::string> places;
+    for (const daemon_listener &row : listeners.rows) {
+        const bool refuses = settings.behaviours[row_of(*row.daemon)].refuse;
+        const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
+        places.push_back(place);
+        print_log(
+            {refuses ? "refuses" : "listens",
+             row.daemon->key,
+             std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") + place,
+             {{"place", place}}});
+    }
+    return places;
 }
 
 void close_listeners(listener_set &listeners) {

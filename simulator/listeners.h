@@ -32,5 +32,9 @@ struct listener_set {
 std::string open_listeners(event_loop &loop, const simulator_settings &settings,
                            listener_set &listeners);
 
+/// Prints where each daemon listens, and returns these places. The web service is the last.
+std::vector<std::string> announce_listeners(const simulator_settings &settings,
+                                            const listener_set &listeners);
+
 /// Closes everything and removes the files.
 void close_listeners(listener_set &listeners);

@@ -6,9 +6,12 @@
 #include "simulator/server.h"
 #include "simulator/state.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
 
 namespace {
 
@@ -16,6 +19,8 @@ constexpr int EXIT_STOPPED = 0;
 constexpr int EXIT_CANNOT_START = 1;
 constexpr int EXIT_WRONG_OPTIONS = 2;
 constexpr int EXIT_OTHER_REQUESTS = 3;
+constexpr int EXIT_SIMULATOR_FAILED = 125;
+constexpr int EXIT_SIGNAL = 128;
 
 /// The file name that stands for standard output.
 constexpr const char *STANDARD_OUTPUT = "-";
@@ -75,17 +80,53 @@ int conclude(test_bench &bench, const std::vector<listed_request> &expected) {
     return status;
 }
 
-int run(const simulator_settings &settings) {
-    // A reader of the log that went away is no reason to end.
-    std::signal(SIGPIPE, SIG_IGN);
-    choose_log_format(settings.log_format);
+int serve_bench(const simulator_settings &settings, script_run &script) {
     test_bench bench{settings};
     std::vector<listed_request> expected;
     std::string complaint = prepare(bench, expected);
     if (complaint.empty()) {
         complaint = serve(bench);
     }
+    script = bench.script;
     return complaint.empty() ? conclude(bench, expected) : complain(complaint);
+}
+
+/// The status with a command: of several, the one that is nearest to the command.
+int script_status(const script_run &script, int status) {
+    if (script.status != 0) {
+        return script.status;
+    }
+    if (script.signal != 0) {
+        return EXIT_SIGNAL + script.signal;
+    }
+    return status == EXIT_CANNOT_START ? EXIT_SIMULATOR_FAILED : status;
+}
+
+int run(simulator_settings &settings) {
+    // A reader of the log that went away is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
+    choose_log_format(settings.log_format);
+    script_run script;
+    if (settings.script.empty()) {
+        return serve_bench(settings, script);
+    }
+    log_to_errors();
+    // Several tests run side by side unless they are told where.
+    const bool fresh = settings.directory.empty();
+    if (fresh) {
+        std::error_code error;
+        settings.directory = std::filesystem::temp_directory_path(error) / "lumosim-XXXXXX";
+        if (error || mkdtemp(settings.directory.data()) == nullptr) {
+            complain("cannot make " + settings.directory + "; choose another with --directory");
+            return EXIT_SIMULATOR_FAILED;
+        }
+    }
+    const int status = serve_bench(settings, script);
+    if (fresh) {
+        std::error_code ignored;
+        std::filesystem::remove_all(settings.directory, ignored);
+    }
+    return script_status(script, status);
 }
 
 int start(const std::vector<std::string> &arguments) {
@@ -93,7 +134,9 @@ int start(const std::vector<std::string> &arguments) {
     const std::string complaint = read_options(arguments, settings);
     if (!complaint.empty()) {
         std::fprintf(stderr, "lumosim: %s\nTry 'lumosim --help'.\n", complaint.c_str());
-        return EXIT_WRONG_OPTIONS;
+        const bool serves_script =
+            std::find(arguments.begin(), arguments.end(), SCRIPT_OPTION) != arguments.end();
+        return serves_script ? EXIT_SIMULATOR_FAILED : EXIT_WRONG_OPTIONS;
     }
     if (settings.help) {
         std::fputs(help_text().c_str(), stdout);

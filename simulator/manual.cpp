@@ -101,8 +101,8 @@ constexpr page_filling FILLINGS[] = {
     {"@USERS@", users},
     {"@FIRST_USER@", [] { return std::string(FIRST_USER.name); }},
     {"@ELEMENTS@", elements},
-    {"@DEFAULT_DIRECTORY@", [] { return simulator_settings().directory; }},
-    {"@DEFAULT_PORT@", [] { return std::to_string(simulator_settings().port); }},
+    {"@DEFAULT_DIRECTORY@", [] { return std::string(DEFAULT_DIRECTORY); }},
+    {"@DEFAULT_PORT@", [] { return std::to_string(DEFAULT_PORT); }},
     {"@DEFAULT_PATIENCE@", [] { return std::to_string(simulator_settings().patience); }},
     {"@SHOWN_BYTES@", [] { return std::to_string(SHOWN_VALUE_BYTES); }},
 };

@@ -79,10 +79,10 @@ std::string in_brackets(text_argument text) {
 // clang-format off
 constexpr option_row OPTION_ROWS[] = {
     {"--directory", "DIR", "where the sockets are made", set_directory<&simulator_settings::directory>, nullptr,
-     [] { return in_brackets(simulator_settings().directory); }},
+     [] { return in_brackets(DEFAULT_DIRECTORY); }},
     {"--port", "N", "port of the web service, 0 for any free one",
      [](simulator_settings &settings, text_argument text) { return set_number(settings.port, text, 0, 65535); }, nullptr,
-     [] { return in_brackets(std::to_string(simulator_settings().port)); }},
+     [] { return in_brackets(std::to_string(DEFAULT_PORT)); }},
     {"--ready-file", "FILE", "written when everything listens, removed at the end", set_file<&simulator_settings::ready_file>},
     {"--session", "ID", "opens one more session of the user",
      [](simulator_settings &settings, text_argument text) { return set_name(settings.sessions.emplace_back(), text, "a session identifier"); }, nullptr,
@@ -116,6 +116,8 @@ constexpr option_row OPTION_ROWS[] = {
      }, nullptr, [] { return in_brackets("text"); }},
     {"--help", "", "prints this text", turn_on<&simulator_settings::help>, nullptr, nullptr, true},
     {"--version", "", "prints the version", turn_on<&simulator_settings::version>, nullptr, nullptr, true},
+    {SCRIPT_OPTION, "COMMAND ...", "serves this command, and ends with it",
+     [](simulator_settings &settings, text_argument text) { return set_name(settings.script.emplace_back(), text, "a command"); }},
 };
 // clang-format on
 
@@ -188,13 +190,22 @@ std::string read_options(const std::vector<std::string> &arguments, simulator_se
         if (!complaint.empty()) {
             return std::string(name).append(" '").append(argument).append("' ") + complaint;
         }
+        if (name == SCRIPT_OPTION) {
+            while (++i < arguments.size()) {
+                settings.script.push_back(arguments[i]);
+            }
+        }
+    }
+    settings.port = settings.port >= 0 ? settings.port : settings.script.empty() ? DEFAULT_PORT : 0;
+    if (settings.script.empty() && settings.directory.empty()) {
+        settings.directory = DEFAULT_DIRECTORY;
     }
     return find_conflict(settings);
 }
 
 std::string help_text() {
     std::string text =
-        "Usage: lumosim [OPTION...]\n"
+        "Usage: lumosim [OPTION...] [-- COMMAND ...]\n"
         "Simulates the daemons of a home-automation controller: FSMCore and the gateways on\n"
         "Unix sockets in one directory, the web service on 127.0.0.1. Prints a line per request.\n"
         "Stop it with Ctrl-C.\n\n";
@@ -221,6 +232,8 @@ std::string help_text() {
            " is open from the start.\n"
            "\nExit status: 0 stopped by a signal, 1 cannot start, 2 wrong options.\n"
            "It is 3 when other requests came than --expect lists.\n"
+           "With a command it is the command's, 128 + n after signal n; where that is 0, it is 3\n"
+           "for other requests. It is 125 when lumosim fails, 126 or 127 when the command cannot run.\n"
            "\nA browser shows the home and the last requests at http://127.0.0.1:PORT/\n"
            "For systemd there is lumosim.service; lumosim(1) tells how a class-room runs many.\n";
 }

@@ -12,9 +12,15 @@
 
 #define LUMOSIM_VERSION "1.0.0"
 
+inline constexpr const char *DEFAULT_DIRECTORY = "/tmp/lumosim";
+inline constexpr int DEFAULT_PORT = 8080;
+
+/// The option that the command follows.
+inline constexpr std::string_view SCRIPT_OPTION = "--";
+
 struct simulator_settings {
-    std::string directory = "/tmp/lumosim";
-    int port = 8080; ///< 0: chosen by the system
+    std::string directory; ///< empty: a fresh one, for a command
+    int port = -1;         ///< 0: chosen by the system
     std::string ready_file;
     std::vector<std::string> sessions;
     int patience = 30000; ///< milliseconds that a client may take over its request
@@ -28,6 +34,7 @@ struct simulator_settings {
     std::string state_file;
     std::string state_out_file; ///< "-": standard output
     log_format_kind log_format = log_format_kind::TEXT;
+    std::vector<std::string> script; ///< the command to serve, with its arguments
     bool help = false;
     bool version = false;
     /// In the order of DAEMONS.

@@ -12,6 +12,7 @@
 namespace {
 
 log_format_kind chosen_format = log_format_kind::TEXT;
+std::FILE *log_file = stdout;
 
 /// The moment in universal time, such as 2026-11-21T08:15:00.250Z.
 std::string moment() {
@@ -39,19 +40,27 @@ std::string json_line(const log_line &line) {
     return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
+void print(std::string_view text, std::FILE *file) {
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fflush(file);
+}
+
 } // namespace
 
 void choose_log_format(log_format_kind format) {
     chosen_format = format;
 }
 
+void log_to_errors() {
+    log_file = stderr;
+}
+
 void print_log(const log_line &line) {
-    print_text((chosen_format == log_format_kind::JSON ? json_line(line) : line.text) + "\n");
+    print((chosen_format == log_format_kind::JSON ? json_line(line) : line.text) + "\n", log_file);
 }
 
 void print_text(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    print(text, stdout);
 }
 
 std::optional<std::string> file_bytes(const std::string &path) {

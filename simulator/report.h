@@ -1,4 +1,4 @@
-// Everything that the simulator prints on standard output: whole lines, flushed, as text or as
+// Everything that the simulator prints but its complaints: whole lines, flushed, as text or as
 // JSON objects.
 #pragma once
 
@@ -21,6 +21,9 @@ struct log_line {
 /// Chosen once, before the first line.
 void choose_log_format(log_format_kind format);
 
+/// Prints the log on standard error from now on.
+void log_to_errors();
+
 /// Prints the line in the chosen format.
 void print_log(const log_line &line);
 
@@ -30,5 +33,5 @@ std::optional<std::string> file_bytes(const std::string &path);
 /// Writes a file beside its place and renames it, so that whoever sees it sees all of it.
 bool write_file(const std::string &path, const std::string &text);
 
-/// Prints the text as it is, whatever the format.
+/// Prints the text as it is on standard output.
 void print_text(std::string_view text);

@@ -61,17 +61,9 @@ struct client_session {
 
 using session_ptr = std::shared_ptr<client_session>;
 
-void print_note(const daemon_row &daemon, const std::string &text) {
-    print_log({"note", daemon.key, std::string(daemon.label) + ": " + text, {{"text", text}}});
-}
-
 void print_raw(const client_session &session, std::string_view direction, std::string_view bytes) {
     if (session.server.bench.settings.raw && !bytes.empty()) {
-        const daemon_row &daemon = session.conversation.daemon;
-        print_log({"bytes",
-                   daemon.key,
-                   bytes_words(daemon, direction, bytes),
-                   {{"direction", std::string(direction)}, {"bytes", quote_bytes(bytes)}}});
+        print_bytes(session.conversation.daemon, direction, bytes);
     }
 }
 
@@ -227,17 +219,24 @@ void accept_next(simulator_server &server, daemon_listener &listener) {
     }
 }
 
-void announce(test_bench &bench, const listener_set &listeners) {
-    for (const daemon_listener &row : listeners.rows) {
-        const bool refuses = bench.settings.behaviours[row_of(*row.daemon)].refuse;
-        const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
-        bench.places.push_back(place);
-        print_log(
-            {refuses ? "refuses" : "listens",
-             row.daemon->key,
-             std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") + place,
-             {{"place", place}}});
-    }
+/// Serves until a signal comes. With a command, that is the one that tells of its end; it decides
+/// itself what to do about others.
+void await_end(simulator_server &server, asio::signal_set &signals) {
+    signals.async_wait([&server, &signals](const error_code &, int number) {
+        script_run &script = server.bench.script;
+        if (script.pid != 0 && (number != SIGCHLD || !has_script_ended(script))) {
+            if (number != SIGCHLD) {
+                script.signal = number;
+                kill(script.pid, number);
+            }
+            await_end(server, signals);
+            return;
+        }
+        for (daemon_listener &row : server.listeners.rows) {
+            row.acceptor.cancel();
+        }
+        stop_waiting(server.loop);
+    });
 }
 
 /// A connection that cannot be served for lack of memory must not take the others with it.
@@ -257,15 +256,18 @@ std::string serve(test_bench &bench) {
     const simulator_settings &settings = bench.settings;
     simulator_server server{bench};
     asio::signal_set signals(server.loop.context, SIGINT, SIGTERM);
+    if (!settings.script.empty()) {
+        signals.add(SIGCHLD);
+    }
     std::string complaint = open_listeners(server.loop, settings, server.listeners);
     if (!complaint.empty()) {
         return complaint;
     }
     bench.home.origin = server.listeners.origin;
-    announce(bench, server.listeners);
+    bench.places = announce_listeners(settings, server.listeners);
     if (!settings.ready_file.empty() &&
-        !write_file(settings.ready_file, "directory=" + settings.directory + "\nurl=" +
-                                             server.listeners.origin + SERVICE_PATH + "\n")) {
+        !write_file(settings.ready_file,
+                    "directory=" + settings.directory + "\nurl=" + bench.places.back() + "\n")) {
         close_listeners(server.listeners);
         return "cannot write " + settings.ready_file + "; choose another with --ready-file";
     }
@@ -283,16 +285,17 @@ std::string serve(test_bench &bench) {
             accept_next(server, row);
         }
     }
-    signals.async_wait([&server](const error_code &, int) {
-        for (daemon_listener &row : server.listeners.rows) {
-            row.acceptor.cancel();
-        }
-        stop_waiting(server.loop);
-    });
-    run(server);
+    if (!settings.script.empty()) {
+        complaint =
+            start_script(bench.script, settings.script, settings.directory, bench.places.back());
+    }
+    if (complaint.empty()) {
+        await_end(server, signals);
+        run(server);
+    }
     close_listeners(server.listeners);
     if (!settings.ready_file.empty()) {
         std::remove(settings.ready_file.c_str());
     }
-    return "";
+    return complaint;
 }
