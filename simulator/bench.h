@@ -7,11 +7,18 @@
 #include "simulator/request_list.h"
 #include "simulator/script.h"
 
+/// How far a daemon has come with what it was told to do some times only.
+struct daemon_turns {
+    int requests = 0;
+    int refusals = 0;
+};
+
 struct test_bench {
     const simulator_settings &settings;
     home_state home = {};
     request_journal journal = {};
     replay_list replay = {};
     script_run script = {};
+    std::vector<daemon_turns> turns = std::vector<daemon_turns>(DAEMONS.size());
     std::vector<std::string> places = {}; ///< where each listens, in the order of DAEMONS
 };

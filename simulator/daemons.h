@@ -82,14 +82,18 @@ enum request_error {
     TOO_LONG = 4,      ///< more bytes than one request may have
 };
 
+/// More requests than ever come.
+inline constexpr int FOR_EVER = 1 << 30;
+
 /// What a daemon was told to do instead of answering properly.
 struct told_behaviour {
     std::vector<int>
         statuses; ///< answered in turn in place of the proper number, the last for ever
     std::optional<std::string> raw; ///< sent in place of the proper answer
     int delay = 0;                  ///< milliseconds between the request and the answer
-    bool close = false;             ///< closes after the request, without an answer
-    bool refuse = false;            ///< refuses connections
+    int delays = FOR_EVER;          ///< so many of the first requests wait so long
+    int closes = 0;                 ///< so many are closed without an answer
+    int refusals = 0;               ///< so many connections are refused
 };
 
 /// One request to one daemon, read to its end.

@@ -20,6 +20,9 @@ namespace {
 constexpr const char *LOCK_FILE = ".lumosim.lock";
 constexpr int BACKLOG = 64;
 
+/// How often refused connections are looked for.
+constexpr std::chrono::milliseconds ATTEMPT_PAUSE{1};
+
 std::string error_text(const std::string &what) {
     return what + ": " + std::strerror(errno); // NOLINT(concurrency-mt-unsafe): one thread yet
 }
@@ -70,6 +73,26 @@ std::string clear_path(event_loop &loop, const std::string &path,
     return unlink(path.c_str()) == 0 ? "" : error_text("cannot replace " + path);
 }
 
+/// A socket that is bound alone refuses connections and tells nobody. But whoever finds its file to
+/// connect is noted as an access to it. Whether somebody was, since the last call.
+bool was_accessed(const std::string &path) {
+    struct stat found {};
+    if (lstat(path.c_str(), &found) != 0 || found.st_atim.tv_sec == 0) {
+        return false;
+    }
+    const timespec times[2] = {{0, 0}, {0, UTIME_OMIT}};
+    return utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+/// Whether the directory is in a file system that notes accesses: finds out by connecting.
+bool can_count(event_loop &loop, const std::string &path, const any_protocol::endpoint &place) {
+    was_accessed(path);
+    stream_socket probe(loop.context, place.protocol());
+    error_code refused;
+    probe.connect(place, refused);
+    return was_accessed(path);
+}
+
 /// Binds and lets it listen, unless its daemon refuses connections: bound alone, the system
 /// refuses them.
 error_code start_listening(stream_acceptor &acceptor, const any_protocol::endpoint &place,
@@ -103,9 +126,15 @@ std::string open_unix(event_loop &loop, const simulator_settings &settings,
     }
     stream_acceptor acceptor(loop.context);
     const error_code error =
-        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
+        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refusals != 0);
     if (error) {
         return "cannot make " + path + ": " + error.message();
+    }
+    const int refusals = settings.behaviours[row_of(daemon)].refusals;
+    if (refusals != 0 && refusals != FOR_EVER && !can_count(loop, path, place)) {
+        unlink(path.c_str());
+        return "cannot count connections to " + path +
+               ", whose file system notes no accesses; choose another with --directory";
     }
     struct stat made {};
     lstat(path.c_str(), &made);
@@ -119,7 +148,7 @@ std::string open_tcp(event_loop &loop, const simulator_settings &settings, const
                                         static_cast<unsigned short>(settings.port));
     stream_acceptor acceptor(loop.context);
     const error_code error =
-        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refuse);
+        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refusals != 0);
     if (error) {
         return "cannot take port " + std::to_string(settings.port) +
                " of 127.0.0.1: " + error.message() +
@@ -156,11 +185,10 @@ std::string open_listeners(event_loop &loop, const simulator_settings &settings,
     return complaint;
 }
 
-std::vector<std::string> announce_listeners(const simulator_settings &settings,
-                                            const listener_set &listeners) {
-    std::vector<std::string> places;
+std::string announce_listeners(const simulator_settings &settings, const listener_set &listeners,
+                               std::vector<std::string> &places) {
     for (const daemon_listener &row : listeners.rows) {
-        const bool refuses = settings.behaviours[row_of(*row.daemon)].refuse;
+        const bool refuses = settings.behaviours[row_of(*row.daemon)].refusals != 0;
         const std::string place = row.path.empty() ? listeners.origin + SERVICE_PATH : row.path;
         places.push_back(place);
         print_log(
@@ -169,7 +197,33 @@ std::vector<std::string> announce_listeners(const simulator_settings &settings,
              std::string(row.daemon->label) + (refuses ? " refuses on " : " listens on ") + place,
              {{"place", place}}});
     }
-    return places;
+    if (!settings.ready_file.empty() &&
+        !write_file(settings.ready_file,
+                    "directory=" + settings.directory + "\nurl=" + places.back() + "\n")) {
+        return "cannot write " + settings.ready_file + "; choose another with --ready-file";
+    }
+    print_log({"ready", "", "ready"});
+    return "";
+}
+
+void refuse_connections(event_loop &loop, daemon_listener &listener, int count,
+                        std::function<void()> refused, std::function<void()> then) {
+    const auto pause = std::make_shared<loop_timer>(loop.context, ATTEMPT_PAUSE);
+    pause->async_wait([&loop, &listener, count, refused = std::move(refused),
+                       then = std::move(then), pause](const error_code &) {
+        const bool attempt = was_accessed(listener.path);
+        const int left = attempt ? count - 1 : count;
+        if (attempt) {
+            refused();
+        }
+        if (left > 0 && !loop.stopping) {
+            refuse_connections(loop, listener, left, refused, then);
+        } else if (!loop.stopping) {
+            error_code ignored;
+            listener.acceptor.listen(BACKLOG, ignored);
+            then();
+        }
+    });
 }
 
 void close_listeners(listener_set &listeners) {

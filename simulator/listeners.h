@@ -6,6 +6,7 @@
 #include "simulator/options.h"
 
 #include <boost/asio/basic_socket_acceptor.hpp>
+#include <functional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -32,9 +33,15 @@ struct listener_set {
 std::string open_listeners(event_loop &loop, const simulator_settings &settings,
                            listener_set &listeners);
 
-/// Prints where each daemon listens, and returns these places. The web service is the last.
-std::vector<std::string> announce_listeners(const simulator_settings &settings,
-                                            const listener_set &listeners);
+/// Says where each daemon listens, and writes the ready file. The places are in the order of
+/// DAEMONS. Returns what went wrong.
+std::string announce_listeners(const simulator_settings &settings, const listener_set &listeners,
+                               std::vector<std::string> &places);
+
+/// Refuses this many more connections, and lets the socket listen then. Tells of each that was
+/// refused.
+void refuse_connections(event_loop &loop, daemon_listener &listener, int count,
+                        std::function<void()> refused, std::function<void()> then);
 
 /// Closes everything and removes the files.
 void close_listeners(listener_set &listeners);

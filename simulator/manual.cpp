@@ -14,14 +14,20 @@
 
 namespace {
 
-/// An option as the page writes it: --delay DAEMON=MS is "Fl -delay Ar daemon Ns = Ns Ar ms".
+/// An option as the page writes it: --delay DAEMON=MS[,TIMES] is
+/// "Fl -delay Ar daemon Ns = Ns Ar ms Ns Op , Ns Ar times".
 std::string option_macro(const option_row &option) {
     std::string macro = "Fl " + std::string(option.name.substr(1));
     if (!option.argument.empty()) {
         macro += " Ar ";
+        bool bracket = false;
         for (const char letter : option.argument) {
-            macro += letter == '=' ? std::string(" Ns = Ns Ar ")
-                                   : std::string(1, static_cast<char>(std::tolower(letter)));
+            if (letter == '=' || letter == ',') {
+                macro += std::string(bracket ? " Ns Op " : " Ns ") + letter + " Ns Ar ";
+            } else if (letter != '[' && letter != ']') {
+                macro += static_cast<char>(std::tolower(letter));
+            }
+            bracket = letter == '[';
         }
     }
     return macro;

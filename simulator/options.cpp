@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int LONGEST_WAIT = 3600 * 1000;
+constexpr int MOST_TIMES = 1000000;
 
 using text_argument = const std::string &;
 
@@ -66,10 +67,20 @@ std::string set_raw(told_behaviour &told, text_argument text) {
     return told.raw ? "" : "has an escape other than \\n \\r \\t \\0 \\\\ \\\" \\xHH";
 }
 
-template <bool told_behaviour::*target>
-std::string turn_on(told_behaviour &told, text_argument /*text*/) {
-    told.*target = true;
-    return "";
+template <int told_behaviour::*target>
+std::string set_times(told_behaviour &told, text_argument text) {
+    told.*target = FOR_EVER;
+    return text.empty() ? "" : set_number(told.*target, text, 1, MOST_TIMES);
+}
+
+std::string set_delay(told_behaviour &told, text_argument text) {
+    const std::size_t comma = std::min(text.find(','), text.size());
+    std::string complaint = set_number(told.delay, text.substr(0, comma), 0, LONGEST_WAIT);
+    told.delays = FOR_EVER;
+    if (complaint.empty() && comma < text.size()) {
+        complaint = set_number(told.delays, text.substr(comma + 1), 1, MOST_TIMES);
+    }
+    return complaint;
 }
 
 std::string in_brackets(text_argument text) {
@@ -93,10 +104,9 @@ constexpr option_row OPTION_ROWS[] = {
     {"--raw", "", "also prints the bytes of requests and answers", turn_on<&simulator_settings::raw>},
     {"--answer", "DAEMON=STATUS", "answers this status number", nullptr, set_statuses},
     {"--answer-raw", "DAEMON=TEXT", "answers these bytes, or those of a file: DAEMON=@FILE", nullptr, set_raw},
-    {"--delay", "DAEMON=MS", "waits before the answer", nullptr,
-     [](told_behaviour &told, text_argument text) { return set_number(told.delay, text, 0, LONGEST_WAIT); }},
-    {"--close", "DAEMON", "closes without an answer", nullptr, turn_on<&told_behaviour::close>},
-    {"--refuse", "DAEMON", "refuses connections", nullptr, turn_on<&told_behaviour::refuse>},
+    {"--delay", "DAEMON=MS[,TIMES]", "waits before the answer", nullptr, set_delay},
+    {"--close", "DAEMON[=TIMES]", "closes without an answer", nullptr, set_times<&told_behaviour::closes>},
+    {"--refuse", "DAEMON[=TIMES]", "refuses connections", nullptr, set_times<&told_behaviour::refusals>},
     {"--expect", "FILE", "ends with 3 unless exactly the requests of this list came", set_file<&simulator_settings::expect_file>},
     {"--any-order", "", "lets them come in any order", turn_on<&simulator_settings::any_order>},
     {"--record", "FILE", "writes such a list", set_file<&simulator_settings::record_file>},
@@ -133,8 +143,8 @@ std::string tell_daemon(const option_row &option, simulator_settings &settings,
         }
         return complaint;
     }
-    if (option.argument == "DAEMON" && equals < argument.size()) {
-        return "takes a daemon's name alone";
+    if (option.argument == "DAEMON[=TIMES]" && argument.ends_with('=')) {
+        return "needs a number after the equals sign";
     }
     return option.tell(settings.behaviours[row_of(*daemon)],
                        argument.substr(std::min(equals + 1, argument.size())));
@@ -144,9 +154,15 @@ std::string tell_daemon(const option_row &option, simulator_settings &settings,
 std::string find_conflict(const simulator_settings &settings) {
     for (const daemon_row &daemon : DAEMONS) {
         const told_behaviour &told = settings.behaviours[row_of(daemon)];
-        if (!told.statuses.empty() + told.raw.has_value() + told.close + told.refuse > 1) {
+        const bool closes = told.closes != 0;
+        const bool refuses = told.refusals != 0;
+        if (!told.statuses.empty() + told.raw.has_value() + closes + refuses > 1) {
             return "only one of --answer, --answer-raw, --close and --refuse can be given for " +
                    std::string(daemon.key);
+        }
+        if (refuses && told.refusals != FOR_EVER && daemon.socket_file.empty()) {
+            return "--refuse counts the connections to a socket only, not to " +
+                   std::string(daemon.key) + "; --close counts its requests";
         }
     }
     if (settings.any_order && settings.expect_file.empty()) {
@@ -223,6 +239,7 @@ std::string help_text() {
     text +=
         "\nTEXT may hold \\n \\r \\t \\0 \\\\ \\\" and \\xHH; for soap it is the whole HTTP answer.\n"
         "STATUS may be several, such as 107,0: one for each request, the last one stays.\n"
+        "TIMES ends it after the first so many requests, or connections that were refused.\n"
         "\nUsers of the web service (password, session that a login opens):\n";
     for (const user_account &user : USERS) {
         text.append("  ").append(user.name).append(" (").append(user.password).append(", ");

@@ -12,12 +12,14 @@ namespace {
 using json_value = nlohmann::ordered_json;
 
 /// What the daemon was told to do, in words; empty for a proper one.
-std::string told_words(const simulator_settings &settings, const daemon_row &daemon) {
+std::string told_words(const test_bench &bench, const daemon_row &daemon) {
+    const simulator_settings &settings = bench.settings;
     const told_behaviour &told = settings.behaviours[row_of(daemon)];
+    const daemon_turns &turns = bench.turns[row_of(daemon)];
     std::string words;
-    if (told.refuse) {
+    if (told.refusals > turns.refusals) {
         words = "refuses connections";
-    } else if (told.close) {
+    } else if (told.closes > turns.requests) {
         words = CLOSED;
     } else if (told.raw) {
         words = "answers " + std::to_string(told.raw->size()) + " raw bytes";
@@ -30,7 +32,7 @@ std::string told_words(const simulator_settings &settings, const daemon_row &dae
     } else if (is_forwarded(settings, daemon)) {
         words = "asks the real controller";
     }
-    if (told.delay > 0) {
+    if (told.delay > 0 && told.delays > turns.requests) {
         words.append(words.empty() ? "" : ", ") += "waits " + std::to_string(told.delay) + " ms";
     }
     return words;
@@ -50,6 +52,8 @@ json_value daemons_picture(const test_bench &bench) {
     json_value list = json_value::array();
     for (const daemon_row &daemon : DAEMONS) {
         const latest_requests &latest = bench.journal.latest[row_of(daemon)];
+        const bool refuses = bench.settings.behaviours[row_of(daemon)].refusals >
+                             bench.turns[row_of(daemon)].refusals;
         json_value entries = json_value::array();
         for (const journal_entry &entry : latest.entries) {
             entries.push_back({{"request", entry.request}, {"outcome", entry.outcome}});
@@ -57,8 +61,8 @@ json_value daemons_picture(const test_bench &bench) {
         list.push_back({{"key", daemon.key},
                         {"label", daemon.label},
                         {"place", bench.places[row_of(daemon)]},
-                        {"told", told_words(bench.settings, daemon)},
-                        {"refuses", bench.settings.behaviours[row_of(daemon)].refuse},
+                        {"told", told_words(bench, daemon)},
+                        {"refuses", refuses},
                         {"asked", latest.asked},
                         {"latest", entries}});
     }

@@ -58,7 +58,12 @@ std::string start_script(script_run &script, const std::vector<std::string> &com
            std::strerror(error); // NOLINT(concurrency-mt-unsafe): one thread
 }
 
-bool has_script_ended(script_run &script) {
+bool take_signal(script_run &script, int number) {
+    if (number != SIGCHLD) {
+        script.signal = number;
+        kill(script.pid, number);
+        return false;
+    }
     int status = 0;
     if (waitpid(script.pid, &status, WNOHANG) != script.pid) {
         return false;

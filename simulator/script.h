@@ -16,5 +16,5 @@ struct script_run {
 std::string start_script(script_run &script, const std::vector<std::string> &command,
                          const std::string &directory, const std::string &url);
 
-/// Whether it has ended; sets its status then.
-bool has_script_ended(script_run &script);
+/// Passes a signal on, or reads what SIGCHLD tells. Whether the command has ended.
+bool take_signal(script_run &script, int number);

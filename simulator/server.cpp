@@ -4,9 +4,7 @@
 
 #include "simulator/forward.h"
 #include "simulator/http_front.h"
-#include "simulator/listeners.h"
-#include "simulator/page.h"
-#include "simulator/text.h"
+#include "simulator/session.h"
 
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
@@ -20,84 +18,10 @@ constexpr std::size_t MOST_CONNECTIONS = 256;
 /// Pause after a failed accept, which is most likely a lack of descriptors.
 constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
 
-/// How often a watcher that went away without a word is noticed.
-constexpr std::chrono::milliseconds STILL_HERE_TIME{15000};
-constexpr std::chrono::milliseconds NO_TIME{0};
-
-struct simulator_server {
-    test_bench &bench;
-    event_loop loop = {};
-    listener_set listeners = {};
-    std::set<struct client_session *> sessions = {};
-    const daemon_row *at_work = DAEMONS.data(); ///< what an exception is blamed on
-};
-
-/// One client of a daemon.
-struct client_session {
-    client_session(simulator_server &serving, const daemon_row &daemon, stream_socket socket)
-        : server(serving), client(std::make_shared<stream_connection>(
-                               serving.loop, std::move(socket), daemon.limit,
-                               std::chrono::milliseconds(serving.bench.settings.patience))),
-          conversation{daemon, serving.bench.settings.behaviours[row_of(daemon)],
-                       serving.bench.home} {
-        server.sessions.insert(this);
-    }
-
-    ~client_session() {
-        server.sessions.erase(this);
-    }
-
-    client_session(const client_session &) = delete;
-    client_session &operator=(const client_session &) = delete;
-
-    simulator_server &server;
-    connection_ptr client;
-    daemon_conversation conversation;
-    bool told_to_continue = false;
-    bool idle = false;    ///< a watcher that waits for something to see
-    bool changed = false; ///< and has not seen the last change
-    bool left = false;
-};
-
-using session_ptr = std::shared_ptr<client_session>;
-
 void print_raw(const client_session &session, std::string_view direction, std::string_view bytes) {
     if (session.server.bench.settings.raw && !bytes.empty()) {
         print_bytes(session.conversation.daemon, direction, bytes);
     }
-}
-
-void next_event(const session_ptr &session) {
-    session->idle = true;
-    wait(session->client, session->changed ? NO_TIME : STILL_HERE_TIME, [session]() {
-        session->idle = false;
-        if (session->left || session->server.loop.stopping) {
-            end_connection(session->client);
-            return;
-        }
-        const bool changed = std::exchange(session->changed, false);
-        send_all(session->client, changed ? picture_event(session->server.bench) : STILL_HERE,
-                 [session](bool sent) {
-                     session->left = session->left || !sent;
-                     next_event(session);
-                 });
-    });
-}
-
-/// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
-/// or the simulator shuts down.
-void stream_events(const session_ptr &session) {
-    // A watcher has nothing more to say: what arrives is the end of its connection.
-    session->client->socket.async_wait(asio::socket_base::wait_read, [session](const error_code &) {
-        session->left = true;
-        session->client->timer.cancel();
-        session->client->socket.cancel();
-    });
-    send_all(session->client, STREAM_HEAD + picture_event(session->server.bench),
-             [session](bool sent) {
-                 session->left = session->left || !sent;
-                 next_event(session);
-             });
 }
 
 /// The line is printed before the answer goes out, so that a client that has its answer finds the
@@ -127,9 +51,9 @@ void choose_answer(const session_ptr &session) {
     const told_behaviour &told = session->conversation.behaviour;
     exchange_result &exchange = session->conversation.exchange;
     session->server.at_work = &daemon;
-    if (told.delay > 0 && session->server.loop.stopping) {
+    if (told.delay > 0 && session->turn <= told.delays && session->server.loop.stopping) {
         exchange = {exchange.request, "not answered, the simulator shuts down", {}};
-    } else if (told.close) {
+    } else if (session->turn <= told.closes) {
         exchange.outcome = CLOSED;
         exchange.answer.reset();
     } else if (told.raw) {
@@ -162,7 +86,10 @@ void answer(const session_ptr &session, arrival_kind arrival) {
                  [session](bool /*sent*/) { end_connection(session->client); });
     } else {
         print_raw(*session, "<-", conversation.received);
-        wait(session->client, std::chrono::milliseconds(conversation.behaviour.delay),
+        const told_behaviour &told = conversation.behaviour;
+        session->turn = ++session->server.bench.turns[row_of(conversation.daemon)].requests;
+        wait(session->client,
+             std::chrono::milliseconds(session->turn <= told.delays ? told.delay : 0),
              [session]() { choose_answer(session); });
     }
 }
@@ -219,16 +146,33 @@ void accept_next(simulator_server &server, daemon_listener &listener) {
     }
 }
 
+/// Accepts connections once enough of them were refused.
+void serve_listener(simulator_server &server, daemon_listener &listener) {
+    test_bench &bench = server.bench;
+    const std::size_t row = row_of(*listener.daemon);
+    const int refusals = bench.settings.behaviours[row].refusals;
+    if (refusals == 0) {
+        accept_next(server, listener);
+    } else if (refusals != FOR_EVER) {
+        refuse_connections(
+            server.loop, listener, refusals,
+            [&bench, row]() {
+                bench.turns[row].refusals++;
+                bench.journal.watch();
+            },
+            [&server, &listener]() {
+                print_note(*listener.daemon, "listens from now on");
+                accept_next(server, listener);
+            });
+    }
+}
+
 /// Serves until a signal comes. With a command, that is the one that tells of its end; it decides
 /// itself what to do about others.
 void await_end(simulator_server &server, asio::signal_set &signals) {
     signals.async_wait([&server, &signals](const error_code &, int number) {
         script_run &script = server.bench.script;
-        if (script.pid != 0 && (number != SIGCHLD || !has_script_ended(script))) {
-            if (number != SIGCHLD) {
-                script.signal = number;
-                kill(script.pid, number);
-            }
+        if (script.pid != 0 && !take_signal(script, number)) {
             await_end(server, signals);
             return;
         }
@@ -264,14 +208,11 @@ std::string serve(test_bench &bench) {
         return complaint;
     }
     bench.home.origin = server.listeners.origin;
-    bench.places = announce_listeners(settings, server.listeners);
-    if (!settings.ready_file.empty() &&
-        !write_file(settings.ready_file,
-                    "directory=" + settings.directory + "\nurl=" + bench.places.back() + "\n")) {
+    complaint = announce_listeners(settings, server.listeners, bench.places);
+    if (!complaint.empty()) {
         close_listeners(server.listeners);
-        return "cannot write " + settings.ready_file + "; choose another with --ready-file";
+        return complaint;
     }
-    print_log({"ready", "", "ready"});
     bench.journal.watch = [&server]() {
         for (client_session *session : server.sessions) {
             session->changed = true;
@@ -281,9 +222,7 @@ std::string serve(test_bench &bench) {
         }
     };
     for (daemon_listener &row : server.listeners.rows) {
-        if (!bench.settings.behaviours[row_of(*row.daemon)].refuse) {
-            accept_next(server, row);
-        }
+        serve_listener(server, row);
     }
     if (!settings.script.empty()) {
         complaint =

@@ -8,6 +8,9 @@
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -107,6 +110,74 @@ TEST(Misbehaviour, EveryDaemonRefusesConnections) {
     EXPECT_LT(connect_port(simulator.port), 0);
     EXPECT_EQ(errno, ECONNREFUSED);
     EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
+}
+
+const std::string DONE = "Response Status: EIBG-000\n";
+
+/// How often connections to the EIB gateway are refused before it listens, each awaited.
+int count_refusals(Simulator &simulator, int most) {
+    int count = 0;
+    int descriptor = -1;
+    const auto start = std::chrono::steady_clock::now();
+    while (count < most && descriptor < 0) {
+        descriptor = connect_daemon(simulator.home.path, "eibgateway");
+        count += descriptor < 0 ? 1 : 0;
+        // The next attempt is one of its own when this one has been seen.
+        const std::string path = simulator.home.path + "/lumo_eibgateway.socket";
+        struct stat found {};
+        while (descriptor < 0 && stat(path.c_str(), &found) == 0 && found.st_atim.tv_sec != 0 &&
+               std::chrono::steady_clock::now() - start < std::chrono::seconds(10)) {
+            std::this_thread::yield();
+        }
+    }
+    close(descriptor);
+    return count;
+}
+
+TEST(Misbehaviour, RefusesTheFirstConnectionsOnly) {
+    Simulator simulator({"--refuse", "eib=2"});
+    if (simulator.program.errors.find("notes no accesses") != std::string::npos) {
+        GTEST_SKIP() << simulator.program.errors;
+    }
+    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    EXPECT_EQ(count_refusals(simulator, 2), 2);
+    ASSERT_TRUE(wait_for_output(simulator.program, "EIB: listens from now on\n"));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(ask_properly(simulator, daemon_row("eib")), DONE);
+    }
+}
+
+struct TimesCase {
+    std::vector<std::string> options;
+    std::vector<std::string> answers;
+};
+
+const TimesCase TIMES[] = {
+    {{"--close", "eib=1"}, {"", DONE, DONE}},
+    {{"--close", "eib=2"}, {"", "", DONE}},
+    {{"--close", "eib"}, {"", "", ""}},
+    {{"--close", "eib=1", "--delay", "eib=1,2"}, {"", DONE, DONE}},
+};
+
+TEST(Misbehaviour, EndsAfterTheFirstRequests) {
+    for (const TimesCase &row : TIMES) {
+        Simulator simulator(row.options);
+        ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+        for (const std::string &answer : row.answers) {
+            EXPECT_EQ(ask_properly(simulator, daemon_row("eib")), answer) << row.options[1];
+        }
+    }
+}
+
+TEST(Misbehaviour, DelayOfTheFirstHoldsUpNoSecond) {
+    Simulator simulator({"--raw", "--delay", "eib=3600000,1"});
+    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    const int waiting = connect_daemon(simulator.home.path, "eibgateway");
+    ASSERT_TRUE(send_bytes(waiting, proper_request(daemon_row("eib"))));
+    ASSERT_TRUE(wait_for_output(simulator.program, "EIB <- ")) << simulator.program.out;
+    EXPECT_EQ(ask_properly(simulator, daemon_row("eib")), DONE);
+    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
+    EXPECT_EQ(read_all(waiting), "");
 }
 
 TEST(Misbehaviour, DelayHoldsTheAnswerBack) {

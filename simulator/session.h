@@ -1,0 +1,47 @@
+// What serves the clients: the server with its loop, and one session for each connection.
+#pragma once
+
+#include "simulator/bench.h"
+#include "simulator/listeners.h"
+
+struct simulator_server {
+    test_bench &bench;
+    event_loop loop = {};
+    listener_set listeners = {};
+    std::set<struct client_session *> sessions = {};
+    const daemon_row *at_work = DAEMONS.data(); ///< what an exception is blamed on
+};
+
+/// One client of a daemon.
+struct client_session {
+    client_session(simulator_server &serving, const daemon_row &daemon, stream_socket socket)
+        : server(serving), client(std::make_shared<stream_connection>(
+                               serving.loop, std::move(socket), daemon.limit,
+                               std::chrono::milliseconds(serving.bench.settings.patience))),
+          conversation{daemon, serving.bench.settings.behaviours[row_of(daemon)],
+                       serving.bench.home} {
+        server.sessions.insert(this);
+    }
+
+    ~client_session() {
+        server.sessions.erase(this);
+    }
+
+    client_session(const client_session &) = delete;
+    client_session &operator=(const client_session &) = delete;
+
+    simulator_server &server;
+    connection_ptr client;
+    daemon_conversation conversation;
+    int turn = 0; ///< which of its daemon's requests this is
+    bool told_to_continue = false;
+    bool idle = false;    ///< a watcher that waits for something to see
+    bool changed = false; ///< and has not seen the last change
+    bool left = false;
+};
+
+using session_ptr = std::shared_ptr<client_session>;
+
+/// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
+/// or the simulator shuts down.
+void stream_events(const session_ptr &session);
