@@ -39,7 +39,7 @@ void print_bytes(const daemon_row &daemon, std::string_view direction, std::stri
     print_log({"bytes",
                daemon.key,
                bytes_words(daemon, direction, bytes),
-               {{"direction", std::string(direction)}, {"bytes", quote_bytes(bytes)}}});
+               {{"direction", std::string(direction)}, {"bytes", bytes_as_characters(bytes)}}});
 }
 
 void add_entry(request_journal &journal, journal_entry entry) {

@@ -7,6 +7,7 @@
 #include <boost/locale/utf.hpp>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <strings.h>
 
 namespace {
@@ -57,6 +58,15 @@ std::string quote_bytes(std::string_view bytes) {
         }
     }
     return out += '"';
+}
+
+std::string bytes_as_characters(std::string_view bytes) {
+    std::string out;
+    for (const char byte : bytes) {
+        boost::locale::utf::utf_traits<char>::encode(static_cast<unsigned char>(byte),
+                                                     std::back_inserter(out));
+    }
+    return out;
 }
 
 std::string show_value(std::string_view value) {

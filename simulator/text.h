@@ -17,6 +17,9 @@ std::vector<std::string_view> split_text(std::string_view text, char separator);
 /// All bytes in printable ASCII, between double quotes, such as "Request: A\n".
 std::string quote_bytes(std::string_view bytes);
 
+/// Each byte as the character of its number, in UTF-8: what holds text alone can hold any bytes.
+std::string bytes_as_characters(std::string_view bytes);
+
 /// One value for a request line: control characters (and bytes that are not UTF-8) escaped,
 /// cut after SHOWN_VALUE_BYTES with its full length appended.
 std::string show_value(std::string_view value);

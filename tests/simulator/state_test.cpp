@@ -186,8 +186,8 @@ TEST(LogForMachines, HoldsAnObjectPerLine) {
     expected.push_back({{"event", "bytes"},
                         {"daemon", "smstool"},
                         {"direction", "<-"},
-                        {"bytes", "\"Request: RECVSMSTOOLDATAGRAM\\nFrom: 1\\n"
-                                  "Msg: \\\"\\xC3\\xA9\\\"\\n\\n\""}});
+                        {"bytes", "Request: RECVSMSTOOLDATAGRAM\nFrom: 1\n"
+                                  "Msg: \"\xC3\x83\xC2\xA9\"\n\n"}});
     expected.push_back({{"event", "request"},
                         {"daemon", "smstool"},
                         {"request", "RECVSMSTOOLDATAGRAM 1|\"\xC3\xA9\""},
@@ -195,7 +195,7 @@ TEST(LogForMachines, HoldsAnObjectPerLine) {
     expected.push_back({{"event", "bytes"},
                         {"daemon", "smstool"},
                         {"direction", "->"},
-                        {"bytes", "\"Response Status: SMST-000\\n\""}});
+                        {"bytes", "Response Status: SMST-000\n"}});
     expected.push_back({{"event", "comparison"}, {"side", "missing"}, {"line", "EIB: x"}});
     expected.push_back({{"event", "comparison"},
                         {"side", "unexpected"},
