@@ -1,5 +1,6 @@
-// Fills the simulator's manual page: every @NAME@ of the template is replaced by what follows from
-// the tables. Run by the build, which stops when the page describes other options than there are.
+// Fills the simulator's manual page or, with any argument, a completion: every @NAME@ of the
+// template is replaced by what follows from the tables. Run by the build, which stops when the page
+// describes other options than there are.
 #include "simulator/home.h"
 #include "simulator/options.h"
 #include "simulator/text.h"
@@ -113,6 +114,32 @@ constexpr page_filling FILLINGS[] = {
     {"@SHOWN_BYTES@", [] { return std::to_string(SHOWN_VALUE_BYTES); }},
 };
 
+/// The options as the completions read them: name, argument and help of each in a line.
+std::string option_table() {
+    std::string lines;
+    for (const option_row &option : OPTIONS) {
+        if (option.help.find_first_of("'|[]\\") != std::string_view::npos) {
+            throw std::runtime_error("the shells would misread: " + std::string(option.help));
+        }
+        lines.append(lines.empty() ? "" : "\n").append(option.name).append("|");
+        lines.append(option.argument).append("|").append(option.help);
+    }
+    return lines;
+}
+
+std::string daemon_names() {
+    std::string names;
+    for (const daemon_row &row : DAEMONS) {
+        names.append(names.empty() ? "" : " ").append(row.key);
+    }
+    return names;
+}
+
+constexpr page_filling COMPLETION_FILLINGS[] = {
+    {"@OPTIONS@", option_table},
+    {"@DAEMONS@", daemon_names},
+};
+
 /// What the options do is told at length by hand; that none is forgotten is seen to here.
 void compare_options(const std::string &page) {
     std::string expected;
@@ -130,8 +157,8 @@ void compare_options(const std::string &page) {
     }
 }
 
-std::string fill(std::string page) {
-    for (const page_filling &filling : FILLINGS) {
+std::string fill(std::string page, std::span<const page_filling> fillings) {
+    for (const page_filling &filling : fillings) {
         const std::string mark = filling.mark;
         const std::string text = filling.text();
         std::size_t at = page.find(mark);
@@ -147,14 +174,19 @@ std::string fill(std::string page) {
 
 } // namespace
 
-int main() {
+int main(int argc, char ** /*argv*/) {
+    const bool completion = argc > 1;
     try {
-        const std::string page = fill({std::istreambuf_iterator<char>(std::cin), {}});
-        compare_options(page);
+        const std::string page =
+            fill({std::istreambuf_iterator<char>(std::cin), {}},
+                 completion ? std::span<const page_filling>(COMPLETION_FILLINGS) : FILLINGS);
+        if (!completion) {
+            compare_options(page);
+        }
         std::cout << page << std::flush;
         return std::cout ? 0 : 1;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "lumosim.1.in: %s\n", error.what());
+        std::fprintf(stderr, "%s: %s\n", completion ? "completion" : "lumosim.1.in", error.what());
         return 1;
     }
 }

@@ -46,6 +46,7 @@ const shell SHELLS[] = {
     {"bash",
      "bashrc",
      "source @/lumocmd.bash\n"
+     "source @/lumosim.bash\n"
      "PS1='PROMPT> '\n"
      "bind 'set page-completions off'\n"
      "bind 'set enable-bracketed-paste off'\n"
@@ -69,6 +70,7 @@ const shell SHELLS[] = {
      "config/fish/config.fish",
      "set -g fish_greeting; set -g fish_autosuggestion_enabled 0\n"
      "source @/lumocmd.fish\n"
+     "source @/lumosim.fish\n"
      "function fish_prompt; printf 'PROMPT> '; end\n"
      "function fish_title; end\n"
      "function probe; printf '<<%s>>' (commandline | string collect); end\n"
@@ -180,7 +182,8 @@ class Completion : public testing::TestWithParam<shell> {
     }
 
     std::string fish_candidates(const std::string &line) const {
-        const std::string script = std::string(LUMOCMD_COMPLETIONS) + "/lumocmd.fish";
+        const std::string script =
+            std::string(LUMOCMD_COMPLETIONS) + "/" + line.substr(0, line.find(' ')) + ".fish";
         const run_result run =
             harness::run({"env", "HOME=" + home_.path, "XDG_CONFIG_HOME=" + home_.path + "/none",
                           "XDG_DATA_HOME=" + home_.path + "/data", "fish", "-c",
@@ -195,6 +198,47 @@ class Completion : public testing::TestWithParam<shell> {
 
 INSTANTIATE_TEST_SUITE_P(Shell, Completion, testing::ValuesIn(SHELLS),
                          [](const auto &each) { return std::string(each.param.name); });
+
+// ---------------------------------------------------------------------------------------------
+// The simulator
+
+TEST_P(Completion, OfTheSimulatorOffersEveryOption) {
+    std::istringstream help(harness::run({LUMOSIM_PROGRAM, "--help"}).output);
+    const std::regex option("  (--[a-z-]+).*");
+    names options;
+    std::smatch found;
+    for (std::string line; std::getline(help, line);) {
+        if (std::regex_match(line, found, option)) {
+            options.insert(found[1]);
+        }
+    }
+    EXPECT_GT(options.size(), 20U);
+    const names shown = offered("lumosim --");
+    for (const std::string &name : options) {
+        EXPECT_TRUE(shown.contains(name)) << name;
+    }
+}
+
+TEST_P(Completion, OfTheSimulatorKnowsTheArguments) {
+    const std::string file = home_.path + "/evening.list";
+    std::ofstream(file) << "";
+    const std::pair<std::string, std::string> rows[] = {
+        {"lumosim --vers", "lumosim --version"},
+        {"lumosim --answer tec", "lumosim --answer tecnout="},
+        {"lumosim --close tut", "lumosim --close tutondo"},
+        {"lumosim --raw --delay eib=5 --log-format j",
+         "lumosim --raw --delay eib=5 --log-format json"},
+        {"lumosim --log-format=j", "lumosim --log-format=json"},
+        {"lumosim --expect " + home_.path + "/even", "lumosim --expect " + file},
+        {"lumosim --raw -- " + home_.path + "/even", "lumosim --raw -- " + file},
+        {"lumosim --port e", "lumosim --port e"},
+    };
+    for (const auto &[line, wanted] : rows) {
+        std::string now = completed(line);
+        now.erase(now.find_last_not_of(' ') + 1); // which not every shell puts there
+        EXPECT_EQ(now, wanted);
+    }
+}
 
 // ---------------------------------------------------------------------------------------------
 // The table
