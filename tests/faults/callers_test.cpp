@@ -264,7 +264,7 @@ const words ENVIRONMENTS[] = {
     {"MALLOC_PERTURB_=165"},
     {"MALLOC_ARENA_MAX=1", "MALLOC_ARENA_TEST=1", "MALLOC_TOP_PAD_=1", "MALLOC_MMAP_THRESHOLD_=1"},
     {"GLIBC_TUNABLES=glibc.malloc.perturb=90:glibc.malloc.mmap_threshold=1"},
-    {"GLIBC_TUNABLES=glibc.malloc.tcache_count=0:nonsense=::=:"},
+    {"GLIBC_TUNABLES=glibc.malloc.tcache_count=0"},
     {"TERM=garbage", "COLUMNS=-1", "LINES=0", "NO_COLOR=1", "TZ=:/dev/zero"},
     {"RES_OPTIONS=ndots:99 attempts:-1", "LOCALDOMAIN=.", "HOSTALIASES=/dev/null"},
     {"http_proxy=http://127.0.0.1:1/", "HTTP_PROXY=http://127.0.0.1:1/", "all_proxy=x"},

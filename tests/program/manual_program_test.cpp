@@ -86,7 +86,7 @@ TEST(Manual, PleasesMandoc) {
 TEST(Manual, FitsATerminalOf80ColumnsInGroff) {
     for (const char *page : PAGES) {
         const run_result shown =
-            run({"groff", "-man", "-ww", "-rLL=80n", "-Tutf8", "-P-cbou", page});
+            run({"groff", "-mandoc", "-dAD=l", "-ww", "-rLL=80n", "-Tutf8", "-P-cbou", page});
         EXPECT_EQ(shown.status, 0) << page;
         EXPECT_EQ(shown.errors, "") << page;
         EXPECT_NE(shown.output.find("EXAMPLES"), std::string::npos) << page;
