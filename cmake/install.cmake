@@ -5,8 +5,8 @@ install(FILES ${PROJECT_BINARY_DIR}/man/lumocmd.1 DESTINATION ${CMAKE_INSTALL_MA
 install(FILES ${PROJECT_SOURCE_DIR}/man/lumo.sh.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 install(FILES ${PROJECT_SOURCE_DIR}/share/lumocmd/lumo.sh
     DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/examples USE_SOURCE_PERMISSIONS
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd)
+file(GLOB example_scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/examples/*)
+install(PROGRAMS ${example_scripts} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
 
 if(TARGET lumosim)
     install(TARGETS lumosim)

@@ -102,6 +102,14 @@ int script_status(const script_run &script, int status) {
     return status == EXIT_CANNOT_START ? EXIT_SIMULATOR_FAILED : status;
 }
 
+/// Where a fresh directory is made: not where the paths of its sockets would be too long.
+std::string place_for_directories() {
+    constexpr std::size_t longest_place = 60;
+    std::error_code error;
+    const std::string place = std::filesystem::temp_directory_path(error);
+    return error || place.size() > longest_place ? "/tmp" : place;
+}
+
 int run(simulator_settings &settings) {
     // A reader of the log that went away is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
@@ -114,9 +122,8 @@ int run(simulator_settings &settings) {
     // Several tests run side by side unless they are told where.
     const bool fresh = settings.directory.empty();
     if (fresh) {
-        std::error_code error;
-        settings.directory = std::filesystem::temp_directory_path(error) / "lumosim-XXXXXX";
-        if (error || mkdtemp(settings.directory.data()) == nullptr) {
+        settings.directory = place_for_directories() + "/lumosim-XXXXXX";
+        if (mkdtemp(settings.directory.data()) == nullptr) {
             complain("cannot make " + settings.directory + "; choose another with --directory");
             return EXIT_SIMULATOR_FAILED;
         }
