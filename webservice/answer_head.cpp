@@ -8,7 +8,7 @@
 namespace {
 
 /// Bytes of an error answer's body that are worth reporting.
-constexpr int LONGEST_ERROR_TEXT = 65536;
+constexpr ULONG64 LONGEST_ERROR_TEXT = 65536;
 
 int (*runtime_read_head)(struct soap *);
 int (*runtime_read_header)(struct soap *, const char *, const char *);
