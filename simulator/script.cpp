@@ -20,9 +20,10 @@ void set_environment(const std::string &directory, const std::string &url) {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
     const char *path = std::getenv("PATH"); // NOLINT(concurrency-mt-unsafe): one thread
-    const std::string leading = program.parent_path().string();
+    // Without /proc it is not known; an empty place in PATH would be the current directory.
+    const std::string leading = error ? "" : program.parent_path().string() + ":";
     // NOLINTBEGIN(concurrency-mt-unsafe)
-    setenv("PATH", (leading + ":" + (path == nullptr ? "/usr/bin:/bin" : path)).c_str(), 1);
+    setenv("PATH", (leading + (path == nullptr ? "/usr/bin:/bin" : path)).c_str(), 1);
     setenv("LUMO_DIRECTORY", std::filesystem::absolute(directory).c_str(), 1);
     setenv("LUMO_URL", url.c_str(), 1);
     // NOLINTEND(concurrency-mt-unsafe)

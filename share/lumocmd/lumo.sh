@@ -325,10 +325,14 @@ lumo_is_late() {
     [ -n "$lumo_end" ] && [ "$(($(lumo_clock) + lumo_delay))" -ge "$lumo_end" ]
 }
 
-# Prints the seconds of a clock that nobody sets.
+# Prints the seconds of a clock that nobody sets; where /proc is not mounted, of the one that is set.
 lumo_clock() {
-    IFS=. read -r lumo_seconds lumo_rest </proc/uptime
-    printf '%s\n' "$lumo_seconds"
+    if [ -r /proc/uptime ]; then
+        IFS=. read -r lumo_seconds lumo_rest </proc/uptime
+        printf '%s\n' "$lumo_seconds"
+    else
+        date +%s
+    fi
 }
 
 # Prints the values as one list for -p. Refuses what the list cannot carry.

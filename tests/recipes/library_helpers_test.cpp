@@ -106,7 +106,8 @@ while read -r limit; do echo "$limit"; done <limits)sh",
      "lumo_alive: no type 'ECHOBUSLOCAL' that can be tried\n"},
     {"ClockOfTheMachine",
      {},
-     R"sh(read -r up idle </proc/uptime
+     R"sh(up=$(date +%s) idle=1
+[ ! -r /proc/uptime ] || read -r up idle </proc/uptime
 now=$(lumo_clock)
 [ "$now" -ge "${up%.*}" ] && [ "$now" -lt "$((${up%.*} + 60))" ] && echo "goes ${idle:+on}")sh",
      "goes on\n"},

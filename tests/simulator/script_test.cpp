@@ -50,6 +50,9 @@ class Script : public testing::TestWithParam<ScriptCase> {};
 
 TEST_P(Script, EndsWithItsStatus) {
     const ScriptCase &row = GetParam();
+    if (std::string(row.name) == "TheNextToItIsFound" && !fs::exists("/proc/self/exe")) {
+        GTEST_SKIP() << "/proc is not mounted: no program knows where it is";
+    }
     const FreshDirectory directory;
     const std::string list = directory.path + "/list";
     std::ofstream(list) << lamp_lines(row.expected_lamps);
