@@ -225,6 +225,18 @@ INSTANTIATE_TEST_SUITE_P(Circle, ServiceAnswer, testing::ValuesIn(CIRCLE_CASES),
 INSTANTIATE_TEST_SUITE_P(Attachment, ServiceAnswer, testing::ValuesIn(ATTACHMENT_CASES),
                          NAME_OF_ROW);
 
+/// Its announced size is looked at before memory for it is: whatever the machine has, the report is
+/// about the attachment.
+TEST(HugeAttachment, IsRefusedBeforeItIsAllocated) {
+    rude_peer peer(SOAP_REQUEST_END,
+                   {{http_head("", "200 OK", "application/dime") + dime_parts(0x7ffffff0)}});
+    measured_program program(soap_call(peer.port()));
+    const measured_run measured = program.finish();
+    expect_no_result(measured);
+    EXPECT_NE(measured.run.errors.find("DIME"), std::string::npos) << measured.run.errors;
+    EXPECT_EQ(peer.finish(), 1);
+}
+
 // ---------------------------------------------------------------------------------------------
 // The text of an HTTP error is reported whole up to 64 KiB
 
