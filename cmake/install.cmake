@@ -2,11 +2,15 @@
 
 install(TARGETS lumocmd)
 install(FILES ${PROJECT_BINARY_DIR}/man/lumocmd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES ${PROJECT_SOURCE_DIR}/man/lumo.sh.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
-install(FILES ${PROJECT_SOURCE_DIR}/share/lumocmd/lumo.sh
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/lumo.sh.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+install(FILES ${PROJECT_SOURCE_DIR}/shell/lumo.sh
     DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)
 file(GLOB example_scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/examples/*)
+set(example_modules ${example_scripts})
+list(FILTER example_scripts EXCLUDE REGEX "\\.py$")
+list(FILTER example_modules INCLUDE REGEX "\\.py$")
 install(PROGRAMS ${example_scripts} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
+install(FILES ${example_modules} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
 
 if(TARGET lumosim)
     install(TARGETS lumosim)

@@ -15,7 +15,7 @@ using namespace harness;
 /// The failure shows the lines to paste.
 TEST(Documents, ListWhatTheTablesHold) {
     const run_result run =
-        harness::run({LUMOCMD_CATALOGUE, "compare", LUMOCMD_SERVICE_DEFINITION, PROJECT_DIRECTORY});
+        harness::run({LUMOCMD_TABLE_LISTER, "compare", LUMOCMD_SERVICE_DEFINITION, PROJECT_DIRECTORY});
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 0);
@@ -31,7 +31,7 @@ TEST(Documents, SpeakOfFilesThatExist) {
     for (const char *page :
          {"README.md", "docs/architecture.md", "docs/extending.md", "docs/protocols.md",
           "docs/controller.md", "docs/recipes.md", "docs/web-service-runtime.md", "docs/cost.md",
-          "docs/many-controllers.md", "fuzz/README.md", "SECURITY.md", "CONTRIBUTING.md",
+          "docs/many-controllers.md", "tests/fuzz/README.md", "SECURITY.md", "CONTRIBUTING.md",
           "CHANGELOG.md", "packaging/README.md"}) {
         std::ifstream file(std::string(PROJECT_DIRECTORY "/") + page);
         const std::string text(std::istreambuf_iterator<char>(file), {});

@@ -69,7 +69,7 @@ TEST(Manual, HasTheLowEightBitsRight) {
 }
 
 const char *const PAGES[] = {LUMOCMD_MANUALS "/lumocmd.1", LUMOCMD_MANUALS "/lumosim.1",
-                             PROJECT_DIRECTORY "/man/lumo.sh.7"};
+                             PROJECT_DIRECTORY "/docs/man/lumo.sh.7"};
 
 TEST(Manual, PleasesMandoc) {
     for (const char *page : PAGES) {

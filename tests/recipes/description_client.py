@@ -1,5 +1,5 @@
 """Calls every operation that the description holds, in its order, with a value for every child.
-usage: description_client.py DESCRIPTION URL; needs examples/ among python's paths
+usage: description_client.py DESCRIPTION URL; needs docs/examples/ among python's paths
 
 For each it prints "OPERATION VALUE|VALUE", as the simulator's log has it, the names of the children
 as "sent NAME NAME", and a line "child NAME=VALUE" for each child of the answer.

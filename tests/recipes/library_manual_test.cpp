@@ -13,7 +13,7 @@ namespace {
 
 using namespace harness;
 
-const char *const PAGE = PROJECT_DIRECTORY "/man/lumo.sh.7";
+const char *const PAGE = PROJECT_DIRECTORY "/docs/man/lumo.sh.7";
 const char *const SHOWN_URL = "http://localhost/cgi-bin/lumows";
 const char *const BLOCK = ".Bd -literal -offset indent";
 

@@ -190,7 +190,7 @@ TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
 struct example_daemon {
     example_daemon()
         : path(directory.path + "/lumo_bentelgateway.socket"),
-          program("/usr/bin/python3", {PROJECT_DIRECTORY "/examples/gateway_daemon.py", path}),
+          program("/usr/bin/python3", {PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path}),
           ready(wait_for_output(program, "ready\n")) {}
     temporary_directory directory;
     std::string path;
@@ -260,7 +260,7 @@ TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
 
 /// Short enough to be read in one sitting.
 TEST(ExampleDaemon, IsShort) {
-    const std::string text = file_text(PROJECT_DIRECTORY "/examples/gateway_daemon.py");
+    const std::string text = file_text(PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py");
     EXPECT_NE(text, "");
     EXPECT_LE(std::count(text.begin(), text.end(), '\n'), 60);
 }

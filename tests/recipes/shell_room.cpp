@@ -19,7 +19,7 @@ void PrintTo(const shell_row &shell, std::ostream *out) {
 }
 
 const char *const INSTALLED_LIBRARY = "/usr/share/lumocmd/lumo.sh";
-const char *const LIBRARY = PROJECT_DIRECTORY "/share/lumocmd/lumo.sh";
+const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
 
 namespace {
 

@@ -1,8 +1,8 @@
 // FSMCore's answer, local and remote, with the list that comes back; the request before it; and
 // everything that can go wrong in between.
 
-#include "fuzz/reference.h"
-#include "fuzz/target.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/target.h"
 #include "tests/fsmcore/fsmcore_exchanges.h"
 
 #include <arpa/inet.h>

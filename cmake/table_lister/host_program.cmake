@@ -5,7 +5,7 @@ find_program(HOST_CXX NAMES c++ g++ clang++ REQUIRED NO_CMAKE_FIND_ROOT_PATH
     DOC "C++ compiler for the machine that builds")
 
 get_target_property(library_sources lumocmd_core SOURCES)
-list(TRANSFORM sources PREPEND catalogue/)
+list(TRANSFORM sources PREPEND cmake/table_lister/)
 set(host_directory ${CMAKE_CURRENT_BINARY_DIR}/host)
 file(MAKE_DIRECTORY ${host_directory})
 set(objects)
@@ -28,15 +28,15 @@ endforeach()
 # It reads the tables and calls nothing that they name, so it does without the SOAP runtime, of which
 # there may be the target's alone.
 add_custom_command(
-    OUTPUT ${host_directory}/catalogue
+    OUTPUT ${host_directory}/table_lister
     COMMAND ${HOST_CXX} -no-pie -Wl,--unresolved-symbols=ignore-all ${objects}
-        -o ${host_directory}/catalogue
+        -o ${host_directory}/table_lister
     DEPENDS ${objects}
-    COMMENT "Linking lumocmd_catalogue for this machine"
+    COMMENT "Linking lumocmd_table_lister for this machine"
     VERBATIM)
-add_custom_target(host_catalogue DEPENDS ${host_directory}/catalogue)
+add_custom_target(host_table_lister DEPENDS ${host_directory}/table_lister)
 
-add_executable(lumocmd_catalogue IMPORTED GLOBAL)
-set_target_properties(lumocmd_catalogue PROPERTIES
-    IMPORTED_LOCATION ${host_directory}/catalogue CROSSCOMPILING_EMULATOR "")
-add_dependencies(lumocmd_catalogue host_catalogue)
+add_executable(lumocmd_table_lister IMPORTED GLOBAL)
+set_target_properties(lumocmd_table_lister PROPERTIES
+    IMPORTED_LOCATION ${host_directory}/table_lister CROSSCOMPILING_EMULATOR "")
+add_dependencies(lumocmd_table_lister host_table_lister)

@@ -1,6 +1,6 @@
 // Checks a target with every file of a directory: usage: fuzz_replay_TARGET DIRECTORY
 
-#include "fuzz/target.h"
+#include "tests/fuzz/target.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -12,7 +12,7 @@ import sys
 import tempfile
 from typing import NamedTuple
 
-PROJECT = pathlib.Path(__file__).resolve().parent.parent
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
 DESK = PROJECT / "build/release"
 CONTROLLER = PROJECT / "build/controller"
 PATIENCE_SECONDS = 120  # for any one process
@@ -80,7 +80,7 @@ def answering_peer(size=1024):
     }
     with tempfile.TemporaryDirectory() as directory, contextlib.ExitStack() as stack:
         os.chdir(directory)
-        words, sockets = [DESK / "bench/answering_peer"], []
+        words, sockets = [DESK / "tests/bench/answering_peer"], []
         for path, answer in answers.items():
             is_web = path == "web"
             listener = stack.enter_context(socket.socket(socket.AF_INET if is_web else socket.AF_UNIX))

@@ -4,8 +4,8 @@
 #include "front/memory.h"
 #include "front/utility.h"
 #include "fsmcore/fsmcorelocal_request.h"
-#include "fuzz/reference.h"
-#include "fuzz/target.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/target.h"
 #include "tests/gateways/exchange_messages.h"
 #include "tests/protocol/gateway_calls.h"
 

@@ -1,9 +1,9 @@
 // The web service's whole answer, HTTP and XML, to each operation; and the request before it.
 
-#include "fuzz/reference.h"
-#include "fuzz/service.h"
-#include "fuzz/service_request.h"
-#include "fuzz/target.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/service.h"
+#include "tests/fuzz/service_request.h"
+#include "tests/fuzz/target.h"
 #include "webservice/soapcallsclientutil.h"
 
 #include <cerrno>

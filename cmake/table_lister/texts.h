@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "catalogue/entries.h"
+#include "cmake/table_lister/entries.h"
 
 #include <map>
 #include <string>

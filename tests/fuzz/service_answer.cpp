@@ -1,4 +1,4 @@
-#include "fuzz/service.h"
+#include "tests/fuzz/service.h"
 
 namespace service {
 

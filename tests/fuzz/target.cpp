@@ -1,4 +1,4 @@
-#include "fuzz/target.h"
+#include "tests/fuzz/target.h"
 
 #include <cctype>
 #include <cstdio>

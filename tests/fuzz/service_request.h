@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "fuzz/target.h"
+#include "tests/fuzz/target.h"
 #include "tests/protocol/service_functions.h"
 
 #include <optional>

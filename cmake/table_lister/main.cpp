@@ -1,9 +1,9 @@
-// lumocmd_catalogue, a program of the build: fills templates with the lists that follow from the
+// lumocmd_table_lister, a program of the build: fills templates with the lists that follow from the
 // program's tables, and compares documents with them.
-// usage: lumocmd_catalogue fill DEFINITION TEMPLATE OUTPUT
-//        lumocmd_catalogue compare DEFINITION PROJECT-DIRECTORY
+// usage: lumocmd_table_lister fill DEFINITION TEMPLATE OUTPUT
+//        lumocmd_table_lister compare DEFINITION PROJECT-DIRECTORY
 
-#include "catalogue/texts.h"
+#include "cmake/table_lister/texts.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -24,7 +24,7 @@ std::string file_text(const std::string &path) {
 }
 
 int complain(const std::string &complaint) {
-    std::fprintf(stderr, "lumocmd_catalogue: %s\n", complaint.c_str());
+    std::fprintf(stderr, "lumocmd_table_lister: %s\n", complaint.c_str());
     return EXIT_FAILED;
 }
 

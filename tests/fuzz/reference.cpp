@@ -1,4 +1,4 @@
-#include "fuzz/reference.h"
+#include "tests/fuzz/reference.h"
 
 #include <algorithm>
 #include <cerrno>

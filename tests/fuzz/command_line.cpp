@@ -2,8 +2,8 @@
 
 #include "front/request_record.h"
 #include "front/utility.h"
-#include "fuzz/reference.h"
-#include "fuzz/target.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/target.h"
 #include "tests/protocol/request_types.h"
 
 #include <memory>

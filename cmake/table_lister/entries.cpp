@@ -1,4 +1,4 @@
-#include "catalogue/entries.h"
+#include "cmake/table_lister/entries.h"
 
 #include "front/dispatch_table.h"
 #include "gateways/request_builder.h"
@@ -140,7 +140,7 @@ std::string add_remarks(std::vector<type_entry> *entries) {
         }
         if (!is_known) {
             return std::string("no such function: ") + row.function +
-                   "; correct REMARKS in catalogue/entries.cpp";
+                   "; correct REMARKS in cmake/table_lister/entries.cpp";
         }
     }
     return "";

@@ -1,4 +1,4 @@
-#include "catalogue/texts.h"
+#include "cmake/table_lister/texts.h"
 
 #include "front/product.h"
 

@@ -1,7 +1,7 @@
 // A daemon's answer to each of the gateway exchanges, and everything that can go wrong before it.
 
-#include "fuzz/reference.h"
-#include "fuzz/target.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/target.h"
 #include "tests/gateways/exchange_messages.h"
 #include "tests/protocol/gateway_calls.h"
 

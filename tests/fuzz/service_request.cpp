@@ -1,7 +1,7 @@
-#include "fuzz/service_request.h"
+#include "tests/fuzz/service_request.h"
 
-#include "fuzz/reference.h"
-#include "fuzz/service.h"
+#include "tests/fuzz/reference.h"
+#include "tests/fuzz/service.h"
 
 #include <utility>
 #include <vector>

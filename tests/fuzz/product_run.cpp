@@ -5,8 +5,8 @@
 
 #include "front/diagnostics.h"
 #include "front/request_record.h"
-#include "fuzz/target.h"
-#include "fuzz/text_stream.h"
+#include "tests/fuzz/target.h"
+#include "tests/fuzz/text_stream.h"
 
 #include <algorithm>
 #include <cerrno>
