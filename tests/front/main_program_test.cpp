@@ -3,14 +3,15 @@
 
 #include "tests/front/transcript.h"
 #include "tests/harness/peer.h"
+#include "tests/harness/private_machine.h"
 #include "tests/protocol/request_types.h"
-#include "tests/webservice/private_machine.h"
 
 #include <cerrno>
 #include <cstring>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -101,8 +102,7 @@ TEST(MainProgram, SocketPathIsRelativeToTheWorkingDirectory) {
     const temporary_directory directory;
     peer daemon(directory.path + "/s",
                 {harness::expect(REQUEST), harness::reply("Response Status: BENG-0\n")});
-    const run_result run =
-        harness::lumocmd(bentel("s"), {.directory = directory.path, .close_output = false});
+    const run_result run = harness::lumocmd(bentel("s"), {.directory = directory.path});
     EXPECT_EQ(daemon.finish(), "");
     EXPECT_EQ(run.output, "LMCM-0000\n");
 }
@@ -189,7 +189,7 @@ TEST(MainProgram, ClosedStandardOutputDoesNotReachTheDaemon) {
     peer daemon(path, {harness::expect(REQUEST), harness::reply(UNREADABLE_ANSWER)});
     harness::words words = bentel(path);
     words.insert(words.begin(), {"-v", "ON"});
-    const run_result run = harness::lumocmd(words, {.directory = "", .close_output = true});
+    const run_result run = harness::lumocmd(words, {.prepare = [] { close(STDOUT_FILENO); }});
     EXPECT_EQ(daemon.finish(), "");
     EXPECT_EQ(daemon.received(), REQUEST);
     EXPECT_EQ(run.output, "");

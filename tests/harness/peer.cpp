@@ -4,51 +4,19 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace harness {
-
-step expect(std::string bytes) {
-    return {step_kind::EXPECT, std::move(bytes)};
-}
-step await_bytes() {
-    return {step_kind::AWAIT, {}};
-}
-step await_end() {
-    return {step_kind::AWAIT_END, {}};
-}
-step collect_until(std::string end) {
-    return {step_kind::COLLECT, std::move(end)};
-}
-step reply(std::string bytes) {
-    return {step_kind::SEND, std::move(bytes)};
-}
-step drip(std::string bytes) {
-    return {step_kind::DRIP, std::move(bytes)};
-}
-step close_connection() {
-    return {step_kind::CLOSE, {}};
-}
-step half_close() {
-    return {step_kind::HALF_CLOSE, {}};
-}
-step reset() {
-    return {step_kind::RESET, {}};
-}
-step hang() {
-    return {step_kind::HANG, {}};
-}
-step endless(std::string bytes) {
-    return {step_kind::ENDLESS, std::move(bytes)};
-}
 
 namespace {
 
@@ -58,30 +26,24 @@ void require(bool held, const char *what) {
     }
 }
 
-bool send_all(int connection, const char *bytes, std::size_t length) {
-    while (length > 0) {
-        const ssize_t sent = send(connection, bytes, length, MSG_NOSIGNAL);
-        if (sent < 0) {
-            return false;
-        }
-        bytes += sent;
-        length -= static_cast<std::size_t>(sent);
-    }
-    return true;
-}
-
-void reset_connection(int connection) {
-    const linger at_once = {1, 0};
-    setsockopt(connection, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
-    close(connection);
+/// A connection to a listening socket.
+int connect_to(int listener) {
+    sockaddr_storage address = {};
+    socklen_t size = sizeof address;
+    auto *any = reinterpret_cast<sockaddr *>(&address);
+    require(getsockname(listener, any, &size) == 0, "getsockname");
+    const int connection = socket(address.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    require(connect(connection, any, size) == 0, "connect");
+    return connection;
 }
 
 } // namespace
 
-int bind_to_loopback(int descriptor) {
+int bind_to_loopback(int descriptor, in_port_t port) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
     socklen_t size = sizeof address;
     require(bind(descriptor, reinterpret_cast<sockaddr *>(&address), size) == 0, "bind");
     require(getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &size) == 0,
@@ -89,43 +51,59 @@ int bind_to_loopback(int descriptor) {
     return ntohs(address.sin_port);
 }
 
-peer::peer(const std::string &socket_path, script steps) {
-    listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+void bind_to_path(int descriptor, const std::string &path) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    require(socket_path.size() < sizeof address.sun_path, "socket path too long");
-    memcpy(address.sun_path, socket_path.c_str(), socket_path.size());
-    require(bind(listener_, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0, "bind");
+    require(path.size() < sizeof address.sun_path, "socket path too long");
+    memcpy(address.sun_path, path.c_str(), path.size());
+    require(bind(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0, "bind");
+}
+
+peer::peer(const std::string &socket_path, script steps)
+    : listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    bind_to_path(listener_, socket_path);
     start(std::move(steps));
 }
 
-peer::peer(script steps) {
-    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    port_ = bind_to_loopback(listener_);
+peer::peer(script steps, in_port_t port)
+    : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    port_ = bind_to_loopback(listener_, port);
     start(std::move(steps));
 }
 
 peer::~peer() {
     finish();
-    close(listener_);
-    close(stop_[0]);
-    close(stop_[1]);
+    for (const int descriptor : {listener_, crowd_, stop_[0], stop_[1]}) {
+        close(descriptor);
+    }
 }
 
 void peer::start(script steps) {
-    require(listen(listener_, 4) == 0, "listen");
+    const bool is_crowded = !steps.empty() && steps[0].kind == step_kind::NEVER_ACCEPT;
+    require(listen(listener_, is_crowded ? 0 : 4) == 0, "listen");
     require(pipe2(stop_, O_CLOEXEC) == 0, "pipe2");
+    if (is_crowded) {
+        crowd_ = connect_to(listener_); // such a queue holds one
+        return;
+    }
     thread_ = std::thread([this, steps = std::move(steps)] { serve(steps); });
 }
 
+bool peer::wait_for_await() {
+    return awaiting_.try_acquire_for(std::chrono::milliseconds(PATIENCE_MS));
+}
+
+void peer::go_on() const {
+    require(write(stop_[1], "", 1) == 1, "write");
+}
+
 std::string peer::finish() {
+    // A client that is already gone has left its connection in the backlog: it is still served.
+    close(std::exchange(stop_[1], -1));
     if (thread_.joinable()) {
-        // A client that is already gone has left its connection in the backlog: it is still served.
-        const bool told = write(stop_[1], "", 1) == 1;
         thread_.join();
-        if (!told) {
-            complaint_ += "the peer could not be told to stop";
-        }
+    } else if (crowd_ >= 0) {
+        close(std::exchange(listener_, -1)); // turns everybody away who waits
     }
     return visited_ ? complaint_ : "no client connected";
 }
@@ -135,12 +113,17 @@ std::string peer::finish_unvisited() {
     return visited_ ? "a client connected and sent: " + received_ : std::string();
 }
 
-void peer::serve(const script &steps) {
+/// A waiting client goes before the test's end; -1 when none came.
+int peer::accept_client() const {
     pollfd watched[2] = {{listener_, POLLIN, 0}, {stop_[0], POLLIN, 0}};
     if (poll(watched, 2, PATIENCE_MS) <= 0 || (watched[0].revents & POLLIN) == 0) {
-        return;
+        return -1;
     }
-    int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    return accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+}
+
+void peer::serve(const script &steps) {
+    int connection = accept_client();
     if (connection < 0) {
         return;
     }
@@ -148,18 +131,20 @@ void peer::serve(const script &steps) {
     // A client that stops receiving must not hold the test either.
     const timeval patience = {PATIENCE_MS / 1000, 0};
     setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-    const std::size_t scripted_from = received_.size();
+    const int no_delay = 1;
+    setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &no_delay, sizeof no_delay);
     follow(steps, &connection);
-    if (connection < 0) {
-        return;
+    const std::size_t scripted = received_.size();
+    while (connection >= 0 && receive_some(connection)) {
     }
-    const std::size_t scripted_to = received_.size();
-    while (receive_some(connection)) {
-    }
-    if (complaint_.empty() && received_.size() > scripted_to && scripted_to > scripted_from) {
-        complaint_ = "unexpected further bytes: " + received_.substr(scripted_to);
+    if (complaint_.empty() && received_.size() > scripted && scripted > 0) {
+        complaint_ = "unexpected further bytes: " + received_.substr(scripted);
     }
     close(connection);
+    if (const int second = accept_client(); second >= 0) {
+        complaint_ += "a second client connected";
+        close(second);
+    }
 }
 
 bool peer::wait_readable(int descriptor) const {
@@ -181,25 +166,41 @@ bool peer::receive_some(int connection) {
     return true;
 }
 
+bool peer::expect_bytes(int connection, const std::string &bytes) {
+    std::string got;
+    // Bytes that are wrong already need no waiting for the rest.
+    while ((got = received_.substr(checked_)).size() < bytes.size() &&
+           bytes.compare(0, got.size(), got) == 0 && receive_some(connection)) {
+    }
+    if (got != bytes) {
+        complaint_ += "expected to receive:\n" + bytes + "\nbut received:\n" + got;
+        return false;
+    }
+    checked_ = received_.size();
+    return true;
+}
+
+/// Does the steps; a connection that they close is -1 afterwards.
 void peer::follow(const script &steps, int *connection) {
-    std::size_t checked = 0;
     for (const step &now : steps) {
+        pollfd gone[2] = {{*connection, POLLRDHUP, 0}, {stop_[0], POLLIN, 0}};
+        char byte = 0;
         switch (now.kind) {
-        case step_kind::EXPECT: {
-            std::string got;
-            // Bytes that are wrong already need no waiting for the rest.
-            while ((got = received_.substr(checked)).size() < now.bytes.size() &&
-                   now.bytes.compare(0, got.size(), got) == 0 && receive_some(*connection)) {
-            }
-            if (got != now.bytes) {
-                complaint_ += "expected to receive:\n" + now.bytes + "\nbut received:\n" + got;
-                close(*connection); // the client must not wait for an answer
-                *connection = -1;
+        case step_kind::EXPECT:
+            if (!expect_bytes(*connection, now.bytes)) {
+                close(std::exchange(*connection, -1)); // the client must not wait for an answer
                 return;
             }
-            checked = received_.size();
             break;
-        }
+        case step_kind::COLLECT:
+            while (received_.find(now.bytes, checked_) == std::string::npos) {
+                if (!receive_some(*connection)) {
+                    complaint_ += "the client closed before sending: " + now.bytes;
+                    return;
+                }
+            }
+            checked_ = received_.size();
+            break;
         case step_kind::AWAIT:
             if (!wait_readable(*connection)) {
                 complaint_ = "time-out: the client did not send";
@@ -207,47 +208,32 @@ void peer::follow(const script &steps, int *connection) {
             }
             break;
         case step_kind::AWAIT_END:
-            if (!wait_readable(stop_[0])) {
+            awaiting_.release();
+            if (!wait_readable(stop_[0]) || read(stop_[0], &byte, 1) < 0) {
                 complaint_ = "time-out: the test did not end the script";
                 return;
             }
             break;
-        case step_kind::COLLECT:
-            while (received_.find(now.bytes, checked) == std::string::npos) {
-                if (!receive_some(*connection)) {
-                    complaint_ += "the client closed before sending: " + now.bytes;
-                    return;
-                }
-            }
-            checked = received_.size();
+        case step_kind::IGNORE:
+            poll(gone, 2, PATIENCE_MS);
             break;
         case step_kind::SEND:
-            send_all(*connection, now.bytes.data(), now.bytes.size());
-            break;
         case step_kind::DRIP:
-            for (const char &byte : now.bytes) {
-                send_all(*connection, &byte, 1);
-            }
+            send_step(*connection, now);
             break;
         case step_kind::HALF_CLOSE:
             shutdown(*connection, SHUT_WR);
             break;
+        case step_kind::RESET: {
+            const linger at_once = {1, 0};
+            setsockopt(*connection, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+            [[fallthrough]];
+        }
         case step_kind::CLOSE:
-            close(*connection);
-            *connection = -1;
+            close(std::exchange(*connection, -1));
             return;
-        case step_kind::RESET:
-            reset_connection(*connection);
-            *connection = -1;
-            return;
-        case step_kind::HANG:
-            while (receive_some(*connection)) {
-            }
-            return;
-        case step_kind::ENDLESS:
-            while (send_all(*connection, now.bytes.data(), now.bytes.size())) {
-            }
-            return;
+        case step_kind::NEVER_ACCEPT:
+            break;
         }
     }
 }

@@ -1,50 +1,22 @@
-// A daemon that follows a script: it listens on a fresh Unix-domain socket or loopback port,
-// accepts one connection and does its steps in order. A test is a few steps beside a command line.
+// A daemon that follows a script: it listens on a Unix-domain socket or a loopback port, accepts
+// one connection and does its steps in order. A test is a few steps beside a command line.
 
 #pragma once
 
+#include "tests/harness/script.h"
+
+#include <netinet/in.h>
+#include <semaphore>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace harness {
 
-enum class step_kind {
-    EXPECT,     ///< receive exactly these bytes
-    AWAIT,      ///< wait until bytes have come, leave them unreceived
-    AWAIT_END,  ///< wait until the test calls finish()
-    COLLECT,    ///< receive until these bytes have come, keep everything for received()
-    SEND,       ///< send these bytes in one write
-    DRIP,       ///< send these bytes one per write
-    CLOSE,      ///< close the connection
-    HALF_CLOSE, ///< end the sending side, keep receiving
-    RESET,      ///< close so that the client sees a reset
-    HANG,       ///< say nothing more until the client goes away
-    ENDLESS,    ///< send these bytes again and again until the client goes away
-};
+/// Binds a socket to a loopback port and returns it; 0 is a port of the kernel's choice.
+int bind_to_loopback(int descriptor, in_port_t port = 0);
 
-struct step {
-    step_kind kind;
-    std::string bytes;
-};
-
-/// Binds a socket to a loopback port of the kernel's choice and returns the port.
-int bind_to_loopback(int descriptor);
-
-// The vocabulary of scripts.
-step expect(std::string bytes);
-step await_bytes();
-step await_end();
-step collect_until(std::string end);
-step reply(std::string bytes);
-step drip(std::string bytes);
-step close_connection();
-step half_close();
-step reset();
-step hang();
-step endless(std::string bytes);
-
-using script = std::vector<step>;
+/// Binds a Unix-domain socket, of whatever type, to a path.
+void bind_to_path(int descriptor, const std::string &path);
 
 /// One scripted daemon. Its socket listens before the constructor returns, so nothing needs to wait
 /// for it. After the last step it receives until the client closes.
@@ -53,8 +25,8 @@ class peer {
     /// Listens on a Unix-domain socket of this path.
     peer(const std::string &socket_path, script steps);
 
-    /// Listens on a loopback port that the system chooses.
-    explicit peer(script steps);
+    /// Listens on a loopback port; 0 is one that the system chooses.
+    explicit peer(script steps, in_port_t port = 0);
 
     ~peer();
     peer(const peer &) = delete;
@@ -65,9 +37,15 @@ class peer {
         return port_;
     }
 
+    /// Waits until the script has come to an await_end(); false when it did not in time.
+    bool wait_for_await();
+
+    /// Ends one await_end().
+    void go_on() const;
+
     /// Ends the script, waiting for the client to close if it is still connected.
     /// @return what went wrong, empty when everything went as scripted. A client that never came is
-    ///         a complaint as well.
+    ///         a complaint as well, and so is a second one.
     std::string finish();
 
     /// Like finish() for a peer that nobody may connect to.
@@ -81,17 +59,22 @@ class peer {
 
   private:
     void start(script steps);
+    int accept_client() const;
     void serve(const script &steps);
     void follow(const script &steps, int *connection);
+    bool expect_bytes(int connection, const std::string &bytes);
     bool wait_readable(int descriptor) const;
     bool receive_some(int connection);
 
     int listener_ = -1;
+    int crowd_ = -1; ///< fills the queue
     int stop_[2] = {-1, -1};
     int port_ = 0;
     bool visited_ = false;
+    std::size_t checked_ = 0; ///< bytes that a step has looked at
     std::string received_;
     std::string complaint_;
+    std::counting_semaphore<> awaiting_{0};
     std::thread thread_;
 };
 

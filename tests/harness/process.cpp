@@ -8,6 +8,8 @@
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,65 +19,48 @@ namespace {
 
 using clock = std::chrono::steady_clock;
 
-struct pipe_ends {
-    int read;
-    int write;
-};
+/// A program that gives up does so at once; this is how long "at once" may take.
+constexpr int MOMENT_MS = 300;
 
-pipe_ends make_pipe() {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
-        throw std::runtime_error("pipe2 failed");
-    }
-    return {ends[0], ends[1]};
+int milliseconds_until(clock::time_point deadline) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
+    return left.count() > 0 ? static_cast<int>(left.count()) : 0;
 }
 
-[[noreturn]] void become(const words &command, const run_options &options, int output, int errors) {
-    std::vector<char *> arguments;
-    for (const std::string &word : command) {
-        arguments.push_back(const_cast<char *>(word.c_str()));
+clock::time_point end_of_patience() {
+    return clock::now() + std::chrono::milliseconds(PATIENCE_MS);
+}
+
+std::vector<char *> pointers(const words &texts) {
+    std::vector<char *> all;
+    for (const std::string &text : texts) {
+        all.push_back(const_cast<char *>(text.c_str()));
     }
-    arguments.push_back(nullptr);
+    all.push_back(nullptr);
+    return all;
+}
+
+[[noreturn]] void become(const words &command, const start_options &options, int output,
+                         int errors) {
+    words settings = options.settings;
+    for (char **old = environ; !options.empty_environment && *old != nullptr; old++) {
+        settings.emplace_back(*old);
+    }
+    std::vector<char *> environment = pointers(settings);
+    const std::string file = options.file.empty() && !command.empty() ? command[0] : options.file;
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);
-    if (options.close_output) {
-        close(STDOUT_FILENO);
-    }
     signal(SIGPIPE, SIG_DFL);
+    environ = environment.data();
     if (options.directory.empty() || chdir(options.directory.c_str()) == 0) {
-        execvp(arguments[0], arguments.data());
+        if (options.prepare) {
+            options.prepare();
+        }
+        execvp(file.c_str(), pointers(command).data());
     }
     _exit(127);
-}
-
-/// Reads both pipes until they end; false when that took too long.
-bool collect(int output, int errors, run_result *result) {
-    const auto deadline = clock::now() + std::chrono::milliseconds(PATIENCE_MS);
-    pollfd pipes[2] = {{output, POLLIN, 0}, {errors, POLLIN, 0}};
-    std::string *texts[2] = {&result->output, &result->errors};
-    int open_pipes = 2;
-    while (open_pipes > 0) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
-        if (left.count() <= 0 || poll(pipes, 2, static_cast<int>(left.count())) <= 0) {
-            return false;
-        }
-        for (int i = 0; i < 2; i++) {
-            char bytes[65536];
-            if (pipes[i].fd < 0 || pipes[i].revents == 0) {
-                continue;
-            }
-            const ssize_t count = read(pipes[i].fd, bytes, sizeof bytes);
-            if (count > 0) {
-                texts[i]->append(bytes, static_cast<std::size_t>(count));
-            } else {
-                pipes[i].fd = -1;
-                open_pipes--;
-            }
-        }
-    }
-    return true;
 }
 
 std::string setting(const char *name, const char *usual) {
@@ -85,40 +70,123 @@ std::string setting(const char *name, const char *usual) {
 
 } // namespace
 
-run_result run(const words &command, const run_options &options) {
-    const pipe_ends output = make_pipe();
-    const pipe_ends errors = make_pipe();
-    run_result result = {};
-    result.pid = fork();
-    if (result.pid < 0) {
-        throw std::runtime_error("fork failed");
+started_program::started_program(const words &command, const start_options &options) {
+    int output[2];
+    int errors[2];
+    if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
+        throw std::runtime_error("pipe2 failed");
     }
-    if (result.pid == 0) {
-        become(command, options, output.write, errors.write);
+    result_.pid = fork();
+    if (result_.pid == 0) {
+        become(command, options, output[1], errors[1]);
     }
-    close(output.write);
-    close(errors.write);
-    const bool ended = collect(output.read, errors.read, &result);
-    close(output.read);
-    close(errors.read);
+    close(output[1]);
+    close(errors[1]);
+    output_ = output[0];
+    errors_ = errors[0];
+    process_ = result_.pid < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, result_.pid, 0));
+    if (process_ < 0) {
+        throw std::runtime_error("no process to watch");
+    }
+}
+
+started_program::~started_program() {
+    if (process_ >= 0) {
+        kill(pid(), SIGKILL);
+        waitpid(pid(), nullptr, 0);
+    }
+    for (const int descriptor : {process_, output_, errors_}) {
+        close(descriptor);
+    }
+}
+
+/// Takes what has been written to the end of one of the streams; false when both have ended or
+/// nothing came in time.
+bool started_program::read_some(int milliseconds) {
+    pollfd watched[2] = {{output_, POLLIN, 0}, {errors_, POLLIN, 0}};
+    if ((output_ < 0 && errors_ < 0) || poll(watched, 2, milliseconds) <= 0) {
+        return false;
+    }
+    int *const streams[2] = {&output_, &errors_};
+    std::string *const texts[2] = {&result_.output, &result_.errors};
+    for (int i = 0; i < 2; i++) {
+        char bytes[65536];
+        if (watched[i].revents == 0) {
+            continue;
+        }
+        const ssize_t count = read(*streams[i], bytes, sizeof bytes);
+        if (count > 0) {
+            texts[i]->append(bytes, static_cast<std::size_t>(count));
+        } else {
+            close(*streams[i]);
+            *streams[i] = -1;
+        }
+    }
+    return true;
+}
+
+bool started_program::wait_for_output(const std::string &text) {
+    const auto deadline = end_of_patience();
+    while (result_.output.find(text) == std::string::npos) {
+        if (!read_some(milliseconds_until(deadline))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool started_program::wait_for_change(int change) const {
+    siginfo_t news = {};
+    waitid(P_PID, static_cast<id_t>(pid()), &news, change | WEXITED | WNOWAIT);
+    return news.si_code == (change == WSTOPPED ? CLD_STOPPED : CLD_CONTINUED);
+}
+
+bool started_program::keeps_running() const {
+    pollfd watched = {process_, POLLIN, 0};
+    return poll(&watched, 1, MOMENT_MS) == 0;
+}
+
+void started_program::send_signal(int number) const {
+    if (kill(pid(), number) != 0) {
+        throw std::runtime_error("the program took no signal");
+    }
+}
+
+run_result started_program::finish() {
+    const auto deadline = end_of_patience();
+    while (read_some(milliseconds_until(deadline))) {
+    }
+    // With its streams closed a program can still be running.
+    pollfd watched = {process_, POLLIN, 0};
+    const bool ended =
+        output_ < 0 && errors_ < 0 && poll(&watched, 1, milliseconds_until(deadline)) > 0;
     if (!ended) {
-        kill(result.pid, SIGKILL);
+        kill(pid(), SIGKILL);
     }
     int status = 0;
-    waitpid(result.pid, &status, 0);
-    if (!ended) {
-        result.status = -1;
-    } else {
-        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    return result;
+    rusage used = {};
+    wait4(pid(), &status, 0, &used);
+    close(process_);
+    process_ = -1;
+    result_.kilobytes = used.ru_maxrss;
+    result_.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    result_.status = !ended ? -1 : result_.signal != 0 ? 128 + result_.signal : WEXITSTATUS(status);
+    return result_;
+}
+
+run_result run(const words &command, const start_options &options) {
+    return started_program(command, options).finish();
 }
 
 std::string lumocmd_path() {
     return setting("LUMOCMD_PROGRAM", LUMOCMD_BUILT_PROGRAM);
 }
 
-run_result lumocmd(const words &arguments, const run_options &options) {
+bool is_wrapped() {
+    return !setting("LUMOCMD_WRAPPER", "").empty();
+}
+
+words lumocmd_command(const words &arguments) {
     words command;
     std::istringstream wrapper(setting("LUMOCMD_WRAPPER", ""));
     for (std::string word; wrapper >> word;) {
@@ -126,7 +194,11 @@ run_result lumocmd(const words &arguments, const run_options &options) {
     }
     command.push_back(lumocmd_path());
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return run(command, options);
+    return command;
+}
+
+run_result lumocmd(const words &arguments, const start_options &options) {
+    return run(lumocmd_command(arguments), options);
 }
 
 temporary_directory::temporary_directory() {

@@ -1,7 +1,9 @@
-// Runs a program to its end and collects everything that it said. Every wait is bounded.
+// Starts a program, looks at it while it runs, and collects everything that it said. Every wait is
+// bounded.
 
 #pragma once
 
+#include <functional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -14,28 +16,83 @@ constexpr int PATIENCE_MS = 40000;
 
 using words = std::vector<std::string>;
 
+/// What a program may be given besides its arguments.
+struct start_options {
+    std::string directory = {};         ///< working directory; empty: the test's own
+    std::string file = {};              ///< what is started; empty: the command's first word
+    words settings = {};                ///< "NAME=value", before the environment
+    bool empty_environment = false;     ///< but for the settings
+    std::function<void()> prepare = {}; ///< the last thing before the start, in the new process
+};
+
 struct run_result {
     std::string output; ///< all of standard output
     std::string errors; ///< all of standard error
-    int status; ///< exit status as a shell sees it, 128 + signal number, or -1 after a time-out
-    pid_t pid;  ///< process id, for the pid tag
+    int status;     ///< exit status as a shell sees it, 128 + signal number, or -1 after a time-out
+    pid_t pid;      ///< process id, for the pid tag
+    int signal;     ///< that killed it, or 0
+    long kilobytes; ///< most memory that was resident at any time
 };
 
-/// What a run may be given besides its arguments.
-struct run_options {
-    std::string directory;     ///< working directory; empty: the test's own
-    bool close_output = false; ///< start the program with standard output closed
+/// A running program. Standard input is empty; it is killed when it outlives the record.
+class started_program {
+  public:
+    explicit started_program(const words &command, const start_options &options = {});
+    ~started_program();
+    started_program(const started_program &) = delete;
+    started_program &operator=(const started_program &) = delete;
+
+    pid_t pid() const {
+        return result_.pid;
+    }
+
+    /// What it has said so far, as far as that was waited for.
+    const std::string &output() const {
+        return result_.output;
+    }
+    const std::string &errors() const {
+        return result_.errors;
+    }
+
+    /// Waits until standard output holds a text; false when it ends without.
+    bool wait_for_output(const std::string &text);
+
+    /// Waits until a signal has stopped it (WSTOPPED) or let it go on (WCONTINUED); false when it
+    /// ended instead.
+    bool wait_for_change(int change) const;
+
+    /// Whether it goes on for a moment in which a program that gives up would have ended.
+    bool keeps_running() const;
+
+    void send_signal(int number) const;
+
+    /// Waits for its end and the end of its output. One that takes too long is killed.
+    run_result finish();
+
+  private:
+    bool read_some(int milliseconds);
+
+    int process_ = -1;
+    int output_ = -1;
+    int errors_ = -1;
+    run_result result_ = {};
 };
 
-/// Runs a program. Standard input is empty.
-run_result run(const words &command, const run_options &options = {});
+/// Runs a program to its end.
+run_result run(const words &command, const start_options &options = {});
 
 /// Runs the lumocmd under test. LUMOCMD_PROGRAM names another one than this build's,
 /// LUMOCMD_WRAPPER (words separated by blanks) goes before it: valgrind, an emulator.
-run_result lumocmd(const words &arguments, const run_options &options = {});
+run_result lumocmd(const words &arguments, const start_options &options = {});
+
+/// The command that this runs.
+words lumocmd_command(const words &arguments);
 
 /// Path of the lumocmd under test, as it appears in its usage line.
 std::string lumocmd_path();
+
+/// Whether a wrapper stands before it, so that what is done to the process is done to the wrapper.
+bool is_wrapped();
 
 /// A fresh directory, removed with all its files when the record goes out of scope.
 struct temporary_directory {

@@ -3,8 +3,8 @@
 
 #include "tests/harness/console.h"
 #include "tests/harness/meeting_point.h"
+#include "tests/harness/private_machine.h"
 #include "tests/webservice/http_peer.h"
-#include "tests/webservice/private_machine.h"
 
 #include <gtest/gtest.h>
 

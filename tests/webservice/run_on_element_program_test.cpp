@@ -3,8 +3,8 @@
 // so its service listens on a private machine.
 
 #include "tests/harness/console.h"
+#include "tests/harness/private_machine.h"
 #include "tests/webservice/http_peer.h"
-#include "tests/webservice/private_machine.h"
 
 #include <gtest/gtest.h>
 
@@ -135,9 +135,10 @@ std::string account(const std::string &target, const std::string &envelope,
 std::string run_against_well_known_port(const words &arguments, const std::string &operation,
                                         const char *children) {
     return on_private_machine([&] {
-        well_known_service service(http_answer(envelope(response_element(operation, children))));
+        peer service(answering(http_answer(envelope(response_element(operation, children)))), 80);
         const run_result run = lumocmd(arguments);
-        const std::string request = service.finish();
+        service.finish();
+        const std::string &request = service.received();
         return account(split_request(request).header("Host") + split_request(request).path,
                        request.empty() ? "" : sent_envelope(request), run.output, run.errors,
                        run.status);
