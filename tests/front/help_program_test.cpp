@@ -55,10 +55,8 @@ std::string option_lines(const protocol::gateway_row &row, const std::string &op
 std::string gateway_lines(const protocol::gateway_row &row) {
     const std::string service = std::string("Lumotron-") + row.daemon + " service";
     return option_lines(row, "-s: unix socket of " + service, row.socket) +
-           option_lines(row, "-f: request " + service + " function name",
-                        advertised_functions(row)) +
-           option_lines(row, "-p: function parameters_list",
-                        std::string("\"") + row.advertised_list + "\"") +
+           option_lines(row, "-f: request " + service + " function name", row.advertised) +
+           option_lines(row, "-p: function parameters_list", "\"" + row.advertised_list + "\"") +
            "\n";
 }
 
@@ -75,7 +73,7 @@ std::string options() {
 }
 
 TEST(HelpProgram, GatewayLinesInFull) {
-    EXPECT_EQ(gateway_lines(protocol::TUTONDO),
+    EXPECT_EQ(gateway_lines(protocol::gateway_named("TUTONDO")),
               R"(   TUTONDOLOCAL       -s: unix socket of Lumotron-TUTONDOGateway service
                       [lumo_tutondogateway.socket]
    TUTONDOLOCAL       -f: request Lumotron-TUTONDOGateway service function name

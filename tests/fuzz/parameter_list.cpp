@@ -144,7 +144,7 @@ expectation expected(const gateway_row &gateway, const request &asked, const std
     if (items.size() != protocol::count_of(*function)) {
         return {.status = 505, .message = protocol::count_message(gateway, *function)};
     }
-    const bool is_lintronic = &gateway == &protocol::LINTRONIC;
+    const bool is_lintronic = gateway.name == std::string("LINTRONIC");
     if (is_lintronic && items[1].size() != 2) {
         return {.status = 502,
                 .message = "localclientutil->make_lintroniclocal_request error Device is not in "

@@ -14,6 +14,13 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
+const gateway_row &BENTEL = gateway_named("BENTEL");
+const gateway_row &EIB = gateway_named("EIB");
+const gateway_row &SMSTOOL = gateway_named("SMSTOOL");
+const gateway_row &LINTRONIC = gateway_named("LINTRONIC");
+const gateway_row &ECHOBUS = gateway_named("ECHOBUS");
+const gateway_row &ECHOBUS_TCP = *GATEWAYS.back();
+
 /// What a call wrote, returned and connected.
 struct outcome {
     std::string output;

@@ -15,12 +15,12 @@ inline std::string exchange_message(const protocol::gateway_row &x, int number,
     const std::string quote = x.quoting[number - 1] == 'Q' ? "'" : "";
     const std::string shown = quote + function + quote;
     const std::string tag = x.tag;
-    const std::string tail_tag = x.tail_tag != nullptr ? x.tail_tag : tag;
+    const std::string tail_tag = x.tail_tag;
     switch (number) {
     case 1:
         return tag + " error opening socket " + x.daemon + " clientside for function " + shown;
     case 2:
-        return (x.refusal_tag != nullptr ? x.refusal_tag : tag) + " error function " + shown +
+        return x.refusal_tag + " error function " + shown +
                " not supported";
     case 3:
         return tag + " send writing request failed with error '" + reason + "' for function " +
@@ -39,7 +39,7 @@ inline std::string exchange_message(const protocol::gateway_row &x, int number,
     case 8:
         return tail_tag +
                " strtok parsing '\\n' response tag failed, not a well formed response from " +
-               (x.tail_daemon != nullptr ? x.tail_daemon : x.daemon) + " for function " + shown;
+               x.tail_daemon + " for function " + shown;
     }
     return "no such message";
 }

@@ -15,6 +15,13 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
+const gateway_row &BENTEL = gateway_named("BENTEL");
+const gateway_row &EIB = gateway_named("EIB");
+const gateway_row &SMSTOOL = gateway_named("SMSTOOL");
+const gateway_row &LINTRONIC = gateway_named("LINTRONIC");
+const gateway_row &ECHOBUS = gateway_named("ECHOBUS");
+const gateway_row &ECHOBUS_TCP = *GATEWAYS.back();
+
 /// An answer with "%" where the gateway's prefix goes and "@" for a zero byte, and what comes of
 /// it: a message, or the returned number when there is none.
 struct answer_row {

@@ -143,11 +143,11 @@ INSTANTIATE_TEST_SUITE_P(Rows, GatewayProgram, testing::ValuesIn(functions_that(
 
 /// Last lines spelt out, where the digits or the prefix differ from the daemon's.
 TEST(GatewayProgramRules, ShownCodesInFull) {
-    EXPECT_EQ(shown_code(EIB, 105), "EIBG-105");
-    EXPECT_EQ(shown_code(SMSTOOL, 805), "SMST-805");
-    EXPECT_EQ(shown_code(VIVALDI, 902), "VIVG-0902");
-    EXPECT_EQ(shown_code(TECNOUT, 1207), "TECN-1207");
-    EXPECT_EQ(shown_code(BENTEL, 1305), "BENT-1305");
+    EXPECT_EQ(shown_code(gateway_named("EIB"), 105), "EIBG-105");
+    EXPECT_EQ(shown_code(gateway_named("SMSTOOL"), 805), "SMST-805");
+    EXPECT_EQ(shown_code(gateway_named("VIVALDI"), 902), "VIVG-0902");
+    EXPECT_EQ(shown_code(gateway_named("TECNOUT"), 1207), "TECN-1207");
+    EXPECT_EQ(shown_code(gateway_named("BENTEL"), 1305), "BENT-1305");
 }
 
 const char BENTEL_FUNCTION[] = "SENDBENTELCOMMANDDATAGRAM";

@@ -13,6 +13,13 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
+const gateway_row &BENTEL = gateway_named("BENTEL");
+const gateway_row &EIB = gateway_named("EIB");
+const gateway_row &SMSTOOL = gateway_named("SMSTOOL");
+const gateway_row &LINTRONIC = gateway_named("LINTRONIC");
+const gateway_row &ECHOBUS = gateway_named("ECHOBUS");
+const gateway_row &ECHOBUS_TCP = *GATEWAYS.back();
+
 std::string good_answer(const gateway_row &gateway) {
     return std::string("Response Status: ") + gateway.prefix + "0\n";
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -34,7 +35,12 @@ std::string captured_output(const std::function<void()> &action) {
     if (usual < 0 || file < 0 || dup2(file, STDOUT_FILENO) < 0) {
         abort();
     }
-    action();
+    std::exception_ptr thrown;
+    try {
+        action();
+    } catch (...) {
+        thrown = std::current_exception();
+    }
     fflush(stdout);
     dup2(usual, STDOUT_FILENO);
     close(usual);
@@ -43,6 +49,9 @@ std::string captured_output(const std::function<void()> &action) {
         abort();
     }
     close(file);
+    if (thrown) { // what is said about it must not be captured
+        std::rethrow_exception(thrown);
+    }
     return text;
 }
 

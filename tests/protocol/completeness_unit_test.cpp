@@ -1,7 +1,9 @@
 // What the program knows and what the tests' rows say are the same sets of names: whatever is added
-// to the one and forgotten in the other fails here by its name.
+// to the one and forgotten in the other fails here by its name, and by the file that lacks it.
 
+#include "front/memory.h"
 #include "front/request_types.h"
+#include "front/utility.h"
 #include "tests/protocol/gateway_calls.h"
 #include "tests/protocol/request_types.h"
 #include "tests/protocol/service_functions.h"
@@ -15,7 +17,9 @@
 
 namespace {
 
-using names = std::set<std::string>;
+using names = std::multiset<std::string>; // a name that is there twice differs from one
+
+const char GATEWAY_ROWS_FILE[] = "tests/protocol/gateways.h";
 
 std::string missing(const names &wanted, const names &present) {
     std::vector<std::string> absent;
@@ -42,10 +46,10 @@ TEST(Completeness, EveryRequestTypeHasARow) {
     for (const protocol::request_type_row &row : protocol::request_types()) {
         rows.insert(row.keyword);
     }
-    expect_the_same(program, "REQUEST_TYPES of front/request_types.h", rows,
-                    "tests/protocol/gateways.h");
+    expect_the_same(program, "REQUEST_TYPES of front/request_types.h", rows, GATEWAY_ROWS_FILE);
 }
 
+/// Profiles are told apart by their tags: a copied one would stand for two gateways.
 TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
     names program;
     for (const request_builder *builder : protocol::request_builders()) {
@@ -56,10 +60,10 @@ TEST(Completeness, EveryFunctionOfAnExchangeHasARow) {
     names rows;
     for (const auto &[gateway, function] :
          protocol::functions_that([](auto &&...) { return true; })) {
-        rows.insert(std::string(gateway->tag) + " " + function->name);
+        rows.insert(gateway->tag + " " + function->name);
     }
-    expect_the_same(program, "the FUNCTIONS of the gateways' sources", rows,
-                    "tests/protocol/gateways.h");
+    expect_the_same(program, "the source_tag and FUNCTIONS of a gateway's source", rows,
+                    GATEWAY_ROWS_FILE);
 }
 
 TEST(Completeness, EveryFunctionOfABuilderHasARow) {
@@ -77,7 +81,19 @@ TEST(Completeness, EveryFunctionOfABuilderHasARow) {
         rows.insert(protocol::function_of(gateway->builder) + " " + function->name);
     }
     expect_the_same(program, "the ROWS of gateways/localclientutil.cpp or internetclientutil.cpp",
-                    rows, "tests/protocol/gateways.h");
+                    rows, GATEWAY_ROWS_FILE);
+}
+
+TEST(Completeness, EveryGatewaysCodesPrintWithItsPrefix) {
+    for (const protocol::gateway_row *row : protocol::GATEWAYS) {
+        for (const int code : {row->base + 1, row->base + 100}) {
+            char *text = format_status_code(code);
+            EXPECT_EQ(text, protocol::shown_code(*row, code))
+                << title(*row) << "'s codes need a range of their own in front/status_ranges.h, or "
+                << ".shown in its row in " << GATEWAY_ROWS_FILE << " says how they print";
+            xfree(text);
+        }
+    }
 }
 
 TEST(Completeness, EveryFunctionOfTheServiceHasARow) {

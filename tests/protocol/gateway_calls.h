@@ -34,16 +34,22 @@ inline std::vector<const request_builder *> request_builders() {
     return builders;
 }
 
-/// The row of an exchange's builder that hands on the most values.
-inline const builder_row &longest_row(const gateway_row &exchange) {
+/// What the builder of a gateway is made of.
+inline const request_builder &builder_of(const gateway_row &row) {
     for (const request_builder *builder : request_builders()) {
-        if (builder->gateway->source_tag == std::string(exchange.tag)) {
-            return *std::max_element(
-                builder->rows.begin(), builder->rows.end(),
-                [](const auto &one, const auto &other) { return one.count < other.count; });
+        if (builder->name == function_of(row.builder)) {
+            return *builder;
         }
     }
-    throw std::logic_error(std::string("no exchange calls itself ") + exchange.tag);
+    throw std::logic_error("no builder calls itself " + row.builder);
+}
+
+/// The row of a builder that hands on the most values.
+inline const builder_row &longest_row(const gateway_row &gateway) {
+    const auto &rows = builder_of(gateway).rows;
+    return *std::max_element(rows.begin(), rows.end(), [](const auto &one, const auto &other) {
+        return one.count < other.count;
+    });
 }
 
 /// Calls an exchange over a meeting or a deserted point.
@@ -58,18 +64,18 @@ int call(const gateway_row &row, const Point &point, const char *function,
 /// Calls a builder over such a point.
 template <typename Point>
 int build(const gateway_row &row, const Point &point, const char *function, const char *list) {
-    const std::string name = function_of(row.builder);
+    const request_builder *const builder = &builder_of(row);
     for (const local_builder &each : local_builders()) {
-        if (each.builder->name == name) {
+        if (each.builder == builder) {
             return each.make(point.path.c_str(), function, list);
         }
     }
     for (const internet_builder &each : internet_builders()) {
-        if (each.builder->name == name) {
+        if (each.builder == builder) {
             return each.make(LOOPBACK_ADDRESS, point.port, function, list);
         }
     }
-    throw std::logic_error("no builder is called " + name);
+    return -1;
 }
 
 } // namespace protocol

@@ -15,41 +15,93 @@ namespace protocol {
 /// What the request builder makes of a function that the exchange accepts.
 enum class builder_answer { SENDS, COUNTS_AND_REFUSES, REFUSES };
 
+/// A value whose length the builder checks.
+struct width_row {
+    std::size_t item; ///< its place in the list, from 1
+    std::size_t width;
+    const char *refusal; ///< end of the message about another length
+};
+
 struct function_row {
     const char *name;
-    const char *lines;            ///< header lines; {1} is the exchange's first value
-    const char *sample = nullptr; ///< a -p list of the right count
-    const char *needed = nullptr; ///< what the count message asks for
-    std::size_t first_value = 1;  ///< number of the value that the list begins with
+    const char *lines;       ///< header lines; {1} is the exchange's first value
+    const char *sample;      ///< a -p list of the right count
+    std::string needed = {}; ///< what the count message asks for; usually what the lines are called
+    std::size_t first_value = 1; ///< number of the value that the list begins with
     builder_answer built = builder_answer::SENDS;
+    std::vector<width_row> widths = {};
 };
 
 constexpr int UNSUPPORTED = 200; ///< type code of the keywords that are refused
 
-/// Texts that are null are the usual ones; the functions below know them.
+/// Texts that are empty follow from the name and the prefix; completed() says how.
 struct gateway_row {
     const char *name; ///< of the -t keywords before LOCAL and INTERNET
     harness::family where = harness::family::UNIX_SOCKET;
-    int local_type = UNSUPPORTED;
-    int internet_type = UNSUPPORTED;
+    int local_type = UNSUPPORTED; ///< the code of the internet type is one more
     int base;
-    const char *prefix;             ///< of the daemon's answer
-    const char *shown = nullptr;    ///< prefix of the same codes in the last line; usually `prefix`
-    const char *label;              ///< the answer's format in messages
-    const char *tag;                ///< opens the messages
-    const char *tail_tag = nullptr; ///< opens the number and the tail message
-    const char *refusal_tag = nullptr; ///< opens the message about an unknown function
-    const char *daemon;
-    const char *tail_daemon = nullptr;     ///< named in the tail message
-    const char *quoting = "QQQQQQQQ";      ///< by message: Q for 'function', B for function
-    const char *builder;                   ///< source tag of the request builder
-    const char *count_tag = nullptr;       ///< opens the count message; usually `builder`
-    const char *socket = nullptr;          ///< usual file name, in the help
-    const char *advertised = nullptr;      ///< functions in the help; usually all of them
-    const char *advertised_list = nullptr; ///< parameters in the help
-    const char *help_gap = "";             ///< further blanks in the help
+    const char *prefix;               ///< of the daemon's answer
+    int digits = 4;                   ///< of the daemon's answer
+    std::string shown = {};           ///< prefix of the same codes in the last line
+    std::string label = {};           ///< the answer's format in messages
+    std::string daemon = {};          ///< named in the open-failure and format messages
+    std::string tail_daemon = {};     ///< named in the tail message
+    std::string tag = {};             ///< opens the messages
+    std::string tail_tag = {};        ///< opens the number and the tail message
+    std::string refusal_tag = {};     ///< opens the message about an unknown function
+    const char *quoting = "QQQQQQQQ"; ///< by message: Q for 'function', B for function
+    std::string builder = {};         ///< source tag of the request builder
+    std::string count_tag = {};       ///< opens the count message
+    std::string socket = {};          ///< usual file name, in the help
+    std::string advertised = {};      ///< functions in the help
+    std::string advertised_list = {}; ///< parameters in the help
+    const char *help_gap = "";        ///< further blanks in the help
     std::vector<function_row> functions;
 };
+
+/// "Section: {1}\nCommand: 1\nPayload: {2}\n" has the names Section and Payload.
+inline std::vector<std::string> names_of(const function_row &function) {
+    std::vector<std::string> names;
+    for (const std::string &line : split(function.lines, '\n')) {
+        if (line.find('{') != std::string::npos) {
+            names.push_back(line.substr(0, line.find(':')));
+        }
+    }
+    return names;
+}
+
+/// The row with the texts that are as usual.
+inline gateway_row completed(gateway_row row) {
+    const auto usual = [](std::string *text, const std::string &otherwise) {
+        *text = text->empty() ? otherwise : *text;
+    };
+    const std::string family =
+        row.where == harness::family::UNIX_SOCKET ? "local_request" : "internet_request";
+    const std::string name = lower(row.name);
+    usual(&row.shown, row.prefix);
+    usual(&row.label, std::string(row.prefix) + (row.digits == 3 ? "XXX" : "NNNN"));
+    usual(&row.daemon, std::string(row.name) + "Gateway");
+    usual(&row.tail_daemon, row.daemon);
+    usual(&row.tag, std::string(row.name) + "Gatewayutil->" + name + "gateway_" + family);
+    usual(&row.tail_tag, row.tag);
+    usual(&row.refusal_tag, row.tag);
+    usual(&row.builder, "localclientutil->make_" + name + family);
+    usual(&row.count_tag, row.builder);
+    usual(&row.socket, "lumo_" + name + "gateway.socket");
+    std::string functions;
+    for (function_row &function : row.functions) {
+        usual(&function.needed, joined(names_of(function), ", "));
+        functions += (functions.empty() ? "" : ", ") + std::string(function.name);
+    }
+    usual(&row.advertised, functions);
+    usual(&row.advertised_list, joined(names_of(row.functions.front()), "|"));
+    return row;
+}
+
+inline std::vector<gateway_row> all_completed(std::vector<gateway_row> rows) {
+    std::transform(rows.begin(), rows.end(), rows.begin(), completed);
+    return rows;
+}
 
 /// Tells the rows apart in test names and traces.
 inline std::string title(const gateway_row &row) {
@@ -63,10 +115,8 @@ inline bool is_reachable(const gateway_row &row) {
 
 inline std::vector<std::string> values_of_list(const function_row &function,
                                                const std::string &list) {
-    std::vector<std::string> values(function.first_value - 1);
-    for (const std::string &entry : entries_of(list)) {
-        values.push_back(entry);
-    }
+    std::vector<std::string> values = entries_of(list);
+    values.insert(values.begin(), function.first_value - 1, "");
     return values;
 }
 
@@ -94,23 +144,15 @@ inline std::string sample_request(const function_row &function, const std::strin
 }
 
 inline std::string count_message(const gateway_row &row, const function_row &function) {
-    return std::string(row.count_tag != nullptr ? row.count_tag : row.builder) +
-           " error too few or too much parameters, " + function.needed + " are needed";
+    return row.count_tag + " error too few or too much parameters, " + function.needed +
+           " are needed";
 }
 
 /// A code of the gateway's hundred as the last line shows it: three digits up to 900, four above.
 inline std::string shown_code(const gateway_row &row, int code) {
     char number[16];
     snprintf(number, sizeof number, code > 900 ? "%04d" : "%03d", code);
-    return (row.shown != nullptr ? row.shown : row.prefix) + std::string(number);
-}
-
-inline std::string advertised_functions(const gateway_row &row) {
-    std::vector<std::string> names;
-    for (const function_row &function : row.functions) {
-        names.emplace_back(function.name);
-    }
-    return row.advertised != nullptr ? row.advertised : joined(names, ", ");
+    return row.shown + number;
 }
 
 /// A function of a gateway, for tests that try each by itself.

@@ -45,13 +45,14 @@ inline std::vector<request_type_row> types_of(const gateway_row &row) {
     const std::string name = row.name;
     const std::string refusal = name + " requests unsupported!";
     const std::string selected = "[lumocmd] " + name;
-    const bool local = row.local_type != UNSUPPORTED;
-    const bool internet = row.internet_type != UNSUPPORTED;
-    return {{name + "LOCAL", row.local_type, local ? selected + " Local request selected" : refusal,
-             local ? &LOCAL_NEED : nullptr, local},
-            {name + "INTERNET", row.internet_type,
-             internet ? selected + " Internet request selected" : refusal,
-             internet ? &INTERNET_NEED : nullptr, false}};
+    if (row.local_type == UNSUPPORTED) {
+        return {{name + "LOCAL", UNSUPPORTED, refusal, nullptr, false},
+                {name + "INTERNET", UNSUPPORTED, refusal, nullptr, false}};
+    }
+    return {
+        {name + "LOCAL", row.local_type, selected + " Local request selected", &LOCAL_NEED, true},
+        {name + "INTERNET", row.local_type + 1, selected + " Internet request selected",
+         &INTERNET_NEED, false}};
 }
 
 /// All types that `wanted` holds for.

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "tests/harness/process.h"
 #include "tests/protocol/texts.h"
 
 #include <algorithm>
@@ -13,8 +12,6 @@
 #include <vector>
 
 namespace protocol {
-
-using harness::words;
 
 /// When an answer's lines are shown.
 enum class line_group {
@@ -32,6 +29,7 @@ struct result_line {
 struct service_row {
     const char *name; ///< of the operation behind "service-", and of the function behind "SERVICE_"
     words request = {"waittime"}; ///< children that are sent, in order
+    const char *unsent = nullptr; ///< the contract's child before the wait time that is not sent
     const char *needed = nullptr; ///< what the count message asks for; null: the count is free
     line_group group = line_group::NONE;
     words response = {"result"}; ///< children of the answer, in order
@@ -50,12 +48,14 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "test"},
     {.name = "getelementstatus",
      .request = {"sessionid", "idobject", "waittime"},
+     .unsent = "retrivefromdevice",
      .needed = "sessionID, idobject, retrivefromdevice are needed",
      .group = line_group::WITH_A_RESULT,
      .response = {"result", "status", "currentvalue"},
      .lines = {{"Status: ", "status"}, {"Current Value: ", "currentvalue"}}},
     {.name = "getelementstatusarray",
      .request = {"sessionid", "waittime"},
+     .unsent = "idobjects",
      .needed = "sessionID, idobject is needed",
      .group = line_group::WITH_A_RESULT,
      .response = {"result", "currentstate", "currentvalues"},
@@ -194,6 +194,15 @@ inline bool is_result(const std::string &field) {
 /// The child that holds the result.
 inline std::string result_child(const service_row &row) {
     return *std::find_if(row.response.begin(), row.response.end(), is_result);
+}
+
+/// The children of a request that the contract knows, in order.
+inline words contract_children(const service_row &row) {
+    words children = row.request;
+    if (row.unsent != nullptr) {
+        children.insert(children.end() - 1, row.unsent);
+    }
+    return children;
 }
 
 /// The name of -f.

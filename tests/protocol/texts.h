@@ -9,24 +9,22 @@
 
 namespace protocol {
 
+using words = std::vector<std::string>;
+
 /// A text in lower-case letters.
 inline std::string lower(std::string text) {
-    for (char &letter : text) {
-        letter = static_cast<char>(tolower(static_cast<unsigned char>(letter)));
-    }
+    std::transform(text.begin(), text.end(), text.begin(), tolower);
     return text;
 }
 
 /// A text in capitals.
 inline std::string upper(std::string text) {
-    for (char &letter : text) {
-        letter = static_cast<char>(toupper(static_cast<unsigned char>(letter)));
-    }
+    std::transform(text.begin(), text.end(), text.begin(), toupper);
     return text;
 }
 
 /// The texts in one, with a separator between them.
-inline std::string joined(const std::vector<std::string> &texts, const char *separator) {
+inline std::string joined(const words &texts, const char *separator) {
     std::string whole;
     for (const std::string &text : texts) {
         whole += (&text == texts.data() ? "" : separator) + text;
@@ -34,20 +32,25 @@ inline std::string joined(const std::vector<std::string> &texts, const char *sep
     return whole;
 }
 
+/// The parts of a text between its separators.
+inline words split(const std::string &text, char separator) {
+    words parts;
+    for (std::size_t from = 0; from <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, from), text.size());
+        parts.push_back(text.substr(from, end - from));
+        from = end + 1;
+    }
+    return parts;
+}
+
 /// A -p list of that many entries.
 inline std::string list_of(std::size_t count) {
-    return joined(std::vector<std::string>(count, "p"), "|");
+    return joined(words(count, "p"), "|");
 }
 
 /// The entries of a -p list.
-inline std::vector<std::string> entries_of(const std::string &list) {
-    std::vector<std::string> entries;
-    for (std::size_t from = 0; from <= list.size();) {
-        const std::size_t end = std::min(list.find('|', from), list.size());
-        entries.push_back(list.substr(from, end - from));
-        from = end + 1;
-    }
-    return entries;
+inline words entries_of(const std::string &list) {
+    return split(list, '|');
 }
 
 /// The part of a source tag behind its "->": a function's name.
