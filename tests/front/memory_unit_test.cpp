@@ -1,16 +1,15 @@
-// Allocation and the string copies: contents, ownership, and the end of memory.
+// Allocation and the string copies: contents, the room behind them, and the end of memory.
 
 #include "front/memory.h"
-#include "tests/front/saved_globals.h"
+#include "tests/front/fresh_globals.h"
 #include "tests/harness/console.h"
 
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <malloc.h>
 #include <string>
+#include <vector>
 
 // The system log of this program: records go to standard error, where a death test looks. A
 // hardened build of the library calls the second form. NOLINTBEGIN(bugprone-reserved-identifier)
@@ -18,24 +17,19 @@ extern "C" [[gnu::format(printf, 2, 3)]] void syslog(int priority, const char *f
 extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int flag,
                                                            const char *format, ...);
 
-[[gnu::format(printf, 2, 0)]] static void record(int priority, const char *format,
-                                                 va_list arguments) {
-    fprintf(stderr, "record of priority %d: [", priority);
-    vfprintf(stderr, format, arguments);
-    fputs("]", stderr);
-}
-
 extern "C" void syslog(int priority, const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    record(priority, format, arguments);
+    fprintf(stderr, "record of priority %d: ", priority);
+    vfprintf(stderr, format, arguments);
     va_end(arguments);
 }
 
 extern "C" void __syslog_chk(int priority, int /*flag*/, const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    record(priority, format, arguments);
+    fprintf(stderr, "record of priority %d: ", priority);
+    vfprintf(stderr, format, arguments);
     va_end(arguments);
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -47,15 +41,8 @@ using namespace front_tests;
 using Memory = FreshGlobals;
 
 bool is_zero(const void *block, std::size_t size) {
-    const char *bytes = static_cast<const char *>(block);
-    return std::string(bytes, size) == std::string(size, '\0');
+    return std::string(static_cast<const char *>(block), size) == std::string(size, '\0');
 }
-
-char *owned(const char *text) {
-    return strdup(text);
-}
-
-// --- Blocks
 
 TEST_F(Memory, XmallocZeroes) {
     for (const std::size_t size : {std::size_t{1}, std::size_t{100}, std::size_t{1000000}}) {
@@ -64,25 +51,21 @@ TEST_F(Memory, XmallocZeroes) {
         memset(used, 'x', size);
         free(used);
         void *block = xmalloc(size);
-        ASSERT_NE(block, nullptr);
         EXPECT_TRUE(is_zero(block, size)) << size;
         xfree(block);
     }
 }
 
-TEST_F(Memory, XmallocOfNothingIsABlock) {
-    void *first = xmalloc(0);
-    void *second = xmalloc(0);
-    EXPECT_NE(first, nullptr);
-    EXPECT_NE(second, nullptr);
-    EXPECT_NE(first, second);
-    xfree(first);
-    xfree(second);
+TEST_F(Memory, BlockOfNothingIsABlock) {
+    for (void *block : {xmalloc(0), xrealloc(xmalloc(10), 0), xrealloc(nullptr, 0)}) {
+        EXPECT_NE(block, nullptr);
+        xfree(block);
+    }
+    xfree(nullptr);
 }
 
 TEST_F(Memory, XreallocKeepsTheContents) {
     char *block = static_cast<char *>(xrealloc(nullptr, 4));
-    ASSERT_NE(block, nullptr);
     memcpy(block, "abc", 4);
     block = static_cast<char *>(xrealloc(block, 1000000));
     EXPECT_STREQ(block, "abc");
@@ -92,210 +75,176 @@ TEST_F(Memory, XreallocKeepsTheContents) {
     xfree(block);
 }
 
-TEST_F(Memory, XreallocToNothingIsABlock) {
-    void *block = xrealloc(xmalloc(10), 0);
-    EXPECT_NE(block, nullptr);
-    xfree(block);
-    block = xrealloc(nullptr, 0);
-    EXPECT_NE(block, nullptr);
-    xfree(block);
-}
-
-TEST_F(Memory, XfreeOfNullIsHarmless) {
-    const std::string output = harness::captured_output([] { xfree(nullptr); });
-    EXPECT_EQ(output, "");
-}
-
-// --- The end of memory
-
 // More than any allocator gives, whatever the width. Volatile: the compiler would refuse so absurd
 // a size.
-constexpr std::size_t TOO_MUCH = SIZE_MAX / 4 * 3;
-volatile std::size_t too_much = TOO_MUCH;
+volatile std::size_t too_much = SIZE_MAX / 4 * 3;
+volatile std::size_t largest = SIZE_MAX;
 
-std::string record_of(const char *function) {
-    return std::string("record of priority 0: \\[") + function +
-           " failed for size=" + std::to_string(static_cast<int>(TOO_MUCH)) + "\n\\]";
+std::string record_of(const std::string &function, std::size_t size) {
+    return "^record of priority 0: " + function +
+           " failed for size=" + std::to_string(static_cast<int>(size)) + "\n$";
 }
 
-using MemoryDeathTest = FreshGlobals;
-
-TEST_F(MemoryDeathTest, XmallocLeavesARecordAndEndsWithOne) {
-    g_config.verbose = 1;
-    const std::string output = harness::captured_output(
-        [] { EXPECT_EXIT(xmalloc(too_much), testing::ExitedWithCode(1), record_of("xmalloc")); });
-    EXPECT_EQ(output, "");
-}
-
-TEST_F(MemoryDeathTest, XreallocLeavesARecordAndEndsWithOne) {
-    g_config.verbose = 1;
-    const std::string output = harness::captured_output([] {
-        EXPECT_EXIT(xrealloc(nullptr, too_much), testing::ExitedWithCode(1), record_of("xrealloc"));
-        EXPECT_EXIT(xrealloc(xmalloc(8), too_much), testing::ExitedWithCode(1),
-                    record_of("xrealloc"));
+TEST(MemoryDeathTest, OneRecordAndStatusOneEndTheProcess) {
+    if (under_valgrind()) {
+        GTEST_SKIP() << "valgrind reports the sizes itself";
+    }
+    const auto one = testing::ExitedWithCode(1);
+    const std::string output = harness::captured_output([&one] {
+        EXPECT_EXIT(xmalloc(too_much), one, record_of("xmalloc", too_much));
+        EXPECT_EXIT(xrealloc(nullptr, too_much), one, record_of("xrealloc", too_much));
+        EXPECT_EXIT(xrealloc(xmalloc(8), too_much), one, record_of("xrealloc", too_much));
+        EXPECT_EXIT(xstrndup(nullptr, "abc", largest), one, record_of("xmalloc", largest));
     });
     EXPECT_EQ(output, "");
 }
 
-TEST_F(MemoryDeathTest, XstrndupOfTheLargestCountRunsOutOfMemory) {
-    if (under_valgrind()) {
-        GTEST_SKIP() << "valgrind reports the size itself";
-    }
-    volatile std::size_t largest = SIZE_MAX;
-    EXPECT_EXIT(xstrndup(nullptr, "abc", largest), testing::ExitedWithCode(1),
-                "record of priority 0: \\[xmalloc failed for size=-1\n\\]");
-}
-
-// --- Copies
-
-TEST_F(Memory, XstrdupCopies) {
-    for (const char *text : {"", "a", "Response Status: EIBG-101\n"}) {
-        char *copy = xstrdup(nullptr, text);
-        EXPECT_STREQ(copy, text);
-        EXPECT_NE(copy, text);
-        xfree(copy);
-    }
-}
-
-TEST_F(Memory, FirstArgumentsAreNeitherReadNorFreed) {
+TEST_F(Memory, CopiesAreWholeAndHaveTheirRoom) {
     // No page is there: reading or freeing it would end the test.
     const char *nowhere = reinterpret_cast<const char *>(std::uintptr_t{16});
-    char *copy = xstrdup(nowhere, "abc");
-    EXPECT_STREQ(copy, "abc");
-    xfree(copy);
-    copy = xstrndup(nowhere, "abc", 2);
-    EXPECT_STREQ(copy, "ab");
-    xfree(copy);
-
-    char *previous = owned("previous");
-    char *next = xstrdup(previous, previous);
-    EXPECT_STREQ(previous, "previous");
-    EXPECT_STREQ(next, "previous");
-    EXPECT_NE(next, previous);
-    free(previous);
-    xfree(next);
-}
-
-TEST_F(Memory, XstrndupTakesTheFirstCharacters) {
-    struct {
-        std::size_t count;
-        const char *copy;
-    } const rows[] = {{0, ""}, {1, "a"}, {2, "ab"}, {3, "abc"}, {4, "abc"}, {100, "abc"}};
-    for (const auto &row : rows) {
-        char *copy = xstrndup(nullptr, "abc", row.count);
-        EXPECT_STREQ(copy, row.copy);
-        // The block has room for count characters and the terminator.
-        const std::size_t length = strlen(row.copy);
-        EXPECT_TRUE(is_zero(copy + length, row.count + 1 - length)) << row.count;
-        xfree(copy);
-    }
-}
-
-TEST_F(Memory, XstrndupDoesNotReadBehindTheCount) {
     const char unterminated[3] = {'a', 'b', 'c'};
-    char *copy = xstrndup(nullptr, unterminated, 3);
-    EXPECT_STREQ(copy, "abc");
-    xfree(copy);
-}
-
-TEST_F(Memory, XstrdupFreeOfNothingIsEmpty) {
-    for (const int flag : {0, 1}) {
-        char *copy = xstrdup_free(nullptr, flag);
-        EXPECT_STREQ(copy, "");
-        xfree(copy);
-        copy = xstrndup_free(nullptr, 5, flag);
-        EXPECT_STREQ(copy, "");
-        xfree(copy);
-    }
-    char *empty = owned("");
-    char *copy = xstrdup_free(empty, 0);
-    EXPECT_STREQ(copy, "");
-    EXPECT_NE(copy, empty);
-    xfree(copy);
-    copy = xstrndup_free(empty, 5, 1);
-    EXPECT_STREQ(copy, "");
-    xfree(copy);
-}
-
-TEST_F(Memory, XstrndupFreeCopiesAtMostTheSource) {
-    struct {
-        std::size_t count;
-        const char *copy;
-    } const rows[] = {{0, ""},    {1, "a"},        {3, "abc"},
-                      {4, "abc"}, {100000, "abc"}, {SIZE_MAX, "abc"}};
+    char *pair = strdup("ab");
+    const struct {
+        char *copy;
+        const char *text;
+        std::size_t room; ///< at least, zeroed behind the text
+    } rows[] = {
+        {xstrdup(nowhere, ""), "", 1},
+        {xstrdup(nowhere, "Status: 1\n"), "Status: 1\n", 11},
+        {xstrndup(nowhere, "abc", 0), "", 1},
+        {xstrndup(nowhere, "abc", 2), "ab", 3},
+        {xstrndup(nowhere, "abc", 4000), "abc", 4001},
+        {xstrndup(nowhere, unterminated, 3), "abc", 4},
+        {xstrdup_free(nullptr, 0), "", 1},
+        {xstrdup_free(nullptr, 1), "", 1},
+        {xstrdup_free(strdup(""), 1), "", 1},
+        {xstrdup_free(strdup("abc"), 1), "abc", 4},
+        {xstrndup_free(nullptr, 5, 0), "", 1},
+        {xstrndup_free(nullptr, 5, 1), "", 1},
+        {xstrndup_free(strdup("abc"), 0, 1), "", 4},
+        {xstrndup_free(strdup("abc"), 1, 1), "a", 4},
+        {xstrndup_free(strdup("abc"), 4, 1), "abc", 4},
+        {xstrndup_free(strdup("abc"), SIZE_MAX, 1), "abc", 4},
+        {xstrndup_free(strdup(std::string(4000, 'x').c_str()), 1, 1), "x", 4001},
+        {xstrconcat("ab", "cd"), "abcd", 5},
+        {xstrconcat(pair, pair), "abab", 5},
+        {xstrconcat("ab", nullptr), "ab", 3},
+        {xstrconcat(nullptr, "cd"), "cd", 3},
+        {xstrconcat(nullptr, nullptr), "", 1},
+        {xstrconcat_free(nullptr, nullptr, 1, 1), "", 1},
+        {xstrconcat_free(nullptr, strdup("cd"), 1, 1), "cd", 3},
+        {xstrconcat_free(strdup("ab"), nullptr, 1, 1), "ab", 3},
+        {xstrconcat_free(pair, pair, 1, 0), "abab", 5},
+    };
     for (const auto &row : rows) {
-        char *source = owned("abc");
-        char *copy = xstrndup_free(source, row.count, 0);
-        EXPECT_STREQ(copy, row.copy);
-        EXPECT_STREQ(source, "abc");
-        // The block has room for the whole source, whatever was copied.
-        const std::size_t length = strlen(row.copy);
-        EXPECT_TRUE(is_zero(copy + length, sizeof "abc" - length)) << row.count;
-        xfree(copy);
+        SCOPED_TRACE(&row - rows);
+        EXPECT_STREQ(row.copy, row.text);
+        EXPECT_GE(malloc_usable_size(row.copy), row.room);
+        const std::size_t length = strlen(row.text);
+        EXPECT_TRUE(is_zero(row.copy + length, row.room - length));
+        xfree(row.copy);
+    }
+}
+
+// Among so many lengths there are some that fill what an allocator hands out.
+TEST_F(Memory, TerminatorAlwaysHasItsRoom) {
+    for (std::size_t length = 0; length <= 64; length++) {
+        const std::string text(length, 'a');
+        char *source = strdup(text.c_str());
+        for (char *copy : {xstrdup(nullptr, source), xstrndup(nullptr, source, length),
+                           xstrndup_free(source, length, 0), xstrconcat(source, nullptr),
+                           xstrconcat(nullptr, source)}) {
+            EXPECT_EQ(copy, text);
+            EXPECT_GE(malloc_usable_size(copy), length + 1);
+            xfree(copy);
+        }
         free(source);
     }
 }
 
-TEST_F(Memory, BlocksOfPartialCopiesHaveTheirFullSize) {
-    std::string source(4000, 'x');
-    char *copy = xstrndup_free(source.data(), 1, 0);
-    EXPECT_STREQ(copy, "x");
-    EXPECT_GE(malloc_usable_size(copy), std::size_t{4001});
-    xfree(copy);
-    copy = xstrndup(nullptr, "x", 4000);
-    EXPECT_STREQ(copy, "x");
-    EXPECT_GE(malloc_usable_size(copy), std::size_t{4001});
-    xfree(copy);
-}
+// --- The cutters
 
-TEST_F(Memory, XstrconcatJoins) {
-    struct {
-        const char *first;
-        const char *second;
-        const char *joined;
-    } const rows[] = {{"ab", "cd", "abcd"},  {"ab", "", "ab"},      {"", "cd", "cd"},
-                      {"ab", nullptr, "ab"}, {nullptr, "cd", "cd"}, {"", "", ""},
-                      {nullptr, nullptr, ""}};
-    for (const auto &row : rows) {
-        char *joined = xstrconcat(row.first, row.second);
-        EXPECT_STREQ(joined, row.joined);
-        EXPECT_NE(joined, row.first);
-        EXPECT_NE(joined, row.second);
-        xfree(joined);
+struct cut_case {
+    const char *text; ///< null: a null text
+    std::size_t length;
+    const char *left;
+    std::string complaint = ""; ///< behind the function's name; empty: none
+};
+
+const char NOTHING[] = " recevied a null pointer";
+const std::string TOO_LONG = " len is greater than string length; returning a null string";
+
+const struct {
+    const char *name;
+    void (*cut)(char *text, std::size_t length);
+    std::vector<cut_case> rows;
+} CUTTERS[] = {
+    {"cut_message_to_preserve_newline",
+     cut_message_to_preserve_newline,
+     {{"Response Status: EIBG-101\n", 17, "EIBG-101\n"},
+      {"abc\n", 0, "abc\n"},
+      {"abc", 2, "c"},
+      {"abc", 3, ""},
+      {"abc", 4, "", TOO_LONG + ". str = abc, len = 3"},
+      {"EIBG-101\n", 30, "", TOO_LONG + ". str = EIBG-101\n, len = 9"},
+      {"%n%s", SIZE_MAX, "", TOO_LONG + ". str = %n%s, len = 4"},
+      {"", 17, "", NOTHING},
+      {"", 0, "", NOTHING},
+      {nullptr, 17, "", NOTHING}}},
+    {"cut_message_to_trim_newline",
+     cut_message_to_trim_newline,
+     {{"Status: 5\n", 8, "5"},
+      {"abcdef", 2, "cde"},
+      {"abc", 0, "ab"},
+      {"abc", 2, ""},
+      {"abc", 3, ""},
+      {"abc\n", 5, "", TOO_LONG + ". str = abc\n, len = 4"},
+      {"", 0, "", NOTHING},
+      {nullptr, 1, "", NOTHING}}},
+    {"cutparamto",
+     cutparamto,
+     {{"Key: = value rest", 4, "value"},
+      {"Key\t=\t=value\trest", 3, "value"},
+      {"Keyvalue", 3, "value"},
+      {"Key=a=b c", 3, "a=b"},
+      {"Key='a|b'\n c", 3, "'a|b'\n"},
+      {"Key = \t", 3, ""},
+      {"Key", 3, ""},
+      {"Key", 4, "", TOO_LONG},
+      {"", 0, "", NOTHING},
+      {nullptr, 3, "", NOTHING}}},
+    {"cutqueryparamto",
+     cutqueryparamto,
+     {{"where \t'|'value' and", 5, "value"},
+      {"k|value rest", 1, "value"},
+      {"k|value\trest", 1, "value"},
+      {"k 'a|b' c", 1, "a|b"},
+      {"k =v", 1, "=v"},
+      {"k '|' ", 1, ""},
+      {"key", 3, ""},
+      {"key", 4, "", TOO_LONG},
+      {"", 0, "", NOTHING},
+      {nullptr, 3, "", NOTHING}}},
+};
+
+TEST_F(Memory, CuttersLeaveTheRestOrComplain) {
+    for (const auto &cutter : CUTTERS) {
+        for (const cut_case &row : cutter.rows) {
+            SCOPED_TRACE(cutter.name + std::to_string(&row - cutter.rows.data()));
+            // One guard byte on either side of the text and its terminator.
+            std::string bytes = std::string("<") + (row.text == nullptr ? "" : row.text);
+            bytes.append(1, '\0').append(">");
+            char *text = row.text == nullptr ? nullptr : bytes.data() + 1;
+            const std::string output =
+                harness::captured_output([&] { cutter.cut(text, row.length); });
+            EXPECT_EQ(output, row.complaint.empty() ? ""
+                                                    : harness::red(std::string("memory->") +
+                                                                   cutter.name + row.complaint));
+            EXPECT_STREQ(bytes.data() + 1, row.left);
+            EXPECT_EQ(bytes.front(), '<');
+            EXPECT_EQ(bytes.back(), '>');
+        }
     }
-}
-
-TEST_F(Memory, XstrconcatHasRoomForItsEnd) {
-    for (std::size_t length = 0; length <= 64; length++) {
-        const std::string half(length, 'a');
-        char *joined = xstrconcat(half.c_str(), half.c_str());
-        EXPECT_EQ(joined, half + half);
-        EXPECT_GE(malloc_usable_size(joined), 2 * length + 1);
-        xfree(joined);
-    }
-}
-
-TEST_F(Memory, XstrconcatJoinsATextWithItself) {
-    char *text = owned("ab");
-    char *joined = xstrconcat(text, text);
-    EXPECT_STREQ(joined, "abab");
-    EXPECT_STREQ(text, "ab");
-    xfree(joined);
-    joined = xstrconcat_free(text, text, 1, 0);
-    EXPECT_STREQ(joined, "abab");
-    xfree(joined);
-}
-
-TEST_F(Memory, XstrconcatFreeOfNothingIsEmpty) {
-    char *joined = xstrconcat_free(nullptr, nullptr, 1, 1);
-    EXPECT_STREQ(joined, "");
-    xfree(joined);
-    joined = xstrconcat_free(nullptr, owned("cd"), 1, 1);
-    EXPECT_STREQ(joined, "cd");
-    xfree(joined);
-    joined = xstrconcat_free(owned("ab"), nullptr, 1, 1);
-    EXPECT_STREQ(joined, "ab");
-    xfree(joined);
 }
 
 } // namespace

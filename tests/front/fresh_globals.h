@@ -28,13 +28,10 @@ class FreshGlobals : public testing::Test {
     int level_ = debug_level;
 };
 
-/// valgrind keeps freed pages and takes the largest sizes for mistakes.
+/// valgrind brings its own allocator, and takes the largest sizes for mistakes.
 inline bool under_valgrind() {
     const char *preloaded = getenv("LD_PRELOAD");
     return preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr;
 }
-
-template <typename Row>
-class FreshGlobalsWithRow : public FreshGlobals, public testing::WithParamInterface<Row> {};
 
 } // namespace front_tests
