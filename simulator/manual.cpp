@@ -60,7 +60,7 @@ std::string table(const std::vector<table_cells> &rows) {
             lines += row[i];
         }
     }
-    std::string opening = ".Bl -column -offset indent";
+    std::string opening = ".Bl -column";
     for (const std::string_view cell : widest) {
         opening.append(" \"").append(cell).append("\"");
     }

@@ -102,6 +102,21 @@ const request_builder *find_builder(local_client *client) {
     return nullptr;
 }
 
+/// "Current Value" of "[lumocmd] Current Value: ".
+std::vector<std::string> result_names(const operation_row &row) {
+    constexpr std::string_view before = "[lumocmd] ";
+    constexpr std::string_view after = ": ";
+    std::vector<std::string> names;
+    for (const result_line &line : row.lines) {
+        if (line.text != nullptr) {
+            const std::string_view text = line.text;
+            names.emplace_back(
+                text.substr(before.size(), text.size() - before.size() - after.size()));
+        }
+    }
+    return names;
+}
+
 std::string read_operations(fields_by_function defined, std::vector<function_entry> *functions) {
     for (const operation_row &row : webservice_operations()) {
         const auto found = defined.find(row.name);
@@ -111,7 +126,7 @@ std::string read_operations(fields_by_function defined, std::vector<function_ent
         std::vector<std::string> items = found->second;
         const std::size_t count = row.count > 0 ? static_cast<std::size_t>(row.count) : 0;
         items.resize(std::min(items.size(), count));
-        functions->push_back({row.name, items, "", ""});
+        functions->push_back({row.name, items, "", "", result_names(row)});
         defined.erase(found);
     }
     if (!defined.empty()) {

@@ -11,10 +11,11 @@
 
 /// One function of one request type.
 struct function_entry {
-    std::string name;               ///< "*": any name is taken
-    std::vector<std::string> items; ///< names of the parameters, in order
-    std::string optional_item;      ///< may stand before the others; empty: none
-    std::string note;               ///< what a list cannot say, in the manual's own markup
+    std::string name;                      ///< "*": any name is taken
+    std::vector<std::string> items;        ///< names of the parameters, in order
+    std::string optional_item;             ///< may stand before the others; empty: none
+    std::string note;                      ///< what a list cannot say, in the manual's own markup
+    std::vector<std::string> results = {}; ///< names of the result lines, in order
 };
 
 /// One request type that a client carries.

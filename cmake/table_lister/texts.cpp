@@ -1,6 +1,7 @@
 #include "cmake/table_lister/texts.h"
 
 #include "front/product.h"
+#include "front/status_ranges.h"
 
 #include <algorithm>
 
@@ -67,20 +68,33 @@ std::string completion_rows(const std::vector<type_entry> &types) {
 // The manual
 
 /// Parameters with a bar between them; a long list may break behind a bar.
-std::string manual_function(const function_entry &function) {
-    std::string text = ".It Cm " + function.name + "\n";
+std::string manual_parameters(const function_entry &function) {
     if (function.items.empty()) {
-        return text + "no parameters\n";
+        return "no parameters\n";
     }
+    std::string text;
     if (!function.optional_item.empty()) {
-        text += ".Op Ar " + function.optional_item + " Ns | Ns\n";
+        text = ".Op Ar " + function.optional_item + " Ns | Ns\n";
     }
     const char *macro = ".Ar ";
     for (const std::string &item : function.items) {
         text += macro + item;
         macro = " Ns |\\: Ns Ar ";
     }
-    return text + "\n" + (function.note.empty() ? "" : ".br\n" + function.note + "\n");
+    return text + "\n";
+}
+
+std::string manual_function(const function_entry &function) {
+    std::string text = ".It Cm " + function.name + "\n" + manual_parameters(function);
+    if (!function.note.empty()) {
+        text += ".br\n" + function.note + "\n";
+    }
+    const char *before = ".br\nShows: ";
+    for (const std::string &name : function.results) {
+        text += before + name;
+        before = ",\n";
+    }
+    return text + (function.results.empty() ? "" : ".\n");
 }
 
 std::string manual_type(const type_entry &type) {
@@ -117,9 +131,25 @@ std::string manual_codes(const std::vector<type_entry> &types) {
     for (const type_entry &type : gateways_by_code(types)) {
         const int base = type.gateway->code_base;
         text += (text.empty() ? ".It " : "\n.It ") + own_codes(base, -1, " to ") + " Ta " +
-                own_codes(base, LOW_BITS, " to ") + " Ta " + type.row->name + " gateway";
+                own_codes(base, LOW_BITS, " to ") + " Ta " + type.row->name;
     }
     return text;
+}
+
+/// A line for each range of codes.
+std::string manual_prefixes() {
+    std::string text;
+    for (const status_range &range : STATUS_RANGES) {
+        text += (text.empty() ? "" : ",\n") + std::string(range.prefix);
+        if (range.first == INT_MIN) {
+            text += " up to " + std::to_string(range.last);
+        } else if (range.last == INT_MAX) {
+            text += " from " + std::to_string(range.first);
+        } else {
+            text += " " + std::to_string(range.first) + " to " + std::to_string(range.last);
+        }
+    }
+    return text + ".";
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -202,7 +232,8 @@ std::map<std::string, std::string> template_texts(const std::vector<type_entry> 
             {"UNSUPPORTED_TYPES", kind_keywords(UNSUPPORTED_KIND, " , ")},
             {"GATEWAY_FUNCTIONS", manual_gateways(types)},
             {"SERVICE_FUNCTIONS", manual_service(types)},
-            {"GATEWAY_CODES", manual_codes(types)}};
+            {"GATEWAY_CODES", manual_codes(types)},
+            {"PREFIXES", manual_prefixes()}};
 }
 
 std::vector<document_lines> expected_lines(const std::vector<type_entry> &types) {

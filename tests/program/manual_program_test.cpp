@@ -83,10 +83,10 @@ TEST(Manual, PleasesMandoc) {
     }
 }
 
-TEST(Manual, FitsATerminalOf80ColumnsInGroff) {
+TEST(Manual, FitsATerminalOf60ColumnsInGroff) {
     for (const char *page : PAGES) {
         const run_result shown =
-            run({"groff", "-mandoc", "-dAD=l", "-ww", "-rLL=80n", "-Tutf8", "-P-cbou", page});
+            run({"groff", "-mandoc", "-dAD=l", "-ww", "-rLL=60n", "-Tutf8", "-P-cbou", page});
         EXPECT_EQ(shown.status, 0) << page;
         EXPECT_EQ(shown.errors, "") << page;
         EXPECT_NE(shown.output.find("EXAMPLES"), std::string::npos) << page;
