@@ -6,11 +6,11 @@ install(FILES ${PROJECT_SOURCE_DIR}/docs/man/lumo.sh.7 DESTINATION ${CMAKE_INSTA
 install(FILES ${PROJECT_SOURCE_DIR}/shell/lumo.sh
     DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)
 file(GLOB example_scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/examples/*)
-set(example_modules ${example_scripts})
-list(FILTER example_scripts EXCLUDE REGEX "\\.py$")
-list(FILTER example_modules INCLUDE REGEX "\\.py$")
+set(example_files ${example_scripts})
+list(FILTER example_scripts EXCLUDE REGEX "\\.(py|yml)$")
+list(FILTER example_files INCLUDE REGEX "\\.(py|yml)$")
 install(PROGRAMS ${example_scripts} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
-install(FILES ${example_modules} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
+install(FILES ${example_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/examples)
 
 if(TARGET lumosim)
     install(TARGETS lumosim)
