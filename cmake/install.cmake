@@ -5,7 +5,7 @@ install(FILES ${PROJECT_BINARY_DIR}/man/lumocmd.1 DESTINATION ${CMAKE_INSTALL_MA
 install(FILES ${PROJECT_SOURCE_DIR}/docs/man/lumo.sh.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 install(FILES ${PROJECT_SOURCE_DIR}/shell/lumo.sh
     DESTINATION ${CMAKE_INSTALL_DATADIR}/lumocmd)
-file(GLOB example_scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/examples/*)
+file(GLOB example_scripts LIST_DIRECTORIES false CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/examples/*)
 set(example_files ${example_scripts})
 list(FILTER example_scripts EXCLUDE REGEX "\\.(py|yml)$")
 list(FILTER example_files INCLUDE REGEX "\\.(py|yml)$")
