@@ -1,55 +1,118 @@
-// The documents against the program's tables, and the pages against the files that they speak of.
+// The documents against the program's tables, the manuals against what shows them, the changelogs
+// against each other, and the pages against the files that they speak of.
 
 #include "tests/harness/process.h"
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace {
 
 using namespace harness;
+using matches = std::sregex_iterator;
+
+std::string file_text(const std::filesystem::path &path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 /// The failure shows the lines to paste.
 TEST(Documents, ListWhatTheTablesHold) {
-    const run_result run =
-        harness::run({LUMOCMD_TABLE_LISTER, "compare", LUMOCMD_SERVICE_DEFINITION, PROJECT_DIRECTORY});
+    const run_result run = harness::run(
+        {LUMOCMD_TABLE_LISTER, "compare", LUMOCMD_SERVICE_DEFINITION, PROJECT_DIRECTORY});
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 0);
 }
 
-/// A path is what stands between backquotes and names a directory of the project first. <NAME> in
-/// it stands for any gateway.
+/// A path stands between backquotes, below the project or the page. A source is named without its
+/// suffix, and what the build makes need not be there.
 TEST(Documents, SpeakOfFilesThatExist) {
-    const std::regex path(
-        "`((?:front|gateways|fsmcore|webservice|catalogue|simulator|tests|man|"
-        "completions|cmake|docs|scripts|packaging|share|examples|fuzz|bench)/[\\w./<>-]*)`");
-    std::size_t checked = 0;
-    for (const char *page :
-         {"README.md", "docs/architecture.md", "docs/extending.md", "docs/protocols.md",
-          "docs/controller.md", "docs/recipes.md", "docs/web-service-runtime.md", "docs/cost.md",
-          "docs/many-controllers.md", "tests/fuzz/README.md", "SECURITY.md", "CONTRIBUTING.md",
-          "CHANGELOG.md", "packaging/README.md"}) {
-        std::ifstream file(std::string(PROJECT_DIRECTORY "/") + page);
-        const std::string text(std::istreambuf_iterator<char>(file), {});
-        EXPECT_FALSE(text.empty()) << page;
-        for (std::sregex_iterator found(text.begin(), text.end(), path), end; found != end;
-             ++found) {
-            const std::string name =
-                std::regex_replace((*found)[1].str(), std::regex("<NAME>"), "BENTEL");
-            const std::filesystem::path whole = std::string(PROJECT_DIRECTORY "/") + name;
-            bool exists = std::filesystem::exists(whole);
-            for (const char *suffix : {".h", ".cpp"}) { // a source is named without its suffix
-                exists = exists || std::filesystem::exists(whole.string() + suffix);
-            }
-            EXPECT_TRUE(exists) << page << " speaks of " << name;
-            checked++;
+    const std::filesystem::path project = PROJECT_DIRECTORY;
+    const std::regex path("`(?!build/|[^`]*/[A-Z]+`)([a-z]\\w*/[\\w./-]*)`");
+    std::size_t pages = 0;
+    for (auto entry = std::filesystem::recursive_directory_iterator(project);
+         entry != std::filesystem::recursive_directory_iterator(); ++entry) {
+        const std::string name = entry->path().filename();
+        if (name == "build" || name.starts_with(".")) {
+            entry.disable_recursion_pending();
         }
+        if (entry->path().extension() != ".md") {
+            continue;
+        }
+        const std::string text = file_text(entry->path());
+        for (matches found(text.begin(), text.end(), path); found != matches(); ++found) {
+            bool exists = false;
+            for (const auto &from : {project, entry->path().parent_path()}) {
+                for (const char *suffix : {"", ".h", ".cpp"}) {
+                    exists |= std::filesystem::exists(from / ((*found)[1].str() + suffix));
+                }
+            }
+            EXPECT_TRUE(exists) << entry->path() << " speaks of " << (*found)[1];
+        }
+        pages++;
     }
-    EXPECT_GT(checked, 0U);
+    EXPECT_GT(pages, 5U);
+}
+
+/// Midnight of a day such as 2026-11-21 as Debian writes it.
+std::string debian_date(const std::string &day) {
+    std::tm time = {};
+    strptime(day.c_str(), "%Y-%m-%d", &time);
+    char date[64];
+    std::strftime(date, sizeof date, "%a, %d %b %Y %T +0000", &time);
+    return date;
+}
+
+/// The failure shows the changelog that the packages need.
+TEST(Changelog, HasTheSameReleasesForDebian) {
+    const std::string log = file_text(PROJECT_DIRECTORY "/CHANGELOG.md");
+    const std::regex release("\n## \\[(\\d[^\\]]*)\\] - (\\d{4}-\\d\\d-\\d\\d)");
+    std::string wanted;
+    for (matches found(log.begin(), log.end(), release); found != matches(); ++found) {
+        wanted += (wanted.empty() ? "" : "\n") + ("lumocmd (" + (*found)[1].str()) +
+                  ") stable; urgency=medium\n\n"
+                  "  * New release; CHANGELOG.md says what is new.\n\n"
+                  " -- The Lumotron developers <developers@lumotron.example>  " +
+                  debian_date((*found)[2]) + "\n";
+    }
+    EXPECT_TRUE(wanted.starts_with("lumocmd (" LUMOCMD_VERSION ") ")) << wanted;
+    EXPECT_EQ(file_text(PROJECT_DIRECTORY "/packaging/debian/changelog"), wanted);
+}
+
+TEST(Manual, HasTheLowEightBitsRight) {
+    const std::string manual = file_text(LUMOCMD_MANUALS "/lumocmd.1");
+    const std::regex row("\n\\.It (\\d+) Ta (\\d+) Ta");
+    std::size_t rows = 0;
+    for (matches found(manual.begin(), manual.end(), row); found != matches(); ++found) {
+        EXPECT_EQ(std::stoi((*found)[1]) & 0xff, std::stoi((*found)[2])) << found->str();
+        rows++;
+    }
+    EXPECT_GT(rows, 5U);
+}
+
+TEST(Manual, PleasesMandocAndFitsATerminalOf60ColumnsInGroff) {
+    for (const std::string page : {LUMOCMD_MANUALS "/lumocmd.1", LUMOCMD_MANUALS "/lumosim.1",
+                                   PROJECT_DIRECTORY "/docs/man/lumo.sh.7"}) {
+        SCOPED_TRACE(page);
+        const run_result lint = run({"mandoc", "-T", "lint", page});
+        std::istringstream lines(lint.output);
+        for (std::string line; std::getline(lines, line);) {
+            // The pages refer to each other and need not be installed.
+            EXPECT_NE(line.find("referenced manual not found"), std::string::npos) << line;
+        }
+        EXPECT_LE(lint.status, 1) << lint.errors;
+        const run_result shown =
+            run({"groff", "-mandoc", "-dAD=l", "-ww", "-rLL=60n", "-Tutf8", "-P-cbou", page});
+        EXPECT_EQ(shown.status, 0);
+        EXPECT_EQ(shown.errors, "");
+        EXPECT_NE(shown.output.find("EXAMPLES"), std::string::npos);
+    }
 }
 
 } // namespace
