@@ -82,15 +82,6 @@ TEST_F(GatewayProgram, ShowsAnyNumberOfTheDaemon) {
     }
 }
 
-TEST_F(GatewayProgram, TakesARelativeSocketPath) {
-    const function_case row = functions_carried().front();
-    peer daemon(path, {collect_until("\n\n"),
-                       reply(std::string("Response Status: ") + row.gateway->prefix + "0\n")});
-    path = "s";
-    expect_run(lumocmd(command(row), {.directory = directory.path}), "LMCM-0000\n", 0);
-    EXPECT_EQ(daemon.finish(), "");
-}
-
 TEST_F(GatewayProgram, SaysWhyThereIsNoConnection) {
     const function_case row = functions_carried().front();
     const char connector[] = "utility->make_localtcpclient_socket connect failed with error 'No "

@@ -6,7 +6,6 @@
 #include "tests/protocol/texts.h"
 
 #include <cstdio>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,47 +21,10 @@ struct width_row {
     const char *refusal; ///< end of the message about another length
 };
 
-struct function_row {
-    const char *name;
-    const char *lines;       ///< header lines; {1} is the exchange's first value
-    const char *sample;      ///< a -p list of the right count
-    std::string needed = {}; ///< what the count message asks for; usually what the lines are called
-    std::size_t first_value = 1; ///< number of the value that the list begins with
-    builder_answer built = builder_answer::SENDS;
-    std::vector<width_row> widths = {};
-};
-
-constexpr int UNSUPPORTED = 200; ///< type code of the keywords that are refused
-
-/// Texts that are empty follow from the name and the prefix; completed() says how.
-struct gateway_row {
-    const char *name; ///< of the -t keywords before LOCAL and INTERNET
-    harness::family where = harness::family::UNIX_SOCKET;
-    int local_type = UNSUPPORTED; ///< the code of the internet type is one more
-    int base;
-    const char *prefix;               ///< of the daemon's answer
-    int digits = 4;                   ///< of the daemon's answer
-    std::string shown = {};           ///< prefix of the same codes in the last line
-    std::string label = {};           ///< the answer's format in messages
-    std::string daemon = {};          ///< named in the open-failure and format messages
-    std::string tail_daemon = {};     ///< named in the tail message
-    std::string tag = {};             ///< opens the messages
-    std::string tail_tag = {};        ///< opens the number and the tail message
-    std::string refusal_tag = {};     ///< opens the message about an unknown function
-    const char *quoting = "QQQQQQQQ"; ///< by message: Q for 'function', B for function
-    std::string builder = {};         ///< source tag of the request builder
-    std::string count_tag = {};       ///< opens the count message
-    std::string socket = {};          ///< usual file name, in the help
-    std::string advertised = {};      ///< functions in the help
-    std::string advertised_list = {}; ///< parameters in the help
-    const char *help_gap = "";        ///< further blanks in the help
-    std::vector<function_row> functions;
-};
-
 /// "Section: {1}\nCommand: 1\nPayload: {2}\n" has the names Section and Payload.
-inline std::vector<std::string> names_of(const function_row &function) {
-    std::vector<std::string> names;
-    for (const std::string &line : split(function.lines, '\n')) {
+inline words names_of(const std::string &lines) {
+    words names;
+    for (const std::string &line : split(lines, '\n')) {
         if (line.find('{') != std::string::npos) {
             names.push_back(line.substr(0, line.find(':')));
         }
@@ -70,38 +32,58 @@ inline std::vector<std::string> names_of(const function_row &function) {
     return names;
 }
 
-/// The row with the texts that are as usual.
-inline gateway_row completed(gateway_row row) {
-    const auto usual = [](std::string *text, const std::string &otherwise) {
-        *text = text->empty() ? otherwise : *text;
-    };
-    const std::string family =
-        row.where == harness::family::UNIX_SOCKET ? "local_request" : "internet_request";
-    const std::string name = lower(row.name);
-    usual(&row.shown, row.prefix);
-    usual(&row.label, std::string(row.prefix) + (row.digits == 3 ? "XXX" : "NNNN"));
-    usual(&row.daemon, std::string(row.name) + "Gateway");
-    usual(&row.tail_daemon, row.daemon);
-    usual(&row.tag, std::string(row.name) + "Gatewayutil->" + name + "gateway_" + family);
-    usual(&row.tail_tag, row.tag);
-    usual(&row.refusal_tag, row.tag);
-    usual(&row.builder, "localclientutil->make_" + name + family);
-    usual(&row.count_tag, row.builder);
-    usual(&row.socket, "lumo_" + name + "gateway.socket");
-    std::string functions;
-    for (function_row &function : row.functions) {
-        usual(&function.needed, joined(names_of(function), ", "));
-        functions += (functions.empty() ? "" : ", ") + std::string(function.name);
+struct function_row {
+    const char *name;
+    const char *lines;  ///< header lines; {1} is the exchange's first value
+    const char *sample; ///< a -p list of the right count
+    std::string needed = joined(names_of(lines), ", "); ///< what the count message asks for
+    std::size_t first_value = 1;                        ///< number of the list's first value
+    builder_answer built = builder_answer::SENDS;
+    std::vector<width_row> widths = {};
+};
+
+inline words names_of(const std::vector<function_row> &functions) {
+    words names;
+    for (const function_row &function : functions) {
+        names.emplace_back(function.name);
     }
-    usual(&row.advertised, functions);
-    usual(&row.advertised_list, joined(names_of(row.functions.front()), "|"));
-    return row;
+    return names;
 }
 
-inline std::vector<gateway_row> all_completed(std::vector<gateway_row> rows) {
-    std::transform(rows.begin(), rows.end(), rows.begin(), completed);
-    return rows;
+inline std::string request_of(harness::family where) {
+    return where == harness::family::UNIX_SOCKET ? "local_request" : "internet_request";
 }
+
+constexpr int UNSUPPORTED = 200; ///< type code of the keywords that are refused
+
+/// A row says what is not as usual; the usual texts follow from the name and the prefix.
+struct gateway_row {
+    const char *name; ///< of the -t keywords before LOCAL and INTERNET
+    harness::family where = harness::family::UNIX_SOCKET;
+    int local_type = UNSUPPORTED; ///< the code of the internet type is one more
+    int base;
+    const char *prefix;         ///< of the daemon's answer
+    int digits = 4;             ///< of the daemon's answer
+    std::string shown = prefix; ///< prefix of the same codes in the last line
+    /// The answer's format in messages.
+    std::string label = prefix + std::string(digits == 3 ? "XXX" : "NNNN");
+    std::string daemon = name + std::string("Gateway");
+    std::string tail_daemon = daemon; ///< named in the tail message
+    /// Opens the messages.
+    std::string tag = name + ("Gatewayutil->" + lower(name)) + "gateway_" + request_of(where);
+    std::string tail_tag = tag;       ///< opens the number and the tail message
+    std::string refusal_tag = tag;    ///< opens the message about an unknown function
+    const char *quoting = "QQQQQQQQ"; ///< by message: Q for 'function', B for function
+    /// Source tag of the request builder.
+    std::string builder = "localclientutil->make_" + lower(name) + request_of(where);
+    std::string count_tag = builder; ///< opens the count message
+    std::vector<function_row> functions;
+    // What the help says.
+    std::string socket = "lumo_" + lower(name) + "gateway.socket";
+    std::string advertised = joined(names_of(functions), ", ");
+    std::string advertised_list = joined(names_of(functions.front().lines), "|");
+    const char *help_gap = ""; ///< further blanks
+};
 
 /// Tells the rows apart in test names and traces.
 inline std::string title(const gateway_row &row) {
@@ -159,10 +141,6 @@ inline std::string shown_code(const gateway_row &row, int code) {
 struct function_case {
     const gateway_row *gateway;
     const function_row *function;
-
-    friend void PrintTo(const function_case &row, std::ostream *stream) {
-        *stream << row.gateway->tag << " " << row.function->name;
-    }
 };
 
 inline std::string name_of(const function_case &row) {

@@ -29,7 +29,7 @@ inline const std::vector<function_row> ECHOBUS_FUNCTIONS = {
 };
 
 /// In the order in which the help lists those that it lists.
-inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
+inline const gateway_row GATEWAY_ROWS[] = {
     {.name = "EIB",
      .local_type = 101,
      .base = 100,
@@ -45,8 +45,6 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
      .prefix = "SMST-",
      .digits = 3,
      .tail_tag = "SMSTGatewayutil->smstoolgateway_local_request",
-     .advertised = "SENDSMSTOOLDATAGRAM",
-     .advertised_list = "SectionName|To|Message",
      .functions = {{.name = "SENDSMSTOOLDATAGRAM",
                     .lines = "SectionName: {1}\nTo: {2}\nMsg: {3}\n",
                     .sample = "modem|+39055|good day",
@@ -55,20 +53,22 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
                     .lines = "From: {2}\nMsg: {3}\n",
                     .sample = "+39055|good day",
                     .needed = "PhoneNumber, Msg",
-                    .first_value = 2}}},
+                    .first_value = 2}},
+     .advertised = "SENDSMSTOOLDATAGRAM",
+     .advertised_list = "SectionName|To|Message"},
     {.name = "LINTRONIC",
      .local_type = 109,
      .base = 1000,
      .prefix = "LINT-",
      .digits = 3,
      .tail_tag = "LINTGatewayutil->lintronicgateway_local_request",
-     .advertised = "SENDLINTRONICRAWDATAGRAM",
      .functions = {{.name = "SENDLINTRONICDATAGRAM",
                     .lines = "SectionName: {1}\nDevice: {2}\nCommand: {3}\nPayload: {4}\n",
                     .sample = "cellar|07|012|on",
                     .needed = "SectionName, Device, Command,  Payload",
                     .widths = {{2, 2, "Device is not in 2-digit-zero-filled format"},
-                               {3, 3, "Command is not in 3-digit-zero-filled format"}}}}},
+                               {3, 3, "Command is not in 3-digit-zero-filled format"}}}},
+     .advertised = "SENDLINTRONICRAWDATAGRAM"},
     {.name = "TECNOUT",
      .local_type = 111,
      .base = 1200,
@@ -82,7 +82,6 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
      .base = 900,
      .prefix = "VIVG-",
      .tail_daemon = "EIBGateway",
-     .advertised_list = "SectionName|CentralNumber|RC20Number|RC20OnOff|RC20Volume...",
      .functions = {{.name = "SENDVIVALDISETDATAGRAM",
                     .lines = "SectionName: {1}\nCentralNumber: {2}\nCommand: 1\nRC20_Number: {3}\n"
                              "RC20_OnOff: {4}\nRC20_Volume: {5}\nRC20_High: {6}\nRC20_Low: {7}\n"
@@ -94,7 +93,8 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
                    {.name = "SENDVIVALDIGETDATAGRAM",
                     .lines = "SectionName: {1}\nCentralNumber: {2}\nCommand: 2\nRC20_Number: {3}\n",
                     .sample = "music|1|3",
-                    .built = builder_answer::REFUSES}}},
+                    .built = builder_answer::REFUSES}},
+     .advertised_list = "SectionName|CentralNumber|RC20Number|RC20OnOff|RC20Volume..."},
     {.name = "BENTEL",
      .local_type = 115,
      .base = 1300,
@@ -108,8 +108,6 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
      .base = 1500,
      .prefix = "TUTG-",
      .tail_daemon = "EIBGateway",
-     .advertised_list = "SectionName|ZoneNumber|Command|Payload",
-     .help_gap = " ",
      .functions = {{.name = "SENDTUTONDOSETDATAGRAM",
                     .lines = "SectionName: {1}\nCommand: {3}\nZone_Number: {2}\nPayload: {4}\n",
                     .sample = "music|3|volume|20",
@@ -117,7 +115,9 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
                    {.name = "SENDTUTONDOGETDATAGRAM",
                     .lines = "SectionName: {1}\nCommand: {3}\nZone_Number: {2}\n",
                     .sample = "music|3|volume|x",
-                    .needed = "SectionName, ZoneNumber, Command, Payload"}}},
+                    .needed = "SectionName, ZoneNumber, Command, Payload"}},
+     .advertised_list = "SectionName|ZoneNumber|Command|Payload",
+     .help_gap = " "},
     {.name = "ECHOBUS",
      .base = 200,
      .prefix = "ECHG-",
@@ -193,7 +193,7 @@ inline const std::vector<gateway_row> GATEWAY_ROWS = all_completed({
      .quoting = "QBBBQQQQ",
      .builder = "internetclientutil->make_echobusinternet_request",
      .functions = ECHOBUS_FUNCTIONS},
-});
+};
 
 /// Their addresses, by which the cases of tests refer to them.
 inline const std::vector<const gateway_row *> GATEWAYS = [] {

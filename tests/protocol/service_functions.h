@@ -26,39 +26,42 @@ struct result_line {
     const char *suffix = "";
 };
 
+/// The result and what the lines show.
+inline words response_of(const std::vector<result_line> &lines) {
+    words children = {"result"};
+    for (const result_line &line : lines) {
+        children.emplace_back(line.field);
+    }
+    return children;
+}
+
 struct service_row {
     const char *name; ///< of the operation behind "service-", and of the function behind "SERVICE_"
     words request = {"waittime"}; ///< children that are sent, in order
     const char *unsent = nullptr; ///< the contract's child before the wait time that is not sent
     const char *needed = nullptr; ///< what the count message asks for; null: the count is free
-    line_group group = line_group::NONE;
-    words response = {"result"}; ///< children of the answer, in order
     std::vector<result_line> lines = {};
+    line_group group = lines.empty() ? line_group::NONE : line_group::WITH_A_RESULT;
+    words response = response_of(lines); ///< children of the answer, in order
 };
 
 inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "versioninfo",
-     .group = line_group::ALWAYS,
-     .response = {"result", "version"},
-     .lines = {{"Software Version: ", "version", "LUMOCMD Version: 2.6.16_arlo [rev.7655] -"}}},
+     .lines = {{"Software Version: ", "version", "LUMOCMD Version: 2.6.16_arlo [rev.7655] -"}},
+     .group = line_group::ALWAYS},
     {.name = "systeminfo",
-     .group = line_group::ALWAYS,
-     .response = {"result", "systemcode"},
-     .lines = {{"Software system code: ", "systemcode"}}},
+     .lines = {{"Software system code: ", "systemcode"}},
+     .group = line_group::ALWAYS},
     {.name = "test"},
     {.name = "getelementstatus",
      .request = {"sessionid", "idobject", "waittime"},
      .unsent = "retrivefromdevice",
      .needed = "sessionID, idobject, retrivefromdevice are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "status", "currentvalue"},
      .lines = {{"Status: ", "status"}, {"Current Value: ", "currentvalue"}}},
     {.name = "getelementstatusarray",
      .request = {"sessionid", "waittime"},
      .unsent = "idobjects",
      .needed = "sessionID, idobject is needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "currentstate", "currentvalues"},
      .lines = {{"Current State: ", "currentstate"}, {"Current Values: ", "currentvalues"}}},
     {.name = "runonelement",
      .request = {"sessionid", "idobject", "operation", "payload", "optionals", "hashcode",
@@ -69,9 +72,8 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "elementhaschanged",
      .request = {"idobject", "idcaller", "currentvalue", "waittime"},
      .needed = "idobject, idcaller, currentvalue are needed",
-     .group = line_group::ALWAYS,
-     .response = {"result", "currentvalue"},
-     .lines = {{"Current Value: ", "currentvalue"}}},
+     .lines = {{"Current Value: ", "currentvalue"}},
+     .group = line_group::ALWAYS},
     {.name = "swapondemand",
      .request = {"sessionid", "payload", "waittime"},
      .needed = "sessionID, payload is needed"},
@@ -84,8 +86,6 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "search4neighbours",
      .request = {"ipmcast", "port", "waittime"},
      .needed = "ipmcast, port are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "neighbourlist"},
      .lines = {{"Neighbours List: ", "neighbourlist"}}},
     {.name = "attach2neighbour",
      .request = {"remoteip", "remoteport", "neighbouruid", "neighbourname", "neighbouroptionals",
@@ -97,9 +97,6 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "discover2neighbour",
      .request = {"remoteip", "remoteport", "neighbouruid", "waittime"},
      .needed = "remoteip, remoteport, neighbouruid are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "interfacesidlist", "interfacesnamelist", "interfacestypelist",
-                  "interfacesvaluelist", "interfacesaccessmodelist"},
      .lines = {{"Interfaces ID List: ", "interfacesidlist"},
                {"Interfaces Name List: ", "interfacesnamelist"},
                {"Interfaces Type List: ", "interfacestypelist"},
@@ -108,14 +105,11 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "openobjectchannel",
      .request = {"remoteip", "remoteport", "idremoteinterface", "nameremoteinterface",
                  "typeremoteinterface", "idlocalinterface", "waittime"},
-     .needed =
-         "remoteip, remoteport, idremoteinterface, nameremoteinterface, typeremoteinterface, idlocalinterface are needed"},
+     .needed = "remoteip, remoteport, idremoteinterface, nameremoteinterface, "
+               "typeremoteinterface, idlocalinterface are needed"},
     {.name = "abbmacreadtagdata",
      .request = {"sessionid", "idobject", "waittime"},
      .needed = "sessionID, idtag-programmer is needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "tagnumber", "tagtype", "tagtypeoptionals", "tagplantcode", "isblank",
-                  "hasvalidplantcode", "expiredatetime", "ispresent"},
      .lines = {{"Tag Number: ", "tagnumber"},
                {"Tag Type: ", "tagtype"},
                {"Tag Type Optionals: ", "tagtypeoptionals"},
@@ -128,23 +122,19 @@ inline const service_row SERVICE_FUNCTIONS[] = {
      .request = {"clientaddress", "sessionid", "function", "type", "statement-len", "statement",
                  "waittime"},
      .needed = "client_address, sessionID, function, type, statement_len, statement are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result-len", "result", "payload-len", "payload"},
      .lines = {{"Results Length: ", "result-len"},
                {"Payload Length: ", "payload-len"},
-               {"Payload: ", "payload"}}},
+               {"Payload: ", "payload"}},
+     .response = {"result-len", "result", "payload-len", "payload"}},
     {.name = "retrieveconfiguration",
      .request = {"sessionid", "waittime"},
      .needed = "sessionID is needed",
-     .group = line_group::ALWAYS,
-     .response = {"result", "url"},
-     .lines = {{"Url: ", "url"}}},
+     .lines = {{"Url: ", "url"}},
+     .group = line_group::ALWAYS},
     {.name = "login", .request = {"user", "pass", "waittime"}, .needed = "user, pass are needed"},
     {.name = "retrievemessages",
      .request = {"sessionid", "type", "count", "from", "to", "waittime"},
      .needed = "sessionID, type, count, from, to are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "messagecount", "message"},
      .lines = {{"MessageCount: ", "messagecount"}, {"Message: ", "message"}}},
     {.name = "keltoclimateeventsettimeschedule",
      .request = {"sessionid", "idobject", "mode", "type", "schedule", "waittime"},
@@ -152,14 +142,10 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "keltoclimateeventgettimeschedule",
      .request = {"sessionid", "idobject", "mode", "type", "weekday", "season", "waittime"},
      .needed = "sessionID, id-object, mode, type, weekday, season are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "schedule"},
      .lines = {{"Schedule: ", "schedule"}}},
     {.name = "keltosaigetusergrants",
      .request = {"sessionid", "pin", "waittime"},
      .needed = "sessionID, pin are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result", "partializationgrants"},
      .lines = {{"PartializationGrants: ", "partializationgrants"}}},
     {.name = "keltosaistopalarm",
      .request = {"sessionid", "pin", "waittime"},
@@ -167,13 +153,12 @@ inline const service_row SERVICE_FUNCTIONS[] = {
     {.name = "multidatabasesocketoperation",
      .request = {"clientaddress", "sessionid", "function", "type", "statement-len", "statement",
                  "databaseport", "waittime"},
-     .needed =
-         "client_address, sessionID, function, type, statement_len, statement, databaseport are needed",
-     .group = line_group::WITH_A_RESULT,
-     .response = {"result-len", "result", "payload-len", "payload"},
+     .needed = "client_address, sessionID, function, type, statement_len, statement, "
+               "databaseport are needed",
      .lines = {{"Results Length: ", "result-len"},
                {"Payload Length: ", "payload-len"},
-               {"Payload: ", "payload"}}},
+               {"Payload: ", "payload"}},
+     .response = {"result-len", "result", "payload-len", "payload"}},
     {.name = "keltorunproducttests", .request = {}},
     {.name = "rundailyschedule"},
     {.name = "reloadalldailyschedule"},
