@@ -13,16 +13,16 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
-std::vector<function_case> functions_built(builder_answer wanted) {
-    return functions_that(
-        [wanted](const gateway_row &, const function_row &row) { return row.built == wanted; });
-}
+const std::vector<function_case> ALL_FUNCTIONS = functions_that([](auto &&...) { return true; });
 
 /// Builds a request that must end before a connection.
 void expect_refusal(const function_case &row, const char *function, const char *list, int status,
                     const std::string &output) {
     SCOPED_TRACE(name_of(row) + " " + (list == nullptr ? "(no list)" : list));
-    const deserted_point point;
+    const struct {
+        std::string path = "/nowhere";
+        int port = 0;
+    } point;
     watched_client client;
     int got = 0;
     EXPECT_EQ(captured_output([&] { got = build(*row.gateway, point, function, list); }), output);
@@ -30,101 +30,100 @@ void expect_refusal(const function_case &row, const char *function, const char *
     EXPECT_EQ(client.connects, 0);
 }
 
-/// Builds a request of this list, which must go to the daemon.
+/// Has a request made of this list sent: by the builder, or by the exchange where the builder
+/// refuses what the exchange knows.
 void expect_sent(const function_case &row, const std::string &function, const std::string &list) {
-    SCOPED_TRACE(name_of(row) + " " + list);
-    const meeting_point point(
-        row.gateway->where,
-        {expect(request_text(*row.function, function, values_of_list(*row.function, list))),
-         reply(std::string("Response Status: ") + row.gateway->prefix + "42\n")});
+    SCOPED_TRACE(name_of(row) + " " + function + " " + list);
+    const auto &[gateway, known] = row;
+    const words values = values_of_list(*known, list);
+    std::vector<const char *> pointers(std::size(NUMBERED_VALUES));
+    std::transform(values.begin(), values.end(), pointers.begin(),
+                   [](const std::string &value) { return value.c_str(); });
+    const meeting_point point(gateway->where,
+                              {expect(request_text(*known, function, values)),
+                               reply(std::string("Response Status: ") + gateway->prefix + "42\n")});
     watched_client client;
     int status = 0;
-    EXPECT_EQ(captured_output(
-                  [&] { status = build(*row.gateway, point, function.c_str(), list.c_str()); }),
-              "");
+    const std::string output = captured_output([&] {
+        status = row.function->built == builder_answer::SENDS
+                     ? build(*row.gateway, point, function.c_str(), list.c_str())
+                     : call(*row.gateway, point, function.c_str(), pointers.data());
+    });
+    EXPECT_EQ(output, "");
     EXPECT_EQ(status, 42);
-    client.close_left_open();
+    EXPECT_FALSE(client.close_left_open());
+    EXPECT_EQ(client.connects, 1);
+    EXPECT_EQ(client.sends, 1);
+    EXPECT_EQ(client.receives, 1);
+    EXPECT_EQ(client.flags, 0);
+    EXPECT_EQ(client.receive_size, 1024U);
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
 TEST(GatewayBuilder, SendsItsFunctionsAndReturnsTheAnswer) {
-    for (const function_case &row : functions_built(builder_answer::SENDS)) {
+    for (const function_case &row : ALL_FUNCTIONS) {
         expect_sent(row, row.function->name, row.function->sample);
         expect_sent(row, lower(row.function->name), row.function->sample);
     }
 }
 
 TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
-    for (const function_case &row : functions_that([](auto &&...) { return true; })) {
+    for (const function_case &row : ALL_FUNCTIONS) {
         if (row.function->built == builder_answer::REFUSES) {
             continue;
         }
         const std::size_t count = count_of(*row.function);
         const std::string too_few = list_of(count - 1);
         const std::string message = red(count_message(*row.gateway, *row.function));
-        for (const std::string &list : {too_few, list_of(count + 1), too_few + "|", "p||" + too_few,
-                                        "|" + list_of(count), std::string()}) {
+        for (const std::string &list :
+             {too_few, list_of(count + 1), too_few + "|", "p||" + too_few, "|" + list_of(count)}) {
             expect_refusal(row, row.function->name, list.c_str(), 505, message);
         }
         expect_refusal(row, row.function->name, nullptr, 505, message);
     }
 }
 
-TEST(GatewayBuilder, RefusesSilentlyWhatItOnlyCounts) {
-    for (const function_case &row : functions_built(builder_answer::COUNTS_AND_REFUSES)) {
-        expect_refusal(row, row.function->name, row.function->sample, 503, "");
-    }
-}
-
+/// The function named otherwise, and one that its builder only counts, or that the exchange alone
+/// knows.
 TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
-    for (const gateway_row *gateway : GATEWAYS) {
-        const function_row &first = gateway->functions.front();
-        const std::string name = first.name;
-        words strangers = {gateway->advertised, "",
-                           name + "S",          name + " ",
-                           name.substr(1),      name.substr(0, name.size() - 1)};
-        for (const gateway_row *other : GATEWAYS) {
-            strangers.emplace_back(other->functions.back().name);
+    for (const function_case &row : ALL_FUNCTIONS) {
+        const std::string name = row.function->name;
+        for (const std::string &stranger : {std::string(), name + "S", name + " ", name.substr(1),
+                                            name.substr(0, name.size() - 1), std::string("SEND")}) {
+            expect_refusal(row, stranger.c_str(), row.function->sample, 503, "");
         }
-        for (const function_row &function : gateway->functions) {
-            if (function.built != builder_answer::REFUSES) {
-                std::erase(strangers, function.name);
-            }
+        expect_refusal(row, nullptr, row.function->sample, 503, "");
+        expect_refusal(row, "", nullptr, 503, "");
+        if (row.function->built != builder_answer::SENDS) {
+            expect_refusal(row, name.c_str(), row.function->sample, 503, "");
         }
-        for (const std::string &stranger : strangers) {
-            SCOPED_TRACE("'" + stranger + "'");
-            expect_refusal({gateway, &first}, stranger.c_str(), first.sample, 503, "");
-        }
-        expect_refusal({gateway, &first}, nullptr, first.sample, 503, "");
-        expect_refusal({gateway, &first}, "", nullptr, 503, "");
     }
-}
-
-/// The sample list of a function with that many letters in one place.
-std::string list_with(const function_row &function, std::size_t item, std::size_t width) {
-    words entries = entries_of(function.sample);
-    entries[item - 1] = std::string(width, 'x');
-    return joined(entries, "|");
 }
 
 TEST(GatewayBuilder, ChecksTheLengthOfSomeValuesInOrder) {
-    for (const function_case &row : functions_built(builder_answer::SENDS)) {
+    for (const function_case &row : ALL_FUNCTIONS) {
         const function_row &function = *row.function;
+        const std::string too_few = red(count_message(*row.gateway, function));
+        words all_wrong = entries_of(function.sample);
+        std::string first;
         for (const width_row &checked : function.widths) {
             const std::string message = red(row.gateway->builder + " error " + checked.refusal);
+            first = first.empty() ? message : first;
+            all_wrong[checked.item - 1] = "too long";
+            words entries = entries_of(function.sample);
+            const auto list_with = [&](std::size_t width) {
+                entries[checked.item - 1] = std::string(width, 'x');
+                return joined(entries, "|");
+            };
             for (const std::size_t width : {checked.width - 1, checked.width + 1}) {
-                expect_refusal(row, function.name, list_with(function, checked.item, width).c_str(),
-                               502, message);
+                const std::string list = list_with(width);
+                expect_refusal(row, function.name, list.c_str(), 502, message);
+                expect_refusal(row, function.name, (list + "|more").c_str(), 505, too_few);
             }
-            expect_sent(row, function.name, list_with(function, checked.item, checked.width));
-            expect_refusal(row, function.name,
-                           (list_with(function, checked.item, 9) + "|more").c_str(), 505,
-                           red(count_message(*row.gateway, function)));
+            expect_sent(row, function.name, list_with(checked.width));
         }
-        if (!function.widths.empty()) {
-            words entries(count_of(function), "nine here");
-            expect_refusal(row, function.name, joined(entries, "|").c_str(), 502,
-                           red(row.gateway->builder + " error " + function.widths.front().refusal));
+        if (!first.empty()) {
+            expect_refusal(row, function.name, joined(all_wrong, "|").c_str(), 502, first);
         }
     }
 }

@@ -37,30 +37,6 @@ std::string answer(const gateway_row &x, const std::string &number) {
 
 // --- The request
 
-TEST(GatewayExchange, SendsEachFunctionInOneCallAndReceivesOnce) {
-    for (const auto &[gateway, row] : functions_that([](auto &&...) { return true; })) {
-        for (const std::string &function : {std::string(row->name), lower(row->name)}) {
-            SCOPED_TRACE(title(*gateway) + " " + function);
-            const meeting_point point(
-                gateway->where,
-                {expect(request_text(*row, function,
-                                     {std::begin(NUMBERED_VALUES), std::end(NUMBERED_VALUES)})),
-                 reply(answer(*gateway, "0"))});
-            watched_client client;
-            const outcome got = run_exchange(*gateway, point, &client, function.c_str());
-            EXPECT_EQ(got.output, "");
-            EXPECT_EQ(got.status, 0);
-            EXPECT_FALSE(got.left_open);
-            EXPECT_EQ(client.connects, 1);
-            EXPECT_EQ(client.sends, 1);
-            EXPECT_EQ(client.receives, 1);
-            EXPECT_EQ(client.flags, 0);
-            EXPECT_EQ(client.receive_size, 1024U);
-            EXPECT_EQ(point.daemon->finish(), "");
-        }
-    }
-}
-
 /// A request of the usual function with these values, cut or lengthened to `size` by its first one.
 struct sized_request {
     sized_request(const gateway_row &x, words given, std::size_t size) : values(std::move(given)) {
