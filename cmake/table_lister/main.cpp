@@ -1,16 +1,14 @@
 // lumocmd_table_lister, a program of the build: fills templates with the lists that follow from the
-// program's tables, and compares documents with them.
+// program's tables, and compares docs/protocols.md with them.
 // usage: lumocmd_table_lister fill DEFINITION TEMPLATE OUTPUT
 //        lumocmd_table_lister compare DEFINITION PROJECT-DIRECTORY
 
 #include "cmake/table_lister/texts.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <regex>
-#include <sstream>
 
 namespace {
 
@@ -49,58 +47,26 @@ int fill(const std::vector<type_entry> &types, const std::string &path, const st
                                         : EXIT_DONE;
 }
 
-using lines = std::vector<std::string>;
-
-/// The lines of a text that match, or the group of the pattern in them.
-lines matching_lines(const std::string &text, const std::regex &pattern) {
-    lines result;
-    std::istringstream rest(text);
-    for (std::string line; std::getline(rest, line);) {
-        std::smatch found;
-        if (std::regex_match(line, found, pattern)) {
-            result.push_back(found[found.size() - 1]);
-        }
-    }
-    return result;
-}
-
-lines sorted(lines unsorted) {
-    std::sort(unsorted.begin(), unsorted.end());
-    unsorted.erase(std::unique(unsorted.begin(), unsorted.end()), unsorted.end());
-    return unsorted;
-}
-
-/// Prints the lines that only the first list has.
-void print_difference(const char *heading, const lines &list, const lines &other) {
-    for (const std::string &line : list) {
-        if (std::find(other.begin(), other.end(), line) == other.end()) {
-            std::printf("%s\n%s\n", heading, line.c_str());
-        }
-    }
-}
-
-/// Says which lines to paste where a document does not hold them.
+/// Says which lines of docs/protocols.md to change where it does not list the gateways as the
+/// tables do.
 int compare(const std::vector<type_entry> &types, const std::string &directory) {
-    int status = EXIT_DONE;
-    for (const document_lines &wanted : expected_lines(types)) {
-        const std::string text = file_text(directory + "/" + wanted.document);
-        const lines found = matching_lines(text, std::regex(wanted.pattern));
-        if (wanted.is_ordered ? found == wanted.lines : sorted(found) == sorted(wanted.lines)) {
-            continue;
-        }
-        status = EXIT_FAILED;
-        std::printf("%s does not list %s as the program's tables do.\n", wanted.document,
-                    wanted.what);
-        print_difference("Add, in the order of the tables:", wanted.lines, found);
-        print_difference("Remove:", found, wanted.lines);
-        if (sorted(found) == sorted(wanted.lines)) {
-            std::puts("They should be, once each and in this order:");
-            for (const std::string &line : wanted.lines) {
-                std::puts(line.c_str());
-            }
-        }
+    const std::string name = "docs/protocols.md";
+    const std::string text = file_text(directory + "/" + name);
+    const std::regex row(R"(\n\| \w+ \| `lumo_\w+gateway\.socket`.*)");
+    std::vector<std::string> found;
+    for (std::sregex_iterator each(text.begin(), text.end(), row), end; each != end; ++each) {
+        found.push_back(each->str().substr(1));
     }
-    return status;
+    const std::vector<std::string> wanted = gateway_rows(types);
+    if (found == wanted) {
+        return EXIT_DONE;
+    }
+    std::printf("%s does not list the gateways as the program's tables do. The rows are:\n",
+                name.c_str());
+    for (const std::string &line : wanted) {
+        std::puts(line.c_str());
+    }
+    return EXIT_FAILED;
 }
 
 int run(const std::vector<std::string> &words) {
