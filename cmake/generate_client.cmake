@@ -4,7 +4,7 @@
 file(STRINGS ${DEFINITION} lines REGEX "^//gsoap |^int ns__service_")
 set(operations ${lines})
 list(FILTER operations INCLUDE REGEX "^int ")
-list(TRANSFORM operations REPLACE "^int ns__(service_[a-z0-9]+).*" "\\1")
+list(TRANSFORM operations REPLACE "^int ns__(service_[A-Za-z0-9_]+).*" "\\1")
 set(directives ${lines})
 list(FILTER directives INCLUDE REGEX "^//gsoap ns service method-")
 
@@ -29,7 +29,7 @@ foreach(operation IN LISTS operations)
             "${DEFINITION}: the operation ${operation} needs the record\n"
             "struct ns__${operation}Response")
     endif()
-    string(REGEX REPLACE "    char \\*[a-z_]+ `::[a-z-]+`;\n" "" untagged "${CMAKE_MATCH_1}")
+    string(REGEX REPLACE "    char \\*[A-Za-z0-9_]+ `::[A-Za-z0-9-]+`;\n" "" untagged "${CMAKE_MATCH_1}")
     string(STRIP "${untagged}" untagged)
     if(untagged)
         message(FATAL_ERROR "${DEFINITION}: in the response of ${operation} every line must read\n"
