@@ -9,14 +9,14 @@ include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckPIESupported)
 
-# A static program starts whatever C library the machine has. It is position-independent where the
-# toolchain can; CMake's own property is not used, because the -pie that it adds undoes -static-pie.
+# A static program runs on any C library. It is position-independent where the toolchain has -static-pie;
+# CMake's own property would add -pie, which undoes that.
 option(LUMOCMD_STATIC "Link the program statically" OFF)
 set(LUMOCMD_LIBC "" CACHE PATH "Where the static C library is, when not the toolchain's own")
 add_library(lumocmd_linkage INTERFACE)
 if(LUMOCMD_STATIC)
     if(LUMOCMD_LIBC)
-        # Its start files as well.
+        # For its start files as well.
         set(libc_search -B${LUMOCMD_LIBC} -L${LUMOCMD_LIBC})
     endif()
     set(CMAKE_REQUIRED_LINK_OPTIONS ${libc_search} -static-pie)
@@ -30,7 +30,7 @@ if(LUMOCMD_STATIC)
         add_link_options(-no-pie)
         target_link_options(lumocmd_linkage INTERFACE -static)
     endif()
-    # With its release as a text, for whoever has the file alone.
+    # Keeps glibc's version text in the file, which is all that a controller has.
     target_link_options(lumocmd_linkage INTERFACE ${libc_search} -Wl,--undefined=gnu_get_libc_version)
 else()
     if(NOT DEFINED CMAKE_POSITION_INDEPENDENT_CODE)
@@ -41,7 +41,7 @@ endif()
 
 option(LUMOCMD_WERROR "Take warnings for errors; for developers, as another compiler has other warnings" OFF)
 
-# For everything written here, tests included; never for generated code.
+# For the project's own code and tests, not for generated code.
 add_library(lumocmd_warnings INTERFACE)
 target_compile_options(lumocmd_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wformat=2
@@ -56,7 +56,7 @@ add_library(lumocmd_quick INTERFACE)
 target_compile_options(lumocmd_quick INTERFACE
     $<$<CONFIG:Release>:-O0> $<$<CONFIG:Debug>:-fno-sanitize=undefined>)
 
-# Whoever builds may have chosen another level, and so may have the compiler's maker: theirs stands.
+# A level of _FORTIFY_SOURCE in the builder's flags, or built into the compiler, wins.
 set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
 check_cxx_source_compiles("
     #ifdef _FORTIFY_SOURCE
@@ -66,15 +66,15 @@ check_cxx_source_compiles("
 unset(CMAKE_TRY_COMPILE_CONFIGURATION)
 add_library(lumocmd_fortified INTERFACE)
 if(LUMOCMD_CHOOSES_FORTIFY_LEVEL)
-    # It has an effect with the optimizer alone, and is warned about without.
+    # Without optimisation it has no effect but a warning.
     target_compile_definitions(lumocmd_fortified INTERFACE
         $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=3>)
 endif()
 
-# Before the builder's own flags, so that those win; what the compiler does not know is left out.
+# Before the builder's own flags, so that those win. Flags that the compiler does not know are left out.
 set(HARDENING -fstack-protector-strong -fno-strict-overflow -fno-strict-aliasing
     -fno-delete-null-pointer-checks -ftrivial-auto-var-init=zero)
-# Not on 32-bit ARM: two pages of the controller's flash for one large frame.
+# Not on 32-bit ARM: it would cost two pages of the controller's flash, for one large stack frame.
 if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
     list(APPEND HARDENING -fstack-clash-protection)
 endif()
@@ -89,7 +89,7 @@ endforeach()
 string(PREPEND CMAKE_C_FLAGS "${hardening}")
 string(PREPEND CMAKE_CXX_FLAGS "${hardening}")
 
-# For the program and the library under it: no run-time library beyond libc, and small.
+# For the program and its library: small, and no run-time library but libc.
 add_library(lumocmd_product INTERFACE)
 target_compile_options(lumocmd_product INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>

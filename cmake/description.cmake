@@ -1,6 +1,5 @@
-# The description of the web service for other clients (WSDL), made from the definition that our own
-# client is made from. For desks alone: a controller serves, and whoever writes a client for it works
-# elsewhere.
+# The WSDL of the web service, for other clients, made from the same definition as our own client. Not in
+# cross builds: clients are developed on desks.
 
 set(DESCRIPTION_DIR ${PROJECT_BINARY_DIR}/description)
 set(SERVICE_DESCRIPTION ${DESCRIPTION_DIR}/lumows.wsdl)

@@ -1,5 +1,5 @@
-# Runs the code generator. It exits 0 whatever it warns about and ignores a misspelt directive without a
-# word, so every directive and every warning is checked here.
+# Runs the code generator. It exits 0 after warnings and ignores a misspelt directive silently, so every
+# directive and every warning is checked here.
 
 file(STRINGS ${DEFINITION} lines REGEX "^//gsoap |^int ns__service_")
 set(operations ${lines})
@@ -8,7 +8,7 @@ list(TRANSFORM operations REPLACE "^int ns__(service_[A-Za-z0-9_]+).*" "\\1")
 set(directives ${lines})
 list(FILTER directives INCLUDE REGEX "^//gsoap ns service method-")
 
-# Both directives of every operation, to the letter; what is left over belongs to none.
+# Each operation has exactly these two directives; what is left over belongs to no operation.
 foreach(operation IN LISTS operations)
     foreach(wanted "method-action: ${operation} urn:xmethods-lumows"
             "method-response-encoding: ${operation} literal")
@@ -44,7 +44,7 @@ file(MAKE_DIRECTORY ${OUTPUT_DIR})
 execute_process(
     COMMAND ${SOAPCPP2} -c -C -L -x -w -d ${OUTPUT_DIR} ${DEFINITION}
     OUTPUT_VARIABLE said ERROR_VARIABLE said RESULT_VARIABLE status)
-# What it says about the files it writes must not be taken for a warning, whatever they are called.
+# Its messages name files, whose paths may hold the word "error".
 string(REPLACE "${OUTPUT_DIR}" "" said_alone "${said}")
 string(REPLACE "${DEFINITION}" "" said_alone "${said_alone}")
 string(TOLOWER "${said_alone}" said_lower)

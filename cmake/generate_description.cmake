@@ -1,7 +1,6 @@
-# Runs the code generator once more, for the description of the service alone. "literal" in the
-# definition is how our own client picks the responses; it is not how they travel, and the generator
-# would describe them so, with a message part that does not exist. Hence a copy without these lines.
-# That the description is true is for the tests: they call every operation through it.
+# Runs the code generator a second time, for the WSDL alone. "literal" in the definition makes our own client
+# check the name of the response; on the wire responses are encoded. With these lines the WSDL would describe
+# a message part that does not exist, so they are left out. The tests call every operation through the WSDL.
 
 file(READ ${DEFINITION} definition)
 string(REGEX REPLACE "//gsoap ns service method-response-encoding: [A-Za-z0-9_]+ literal\n" ""
@@ -12,8 +11,8 @@ execute_process(
     COMMAND ${SOAPCPP2} -c -C -L -x -d ${OUTPUT_DIR} ${OUTPUT_DIR}/lumows.gsoap
     OUTPUT_VARIABLE said ERROR_VARIABLE said RESULT_VARIABLE status)
 
-# The profile that it measures the service by has no SOAP encoding at all; every other warning counts.
-# What it says about the files it writes must not be taken for one, whatever they are called.
+# The generator warns that the WS-I profile forbids SOAP encoding; every other warning counts. Its messages
+# name files, whose paths may hold the word "error".
 string(REGEX REPLACE
     "Compliance warning: operation '[A-Za-z0-9_]+' is specific to SOAP encoding only[^\n]*\n" ""
     said_alone "${said}")

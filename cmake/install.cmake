@@ -15,7 +15,7 @@ install(FILES ${example_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumocmd/
 if(TARGET lumosim)
     install(TARGETS lumosim)
     install(FILES ${PROJECT_BINARY_DIR}/man/lumosim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-    # Below the prefix /usr this is where systemd looks for the units of packages.
+    # With the prefix /usr, systemd's directory for units of packages.
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/lumosim.service
         DESTINATION lib/systemd/system)
 endif()

@@ -21,7 +21,7 @@ add_library(lumows_client STATIC
     ${GENERATED_FILES} webservice/client_runtime.c)
 target_include_directories(lumows_client PRIVATE ${PROJECT_SOURCE_DIR})
 target_include_directories(lumows_client SYSTEM PUBLIC ${GENERATED_DIR})
-# WITH_COMPAT keeps C++'s own streams and constructors out of the header; the C side has none.
+# WITH_COMPAT removes C++ streams and constructors from the header, as C sees it.
 target_compile_definitions(lumows_client PUBLIC $<$<COMPILE_LANGUAGE:CXX>:WITH_COMPAT>)
 target_link_libraries(lumows_client PUBLIC soap_runtime PRIVATE lumocmd_product)
 

@@ -1,5 +1,5 @@
-# The program that fills the templates, for a cross build: its sources and those of the library under it
-# are compiled once more, for the machine that builds.
+# In a cross build the program that fills the templates is compiled for this machine, with the sources of the
+# library whose tables it reads.
 
 find_program(HOST_CXX NAMES c++ g++ clang++ REQUIRED NO_CMAKE_FIND_ROOT_PATH
     DOC "C++ compiler for the machine that builds")
@@ -18,15 +18,15 @@ foreach(source IN LISTS sources library_sources)
         COMMAND ${HOST_CXX} -std=c++20 -MD -MF ${object}.d -MT ${object} -I${PROJECT_SOURCE_DIR}
             -isystem ${GENERATED_DIR} -isystem ${SOAP_HEADER_DIR} ${GSOAP_FLAGS} -DWITH_COMPAT
             -c ${source} -o ${object}
-        DEPENDS ${source} lumows_client # with it come the generated headers
+        DEPENDS ${source} lumows_client # for the generated headers
         DEPFILE ${object}.d
         COMMENT "Compiling ${name} for this machine"
         VERBATIM)
     list(APPEND objects ${object})
 endforeach()
 
-# It reads the tables and calls nothing that they name, so it does without the SOAP runtime, of which
-# there may be the target's alone.
+# It reads the tables without calling their functions. So it needs no SOAP runtime, which may be there for the
+# target alone.
 add_custom_command(
     OUTPUT ${host_directory}/table_lister
     COMMAND ${HOST_CXX} -no-pie -Wl,--unresolved-symbols=ignore-all ${objects}
