@@ -1,5 +1,5 @@
-# What scripts around lumocmd have in common, for any POSIX shell; lumo.sh(7) describes it.
-# It owns the names that begin with lumo_ or LUMO_ and changes nothing else.
+# A library for POSIX shell scripts that call lumocmd; lumo.sh(7) describes it. It uses names that begin with
+# lumo_ or LUMO_ and changes nothing else.
 # shellcheck shell=sh disable=SC2034 # what it sets is the caller's to read
 
 lumo_newline='
@@ -23,9 +23,9 @@ lumo_call() {
     lumo_call_within "${LUMO_LIMIT:-}" "$@"
 }
 
-# The same within a time limit. Notes every type that the arguments name, s for the web service and
-# d for another, and looks up a socket in LUMO_DIRECTORY. Each option has an argument, attached or as
-# the next word.
+# The same within a time limit. Collects the types among the arguments in lumo_types, s for the web service and
+# d for a daemon, and looks up a socket in LUMO_DIRECTORY. Each option has an argument, attached or as the next
+# word.
 lumo_call_within() {
     lumo_limit=$1
     shift
@@ -53,7 +53,7 @@ lumo_call_within() {
 lumo_exchange() {
     LUMO_EXIT=126
     lumo_raw=
-    # Some shells remark on a command that a time limit ended; what lumocmd says is all kept.
+    # Some shells print a message about a command that a signal ended; lumocmd's own output is all kept.
     {
         LUMO_EXIT=0
         lumo_raw=$(lumo_run "$@") || LUMO_EXIT=$?
@@ -84,8 +84,9 @@ lumo_run() {
     "$@" 2>&1
 }
 
-# Prints the outcome of a call whose code the web service or lumocmd itself may have found. With a
-# url that cannot be used nothing is sent, and lumocmd finds out the same before it looks at that.
+# Prints the outcome of a call whose code may be the web service's or lumocmd's own. Calls lumocmd again with
+# an unusable url, so that nothing is sent: it checks function and parameters before the url, and its own code
+# comes again.
 lumo_ask_again() {
     set -- -u : "$@"
     lumo_option=
@@ -93,7 +94,7 @@ lumo_ask_again() {
         shift
         case $lumo_option$lumo_word in
         -?) lumo_option=$lumo_word ;;
-        -u*) lumo_word=-u: lumo_option= ;; # attached, or as a url: neither can be used
+        -u*) lumo_word=-u: lumo_option= ;; # as an option or as the url after one, it is unusable
         *) lumo_option= ;;
         esac
         set -- "$@" "$lumo_word"
@@ -106,8 +107,8 @@ lumo_ask_again() {
     esac
 }
 
-# Takes the last line apart. It is a status only if its low 8 bits are the exit status: a run that
-# was cut short leaves any line as the last one.
+# Parses the last line. It is a status only if its low 8 bits are the exit status: the last line of a run that
+# was killed may be any.
 lumo_read_status() {
     LUMO_CODE=
     LUMO_PREFIX=
@@ -147,7 +148,7 @@ lumo_outcome() {
     0,*) echo 'done' ;;
     ,*) lumo_outcome_without_status ;;
     *,s) lumo_outcome_of_service ;;
-    *s*) echo unknown ;; # which of several types was called, lumocmd alone knows
+    *s*) echo unknown ;; # several types: which of them was called is not known
     503,* | 505,* | 507,*) echo invalid ;;
     502,* | 508,*) echo unknown ;;
     *) lumo_outcome_of_daemon ;;
@@ -161,8 +162,7 @@ lumo_outcome_without_status() {
     esac
 }
 
-# A service can send any code, and relay any report but the one that lumocmd begins with when it
-# refuses a url.
+# A service can send any code and any report but the one with which lumocmd refuses a url.
 lumo_outcome_of_service() {
     case $LUMO_CODE,$lumo_raw in
     502,"Error 3986 fault "* | 508,"Error 3986 fault "*) echo invalid ;;
@@ -172,7 +172,7 @@ lumo_outcome_of_service() {
     esac
 }
 
-# A daemon may answer the numbers that lumocmd itself uses. What lumocmd found out, it says in red.
+# A daemon may answer lumocmd's own numbers. lumocmd's own failures have a red message.
 lumo_outcome_of_daemon() {
     case ${lumo_above##*"$lumo_newline"} in
     *"$lumo_red"*" error opening socket "*" clientside for function "*) echo unreachable ;;
@@ -222,7 +222,7 @@ lumo_get() {
     return 1
 }
 
-# Says why there was no call, and leaves what a call leaves that nothing came of.
+# Reports why there was no call, and sets the variables as after one that could not be started.
 lumo_refuse() {
     LUMO_CODE=
     LUMO_PREFIX=
@@ -254,9 +254,9 @@ lumo_item() {
     printf '%s\n' "$lumo_entry"
 }
 
-# Is a daemon of this type at the socket? 0: yes, 1: no, 2: that cannot be told. What a gateway is
-# asked is too long to be sent, which lumocmd finds out behind the connection. It finds that out of
-# FSMCore's requests before, so FSMCore's socket is tried like the EIB gateway's.
+# Does a daemon of this type accept connections at the socket? 0: yes, 1: no, 2: not known. The request is too
+# long to be sent, which lumocmd checks for gateways after it has connected. For FSMCore it checks that before,
+# so FSMCore's socket is tried like the EIB gateway's.
 lumo_alive() {
     lumo_limit=${LUMO_LIMIT:-5}
     case $(printf '%s\n' "$1" | LC_ALL=C tr '[:lower:]' '[:upper:]') in
@@ -325,7 +325,7 @@ lumo_is_late() {
     [ -n "$lumo_end" ] && [ "$(($(lumo_clock) + lumo_delay))" -ge "$lumo_end" ]
 }
 
-# Prints the seconds of a clock that nobody sets; where /proc is not mounted, of the one that is set.
+# Prints seconds of the monotonic clock; where /proc is not mounted, of the system time.
 lumo_clock() {
     if [ -r /proc/uptime ]; then
         IFS=. read -r lumo_seconds lumo_rest </proc/uptime
