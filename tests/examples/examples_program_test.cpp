@@ -23,16 +23,11 @@ struct example {
     std::string output;
 };
 
-std::string file_text(const std::string &path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// The lines between `begin` and `end` lines, as examples: "$ " starts one, a backslash at the end
 /// of a command continues it.
 std::vector<example> read_examples(const std::string &path, const std::string &begin,
                                    const std::string &end) {
-    std::istringstream lines(file_text(path));
+    std::istringstream lines(read_file(path));
     std::vector<example> examples;
     bool inside = false;
     bool continued = false;
@@ -74,8 +69,7 @@ struct program_directory {
 };
 
 void run_examples(const std::vector<example> &examples) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator;
     const program_directory programs;
     const std::string url = "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin";
     for (const example &shown : examples) {
@@ -105,7 +99,7 @@ TEST(Examples, OfTheManual) {
 
 /// The simulator's examples run until they are stopped.
 TEST(Examples, OfTheSimulatorsManual) {
-    std::istringstream lines(file_text(LUMOCMD_MANUALS "/lumosim.1"));
+    std::istringstream lines(read_file(LUMOCMD_MANUALS "/lumosim.1"));
     const std::string begin = ".Dl $ lumosim ";
     int examples = 0;
     for (std::string line; std::getline(lines, line);) {
@@ -114,14 +108,14 @@ TEST(Examples, OfTheSimulatorsManual) {
         }
         SCOPED_TRACE(line);
         const temporary_directory directory;
-        std::vector<std::string> options;
+        words options = {LUMOSIM_PROGRAM};
         std::istringstream words(line.substr(begin.size()));
         for (std::string word; words >> word;) {
             options.push_back(word == "\\&." ? directory.path : word);
         }
-        Program simulator(options);
-        EXPECT_TRUE(wait_for_output(simulator, "\nready\n")) << simulator.out;
-        EXPECT_EQ(end_program(simulator, SIGTERM), 0) << simulator.errors;
+        started_program simulator(options);
+        EXPECT_TRUE(simulator.wait_for_output("\nready\n")) << simulator.output();
+        EXPECT_EQ(end_program(simulator, SIGTERM).status, 0) << simulator.errors();
         examples++;
     }
     EXPECT_GT(examples, 0);

@@ -31,7 +31,7 @@ inline std::vector<daemon_row> daemons() {
 }
 
 /// A status of the daemon's own, such as EIBG-000 for 0.
-inline std::string status_text(const daemon_row &daemon, unsigned number) {
+inline std::string status_text(const daemon_row &daemon, int number) {
     const std::string digits = std::to_string(number);
     const auto width = static_cast<std::size_t>(daemon.digits);
     return daemon.prefix + std::string(width - std::min(width, digits.size()), '0') + digits;

@@ -101,20 +101,19 @@ run_result python(words arguments) {
     return run(arguments);
 }
 
-std::string service_url(const Simulator &simulator) {
+std::string service_url(const running_simulator &simulator) {
     return "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
 }
 
 TEST(Description, LetsAnIndependentClientCallEveryOperation) {
     const temporary_directory directory;
     const std::string record = directory.path + "/record";
-    Simulator simulator({"--record", record});
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator({"--record", record});
     const run_result client = python({PROJECT_DIRECTORY "/tests/recipes/description_client.py",
                                       LUMOWS_DESCRIPTION, service_url(simulator)});
     ASSERT_EQ(client.errors, "");
     ASSERT_EQ(client.status, 0);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
+    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0);
     const std::string log = "\n" + file_text(record);
 
     auto calls = read_calls(client.output);
@@ -136,8 +135,7 @@ TEST(Description, LetsAnIndependentClientCallEveryOperation) {
 
 /// The program of the page, with the addresses of this run.
 TEST(Description, ServesThePagesLinesOfPython) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator;
     const std::string page = file_text(PROJECT_DIRECTORY "/docs/protocols.md");
     const std::string fence = "```python\n";
     const std::size_t start = page.find(fence);
@@ -152,11 +150,11 @@ TEST(Description, ServesThePagesLinesOfPython) {
     EXPECT_EQ(client.errors, "");
     EXPECT_EQ(client.output, "LMWS-000 OFF 0\n");
     EXPECT_EQ(client.status, 0);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
-    EXPECT_NE(simulator.program.out.find("\nSOAP: service-getelementstatus "
-                                         "DEMO-SESSION|LIVING-LAMP|(absent)|0 -> LMWS-000\n"),
+    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0);
+    EXPECT_NE(simulator.program.output().find("\nSOAP: service-getelementstatus "
+                                              "DEMO-SESSION|LIVING-LAMP|(absent)|0 -> LMWS-000\n"),
               std::string::npos)
-        << simulator.program.out;
+        << simulator.program.output();
 }
 
 void expect_body(const pugi::xml_node &direction) {

@@ -165,8 +165,7 @@ class WithController : public testing::TestWithParam<shell_row> {};
 
 /// Daemons that are there get no byte, and those that are not there are told apart from them.
 TEST_P(WithController, SeesWhichDaemonsAreThere) {
-    Simulator simulator({"--refuse", "tutondo", "--answer", "soap=403"});
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator({"--refuse", "tutondo", "--answer", "soap=403"});
     const run_result seen = shell_room(GetParam())
                                 .run(std::string("set -eu\n. ") + INSTALLED_LIBRARY + R"sh(
 try() {
@@ -194,13 +193,12 @@ try SOAP )sh" + "http://127.0.0.1:" + std::to_string(simulator.port) +
          {"FSMCORE", "EIB", "SMSTOOL", "LINTRONIC", "TECNOUT", "VIVALDI", "BENTEL"}) {
         const std::string line = std::string("\n") + name +
                                  ": no request, the client closed before the end of its request\n";
-        EXPECT_TRUE(wait_for_output(simulator.program, line)) << simulator.program.out;
+        EXPECT_TRUE(simulator.program.wait_for_output(line)) << simulator.program.output();
     }
 }
 
 TEST_P(WithController, GetsElementsAlone) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator;
     const run_result seen =
         shell_room(GetParam())
             .run(std::string("set -eu\n. ") + INSTALLED_LIBRARY + "\nLUMO_URL=http://127.0.0.1:" +

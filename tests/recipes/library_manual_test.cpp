@@ -65,8 +65,7 @@ class ManualScript : public testing::TestWithParam<std::tuple<shown_script, shel
 
 TEST_P(ManualScript, PrintsWhatThePageShows) {
     const auto &[shown, shell] = GetParam();
-    Simulator simulator(shown.options);
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator(shown.options);
     const std::string url =
         "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
     const run_result seen =

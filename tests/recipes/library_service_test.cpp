@@ -134,8 +134,7 @@ class ServiceExchange : public testing::TestWithParam<std::tuple<exchange_row, s
 
 TEST_P(ServiceExchange, EndsAsTheProgramFoundOut) {
     const auto &[row, shell] = GetParam();
-    Simulator simulator(row.options);
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator(row.options);
     const std::string url =
         "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
     std::string script = std::string("set -eu\n. ") + INSTALLED_LIBRARY + "\n";
@@ -147,8 +146,8 @@ TEST_P(ServiceExchange, EndsAsTheProgramFoundOut) {
     const std::string line = std::string(row.outcome) + "\n";
     EXPECT_EQ(seen.output, line + line);
     EXPECT_EQ(seen.errors, "");
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0) << simulator.program.errors;
-    const std::string said = simulator.program.out;
+    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
+    const std::string said = simulator.program.output();
     const std::string ready = "\nready\n";
     EXPECT_EQ(said.substr(said.find(ready) + ready.size()),
               row.requests + row.requests + "stopped\n");

@@ -113,11 +113,10 @@ TEST(Protocols, ShowExchangesOfDaemons) {
 
 /// The simulated daemon takes the request that the page shows.
 TEST(Protocols, ShowRequestsThatDaemonsTake) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    EXPECT_EQ(ask_daemon(simulator.home.path, "bentelgateway", bytes("gateway_request")),
+    running_simulator simulator;
+    EXPECT_EQ(simulator.ask("lumo_bentelgateway.socket", bytes("gateway_request")),
               bytes("gateway_answer"));
-    const std::string answer = ask_daemon(simulator.home.path, "fsmcore", bytes("fsmcore_request"));
+    const std::string answer = simulator.ask(CORE_SOCKET, bytes("fsmcore_request"));
     EXPECT_EQ(answer.rfind("Response Status: FSMC-000\nParameter Count: 2\n", 0), 0U) << answer;
     const int connection = connect_port(simulator.port);
     ASSERT_GE(connection, 0);
@@ -190,19 +189,19 @@ TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
 struct example_daemon {
     example_daemon()
         : path(directory.path + "/lumo_bentelgateway.socket"),
-          program("/usr/bin/python3", {PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path}),
-          ready(wait_for_output(program, "ready\n")) {}
+          program({"/usr/bin/python3", PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path}),
+          ready(program.wait_for_output("ready\n")) {}
     temporary_directory directory;
     std::string path;
-    Program program;
+    started_program program;
     bool ready;
 };
 
 TEST(ExampleDaemon, ServesTheProgram) {
     example_daemon daemon;
-    ASSERT_TRUE(daemon.ready) << daemon.program.errors;
+    ASSERT_TRUE(daemon.ready) << daemon.program.errors();
     EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
-    EXPECT_TRUE(wait_for_output(daemon.program, "hall: ARM 1\n"));
+    EXPECT_TRUE(daemon.program.wait_for_output("hall: ARM 1\n"));
     EXPECT_EQ(
         call({"-t", "BENTELLOCAL", "-f", "sendbentelcommanddatagram", "-p", "hall|9|ARM|1", "-s"},
              daemon.path)
@@ -247,14 +246,12 @@ TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
         {"Request: \xff\n\n", false, "Response Status: BENG-1301\n"},
     };
     example_daemon daemon;
-    ASSERT_TRUE(daemon.ready) << daemon.program.errors;
+    ASSERT_TRUE(daemon.ready) << daemon.program.errors();
     for (const daemon_row &row : rows) {
-        EXPECT_EQ(ask_daemon(daemon.directory.path, "bentelgateway", row.sent, row.drip),
-                  row.answer)
-            << row.sent;
+        EXPECT_EQ(ask_daemon(daemon.path, row.sent, row.drip), row.answer) << row.sent;
     }
     const std::string endless(2000, 'x');
-    const std::string answer = ask_daemon(daemon.directory.path, "bentelgateway", endless);
+    const std::string answer = ask_daemon(daemon.path, endless);
     EXPECT_EQ(answer.rfind("Response Status: BENG-1302\n", 0), 0U) << answer;
 }
 

@@ -248,8 +248,7 @@ TEST_P(ExampleScript, DoesItsWork) {
                             "W3": {"status": "OPEN", "value": "1"}}})";
     words options = row.options;
     options.insert(options.end(), {"--state", state.path + "/house"});
-    Simulator simulator(options);
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+    running_simulator simulator(options);
     const shell_room room(shell);
     room.add_program("flock");
     const run_result seen = room.run(
@@ -264,9 +263,9 @@ TEST_P(ExampleScript, DoesItsWork) {
     EXPECT_EQ(file_text(simulator.home.path + "/pauses"), row.pauses);
     EXPECT_FALSE(std::filesystem::exists(simulator.home.path + "/restarted"));
 
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0) << simulator.program.errors;
+    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
     if (row.requests != nullptr) {
-        const std::string said = simulator.program.out;
+        const std::string said = simulator.program.output();
         const std::string ready = "\nready\n";
         EXPECT_EQ(said.substr(said.find(ready) + ready.size()),
                   row.requests + std::string("stopped\n"));

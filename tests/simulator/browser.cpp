@@ -11,6 +11,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace harness;
+
 namespace {
 
 using nlohmann::json;
@@ -47,12 +49,12 @@ std::string find_program(const std::string &name) {
 }
 
 /// The port that a driver has chosen; 0 when it ended instead.
-int read_port(Program &driver) {
+int read_port(started_program &driver) {
     const std::string tag = "started successfully on port ";
-    if (!wait_for_output(driver, tag) || !wait_for_output(driver, ".\n")) {
+    if (!driver.wait_for_output(tag) || !driver.wait_for_output(".\n")) {
         return 0;
     }
-    return std::atoi(driver.out.c_str() + driver.out.find(tag) + tag.size());
+    return std::stoi(driver.output().substr(driver.output().find(tag) + tag.size()));
 }
 
 std::string open_session(Browser &browser) {
@@ -113,13 +115,13 @@ bool has_ipv6_loopback() {
 Browser::Browser() {
     for (int attempt = 0; attempt < MOST_STARTS && port == 0; ++attempt) {
         // What the browser leaves in its temporary directory goes with this one.
-        driver = std::make_unique<Program>(
-            "/usr/bin/env",
-            std::vector<std::string>{"TMPDIR=" + home.path, find_program(PROGRAMS[1]), "--port=0"});
+        driver =
+            std::make_unique<started_program>(words{find_program(PROGRAMS[1]), "--port=0"},
+                                              start_options{.settings = {"TMPDIR=" + home.path}});
         port = read_port(*driver);
     }
     if (port == 0) {
-        complaint = "the driver did not start: " + driver->out + driver->errors;
+        complaint = "the driver did not start: " + driver->output() + driver->errors();
         return;
     }
     session = open_session(*this);
@@ -133,7 +135,7 @@ Browser::~Browser() {
 }
 
 nlohmann::json command(Browser &browser, const std::string &path, const nlohmann::json &body) {
-    const HttpAnswer answer =
+    const http_reply answer =
         ask_http(browser.port, "POST " + path, "Content-Type: application/json\r\n", body.dump());
     if (answer.status != 200) {
         browser.complaint += path + ": " + (answer.status == 0 ? "no answer" : answer.body) + "\n";
@@ -178,7 +180,7 @@ void resize(Browser &browser, int width, int height) {
 }
 
 std::string take_screenshot(Browser &browser) {
-    const HttpAnswer answer = ask_http(browser.port, "GET " + browser.session + "/screenshot");
+    const http_reply answer = ask_http(browser.port, "GET " + browser.session + "/screenshot");
     const json whole = json::parse(answer.body, nullptr, false);
     return whole.is_object() && whole["value"].is_string() ? decode_base64(whole["value"]) : "";
 }

@@ -19,8 +19,8 @@ struct Browser {
     Browser(const Browser &) = delete;
     Browser &operator=(const Browser &) = delete;
 
-    FreshDirectory home;
-    std::unique_ptr<Program> driver;
+    harness::temporary_directory home;
+    std::unique_ptr<harness::started_program> driver;
     int port = 0;
     std::string session; ///< path of the session; empty when it could not be opened
     std::string complaint;

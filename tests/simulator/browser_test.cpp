@@ -1,12 +1,13 @@
 // The page as people see it: Chromium shows it while the built lumocmd sends requests.
 #include "tests/simulator/browser.h"
-#include "tests/simulator/daemon_rows.h"
 
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
+
+using namespace harness;
 
 /// The characters by which the protocol names keys.
 const std::string TAB = "\xEE\x80\x84";
@@ -26,7 +27,6 @@ class PageInABrowser : public testing::Test {
         if (!missing.empty()) {
             GTEST_SKIP() << missing;
         }
-        ASSERT_TRUE(simulator.ready) << simulator.program.errors;
         browser = std::make_unique<Browser>();
         if (browser->port == 0 && !has_ipv6_loopback()) {
             GTEST_SKIP() << "no ::1, which the driver wants: " << browser->complaint;
@@ -45,9 +45,8 @@ class PageInABrowser : public testing::Test {
     }
 
     /// Runs the built lumocmd with these options; its exit status.
-    static int lumocmd(const std::vector<std::string> &options) {
-        Program program(LUMOCMD_PROGRAM, options);
-        return end_program(program, 0);
+    static int lumocmd(const words &options) {
+        return harness::lumocmd(options).status;
     }
 
     int run_on_lamp(const std::string &values) const {
@@ -60,7 +59,7 @@ class PageInABrowser : public testing::Test {
                         "-f", "SENDEIBUSSETDATAGRAM", "-p", "living|1/1/3|1|1"});
     }
 
-    Simulator simulator;
+    running_simulator simulator;
     std::unique_ptr<Browser> browser;
 };
 
@@ -122,7 +121,7 @@ TEST_F(PageInABrowser, FitsThePhone) {
 
 TEST_F(PageInABrowser, SaysWhenTheSimulatorIsGone) {
     EXPECT_TRUE(sees(CONNECTION + " === 'shows what happens as it happens'"));
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
+    simulator.end();
     EXPECT_TRUE(sees(CONNECTION + " === 'the simulator does not answer; trying again'"));
 }
 

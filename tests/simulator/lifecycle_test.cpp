@@ -1,224 +1,198 @@
 // Starting and stopping: what is made, what is removed, and what is never touched.
-#include "tests/simulator/daemon_rows.h"
-#include "tests/simulator/simulator_process.h"
+#include "tests/harness/peer.h"
+#include "tests/protocol/daemons.h"
 #include "tests/simulator/soap_client.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace harness;
+using protocol::daemons;
 
-const std::string REQUEST = "Request: RECVSMSTOOLDATAGRAM\nFrom: a\nMsg: b\n\n";
-const std::string ANSWER = "Response Status: SMST-000\n";
-
-std::string socket_path(const std::string &directory, const std::string &name) {
-    return directory + "/lumo_" + name + ".socket";
-}
-
-std::size_t count_files(const std::string &directory) {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
-}
-
-/// A socket file that another program made; listening when `live`.
-int make_socket(const std::string &path, bool live, int type = SOCK_STREAM) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(static_cast<char *>(address.sun_path), path.c_str(), path.size());
-    const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    if (live) {
-        EXPECT_EQ(listen(descriptor, 1), 0);
+std::set<std::string> files_in(const std::string &directory) {
+    std::set<std::string> names;
+    for (const fs::directory_entry &file : fs::directory_iterator(directory)) {
+        names.insert(file.path().filename());
     }
+    return names;
+}
+
+/// A socket file that another program made.
+int make_socket(const std::string &path, int type = SOCK_STREAM) {
+    const int descriptor = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    bind_to_path(descriptor, path);
     return descriptor;
 }
 
 TEST(Start, SaysWhereEachDaemonListens) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    const std::string &out = simulator.program.out;
-    for (const DaemonRow &daemon : socket_daemons()) {
-        const std::string path = socket_path(simulator.home.path, std::string(daemon.socket));
-        const std::string line = std::string(daemon.label) + " listens on " + path + "\n";
-        EXPECT_NE(out.find(line), std::string::npos) << line << out;
-        EXPECT_TRUE(fs::is_socket(path)) << path;
-    }
-    const std::string url =
-        "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows\n";
-    EXPECT_NE(out.find("SOAP listens on " + url), std::string::npos) << out;
-    EXPECT_EQ(read_file(simulator.home.path + "/ready"),
-              "directory=" + simulator.home.path + "\nurl=" + url);
-}
-
-TEST(Start, MakesTheDirectory) {
-    const FreshDirectory parent;
+    const temporary_directory parent;
     const std::string directory = parent.path + "/a/b";
-    Program program({"--directory", directory, "--port", "0"});
-    ASSERT_TRUE(wait_for_output(program, "ready\n")) << program.errors;
-    EXPECT_EQ(ask_daemon(directory, "smstoolgateway", REQUEST), ANSWER);
-    EXPECT_EQ(end_program(program, SIGTERM), 0);
-    EXPECT_EQ(count_files(directory), 0U);
+    started_program program({LUMOSIM_PROGRAM, "--directory", directory, "--port", "0",
+                             "--ready-file", parent.path + "/ready"});
+    ASSERT_TRUE(program.wait_for_output("ready\n")) << program.errors();
+    const std::string ready = read_file(parent.path + "/ready");
+    const std::string url = ready.substr(ready.find("http://"));
+    EXPECT_EQ(ready, "directory=" + directory + "\nurl=" + url);
+    EXPECT_TRUE(url.ends_with("/cgi-bin/lumows\n"));
+    std::string places;
+    for (const protocol::daemon_row &daemon : daemons()) {
+        places += daemon.name + " listens on " +
+                  (daemon.socket.empty() ? url : directory + "/" + daemon.socket + "\n");
+        EXPECT_TRUE(daemon.socket.empty() || fs::is_socket(directory + "/" + daemon.socket));
+    }
+    EXPECT_EQ(program.output(), places + "ready\n");
+    EXPECT_EQ(end_program(program, SIGTERM).status, 0);
+    EXPECT_EQ(files_in(directory), std::set<std::string>());
+    EXPECT_EQ(files_in(parent.path), std::set<std::string>({"a"}));
 }
 
-class Stop : public testing::TestWithParam<int> {};
-
-TEST_P(Stop, RemovesWhatWasMadeAndNothingElse) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    std::ofstream(simulator.home.path + "/bystander") << "x";
-    EXPECT_EQ(end_program(simulator.program, GetParam()), 0) << simulator.program.errors;
-    EXPECT_TRUE(fs::exists(simulator.home.path + "/bystander"));
-    EXPECT_EQ(count_files(simulator.home.path), 1U);
-    EXPECT_TRUE(simulator.program.out.ends_with("stopped\n"));
+TEST(Stop, RemovesWhatWasMadeAndNothingElse) {
+    for (const int number : {SIGINT, SIGTERM}) {
+        running_simulator simulator;
+        write_file(simulator.home.path + "/bystander", "x");
+        // Another program has put a socket of its own in the place of the simulator's.
+        fs::remove(simulator.home.path + "/" + CORE_SOCKET);
+        const int foreign = make_socket(simulator.home.path + "/" + CORE_SOCKET);
+        const run_result seen = end_program(simulator.program, number);
+        EXPECT_EQ(seen.status, 0) << seen.errors;
+        EXPECT_TRUE(seen.output.ends_with("stopped\n")) << seen.output;
+        EXPECT_EQ(files_in(simulator.home.path), std::set<std::string>({"bystander", CORE_SOCKET}));
+        close(foreign);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, Stop, testing::Values(SIGINT, SIGTERM));
-
-TEST(StopWithClients, DoesNotWaitForSilentOnes) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    const int silent = connect_daemon(simulator.home.path, "eibgateway");
-    const int silent_http = connect_port(simulator.port);
-    EXPECT_EQ(ask_daemon(simulator.home.path, "smstoolgateway", REQUEST), ANSWER);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
-    EXPECT_EQ(read_all(silent), "");
-    EXPECT_EQ(read_all(silent_http), "");
-}
-
-TEST(StopWithClients, LeavesASocketThatSomebodyElsePutThere) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    const std::string path = socket_path(simulator.home.path, "eibgateway");
-    fs::remove(path);
-    const int foreign = make_socket(path, false);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0);
-    EXPECT_TRUE(fs::is_socket(path));
-    close(foreign);
-}
-
-TEST(Clients, SilentOnesBlockNobody) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+TEST(Clients, ThatAreSilentBlockNobody) {
+    running_simulator simulator;
     std::vector<int> silent;
     for (int i = 0; i < 30; ++i) {
-        silent.push_back(connect_daemon(simulator.home.path, "smstoolgateway"));
+        silent.push_back(connect_socket(simulator.home.path + "/" + CORE_SOCKET));
         silent.push_back(connect_port(simulator.port));
     }
-    EXPECT_EQ(ask_daemon(simulator.home.path, "smstoolgateway", REQUEST), ANSWER);
-    EXPECT_EQ(call_service(simulator.port, "service-test", ""),
-              wrap_response("service-test", "<result>LMWS-000</result>"));
+    EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
+    EXPECT_EQ(call_service(simulator.port, "test", ""),
+              wrap_response("test", "<result>LMWS-000</result>"));
+    simulator.end();
     for (const int descriptor : silent) {
-        close(descriptor);
+        EXPECT_EQ(read_all(descriptor), "");
     }
 }
 
-TEST(Clients, LeavingWithoutReadingTheAnswerIsSurvived) {
-    Simulator simulator({"--answer-raw", "eib=@" LUMOSIM_PROGRAM});
-    ASSERT_TRUE(simulator.ready) << simulator.program.errors;
-    const int leaving = connect_daemon(simulator.home.path, "eibgateway");
-    ASSERT_TRUE(send_bytes(leaving, "Request: x\n\n"));
+TEST(Clients, ThatLeaveWithoutTheirAnswerAreSurvived) {
+    running_simulator simulator({"--answer-raw", "fsmcore=@" LUMOSIM_PROGRAM});
+    const int leaving = connect_socket(simulator.home.path + "/" + CORE_SOCKET);
+    ASSERT_TRUE(send_bytes(leaving, CORE_REQUEST));
     close(leaving);
-    EXPECT_TRUE(wait_for_output(simulator.program, "EIB: the client did not take its answer\n"))
-        << simulator.program.out;
-    EXPECT_EQ(ask_daemon(simulator.home.path, "smstoolgateway", REQUEST), ANSWER);
+    EXPECT_TRUE(simulator.program.wait_for_output("FSMCORE: the client did not take its answer\n"));
+    EXPECT_EQ(ask_http(simulator.port, "GET /configuration").status, 200);
 }
 
-TEST(Leftovers, StaleSocketIsReplaced) {
-    const FreshDirectory directory;
-    close(make_socket(socket_path(directory.path, "smstoolgateway"), true));
-    Program program(usual_options(directory.path));
-    ASSERT_TRUE(wait_for_output(program, "ready\n")) << program.errors;
-    EXPECT_EQ(ask_daemon(directory.path, "smstoolgateway", REQUEST), ANSWER);
-}
-
-TEST(Leftovers, ThoseOfAKilledSimulatorAreReplaced) {
-    const FreshDirectory directory;
-    {
-        Program killed(usual_options(directory.path));
-        ASSERT_TRUE(wait_for_output(killed, "ready\n")) << killed.errors;
-        EXPECT_EQ(end_program(killed, SIGKILL), -1);
+TEST(Leftovers, AreReplaced) {
+    const temporary_directory directory;
+    close(make_socket(directory.path + "/" + CORE_SOCKET));
+    for (const int number : {SIGKILL, SIGTERM}) {
+        started_program program(simulator_command(directory.path));
+        ASSERT_TRUE(program.wait_for_output("ready\n")) << program.errors();
+        EXPECT_EQ(ask_daemon(directory.path + "/" + CORE_SOCKET, CORE_REQUEST), CORE_DONE);
+        end_program(program, number);
     }
-    ASSERT_TRUE(fs::is_socket(socket_path(directory.path, "smstoolgateway")));
-    Program program(usual_options(directory.path));
-    ASSERT_TRUE(wait_for_output(program, "ready\n")) << program.errors;
-    EXPECT_EQ(ask_daemon(directory.path, "smstoolgateway", REQUEST), ANSWER);
+    EXPECT_EQ(files_in(directory.path), std::set<std::string>());
 }
 
-TEST(Leftovers, LiveSocketIsNotStolen) {
-    const FreshDirectory directory;
-    const std::string path = socket_path(directory.path, "tutondogateway");
-    const int live = make_socket(path, true);
-    Program program(usual_options(directory.path));
-    EXPECT_EQ(end_program(program, 0), 1);
-    EXPECT_EQ(program.errors, "lumosim: " + path +
-                                  " is in use by another program; stop it or choose another with "
-                                  "--directory\n");
-    EXPECT_EQ(count_files(directory.path), 1U) << "what was already made must be removed";
-    const int client = connect_daemon(directory.path, "tutondogateway");
-    EXPECT_GE(client, 0);
-    close(client);
-    close(live);
+/// What keeps the simulator from starting is told, what was already made removed.
+void expect_no_start(const std::string &directory, const words &options,
+                     const std::string &complaint) {
+    const std::set<std::string> before =
+        fs::exists(directory) ? files_in(directory) : std::set<std::string>();
+    const run_result seen = run(simulator_command(directory, options));
+    EXPECT_EQ(seen.status, 1);
+    EXPECT_EQ(seen.errors, "lumosim: " + complaint + "\n");
+    EXPECT_EQ(fs::exists(directory) ? files_in(directory) : before, before);
 }
 
-TEST(Leftovers, SocketOfAnotherKindIsNotStolen) {
-    const FreshDirectory directory;
-    const std::string path = socket_path(directory.path, "eibgateway");
-    const int datagrams = make_socket(path, false, SOCK_DGRAM);
-    Program program(usual_options(directory.path));
-    EXPECT_EQ(end_program(program, 0), 1);
-    EXPECT_TRUE(fs::is_socket(path));
-    close(datagrams);
-}
-
-TEST(Leftovers, SecondSimulatorLeavesTheFirstAlone) {
-    Simulator first({"--refuse", "eib"});
-    ASSERT_TRUE(first.ready);
-    Program second(usual_options(first.home.path));
-    EXPECT_EQ(end_program(second, 0), 1);
-    EXPECT_EQ(second.errors, "lumosim: another lumosim serves " + first.home.path +
-                                 "; stop it or choose another with --directory\n");
-    EXPECT_EQ(ask_daemon(first.home.path, "smstoolgateway", REQUEST), ANSWER);
-    EXPECT_TRUE(fs::exists(first.home.path + "/ready"));
-    EXPECT_TRUE(fs::is_socket(socket_path(first.home.path, "eibgateway")));
-}
-
-TEST(Leftovers, OtherFilesAreNeverRemoved) {
-    const FreshDirectory directory;
-    const std::string path = socket_path(directory.path, "eibgateway");
-    std::ofstream(path) << "mine";
-    Program program(usual_options(directory.path));
-    EXPECT_EQ(end_program(program, 0), 1);
-    EXPECT_NE(program.errors.find(path + " is not a socket"), std::string::npos) << program.errors;
+TEST(Leftovers, ThatAreInUseAreNotStolen) {
+    const std::string in_use =
+        " is in use by another program; stop it or choose another with --directory";
+    const std::string last = (daemons().end() - 2)->socket;
+    for (const int type : {SOCK_STREAM, SOCK_DGRAM}) {
+        const temporary_directory directory;
+        const std::string path = directory.path + "/" + last;
+        const int live = make_socket(path, type);
+        listen(live, 1);
+        expect_no_start(directory.path, {}, path + in_use);
+        close(live);
+    }
+    const temporary_directory directory;
+    const std::string path = directory.path + "/" + CORE_SOCKET;
+    write_file(path, "mine");
+    expect_no_start(directory.path, {},
+                    path + " is not a socket; remove it or choose another directory with "
+                           "--directory");
     EXPECT_EQ(read_file(path), "mine");
-    EXPECT_EQ(count_files(directory.path), 1U);
 }
 
-TEST(Leftovers, TakenPortIsReported) {
-    Simulator first;
-    ASSERT_TRUE(first.ready);
-    const FreshDirectory directory;
-    Program second({"--directory", directory.path, "--port", std::to_string(first.port)});
-    EXPECT_EQ(end_program(second, 0), 1);
-    EXPECT_NE(second.errors.find("choose another with --port"), std::string::npos) << second.errors;
-    EXPECT_EQ(count_files(directory.path), 0U);
+TEST(Start, LeavesAnotherSimulatorAlone) {
+    const protocol::daemon_row refusing = daemons()[1];
+    running_simulator first({"--refuse", protocol::lower(refusing.name)});
+    expect_no_start(first.home.path, {},
+                    "another lumosim serves " + first.home.path +
+                        "; stop it or choose another with --directory");
+    EXPECT_EQ(first.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
+    EXPECT_TRUE(fs::is_socket(first.home.path + "/" + refusing.socket));
+    const temporary_directory directory;
+    const std::string port = std::to_string(first.port);
+    expect_no_start(directory.path, {"--port", port},
+                    "cannot take port " + port +
+                        " of 127.0.0.1: Address already in use; choose another with --port "
+                        "(0 for any free one)");
+    const std::string longest = directory.path + "/" + std::string(100, 'd');
+    expect_no_start(longest, {},
+                    longest + "/" + CORE_SOCKET +
+                        " is too long for a socket; choose a shorter one with --directory");
 }
 
-TEST(Start, TooLongDirectoryIsReported) {
-    const FreshDirectory parent;
-    const std::string directory = parent.path + "/" + std::string(100, 'd');
-    Program program({"--directory", directory, "--port", "0"});
-    EXPECT_EQ(end_program(program, 0), 1);
-    EXPECT_NE(program.errors.find("choose a shorter one with --directory"), std::string::npos)
-        << program.errors;
+const std::string COMMAND = "ExecStart=/usr/bin/lumosim ";
+
+TEST(Unit, StartsASimulator) {
+    const temporary_directory directory;
+    const std::string unit = read_file(LUMOSIM_UNIT);
+    const std::size_t start = unit.find(COMMAND);
+    ASSERT_NE(start, std::string::npos);
+    std::istringstream line(unit.substr(start + COMMAND.size()));
+    std::string arguments;
+    std::getline(line, arguments);
+    words command = protocol::split(LUMOSIM_PROGRAM " " + arguments, ' ');
+    for (const auto &[option, value] :
+         {std::pair("--directory", directory.path), std::pair("--port", std::string("0"))}) {
+        const auto found = std::find(command.begin(), command.end(), option);
+        ASSERT_LT(found + 1, command.end()) << option;
+        *(found + 1) = value;
+    }
+    started_program program(command);
+    EXPECT_TRUE(program.wait_for_output("ready\n"));
+    EXPECT_EQ(end_program(program, SIGTERM).status, 0);
+}
+
+TEST(Unit, SatisfiesSystemd) {
+    const std::string reader = "/usr/bin/systemd-analyze";
+    if (!fs::exists(reader)) {
+        GTEST_SKIP() << "systemd-analyze is not installed";
+    }
+    // The program need not be installed where the unit will find it.
+    const temporary_directory directory;
+    std::string unit = read_file(LUMOSIM_UNIT);
+    unit.replace(unit.find(COMMAND), COMMAND.size(), "ExecStart=" LUMOSIM_PROGRAM " ");
+    write_file(directory.path + "/lumosim.service", unit);
+    const run_result seen =
+        run({reader, "verify", "--man=no", directory.path + "/lumosim.service"});
+    EXPECT_EQ(seen.status, 0);
+    EXPECT_EQ(seen.errors, "");
 }
 
 } // namespace

@@ -1,58 +1,49 @@
 // The command line: help, version, and errors that say what to do.
-#include "tests/simulator/daemon_rows.h"
+#include "tests/protocol/daemons.h"
 #include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-TEST(Options, HelpNamesEveryOptionAndDaemon) {
-    Program program({"--help"});
-    EXPECT_EQ(end_program(program, 0), 0);
-    EXPECT_EQ(program.errors, "");
-    const std::string daemons = "\n  " + joined_keys(" ") + "\n";
-    for (const std::string &word : std::vector<std::string>{"Usage: lumosim",
-                                                            "--directory DIR",
-                                                            "--port N",
-                                                            "--ready-file FILE",
-                                                            "--session ID",
-                                                            "--patience MS",
-                                                            "--raw",
-                                                            "--answer DAEMON=STATUS",
-                                                            "--answer-raw DAEMON=TEXT",
-                                                            "--delay DAEMON=MS",
-                                                            "--close DAEMON",
-                                                            "--refuse DAEMON",
-                                                            "--expect FILE",
-                                                            "--any-order",
-                                                            "--record FILE",
-                                                            "--replay FILE",
-                                                            "--forward-sockets DIR",
-                                                            "--forward-url URL",
-                                                            "--state FILE",
-                                                            "--state-out FILE",
-                                                            "--log-format FORMAT",
-                                                            "--help",
-                                                            "--version",
-                                                            daemons,
-                                                            "DEMO-SESSION",
-                                                            "ADMIN-SESSION"}) {
-        EXPECT_NE(program.out.find(word), std::string::npos) << word << "\n" << program.out;
+using namespace harness;
+using namespace protocol;
+
+words daemon_keys() {
+    words keys;
+    for (const daemon_row &daemon : daemons()) {
+        keys.push_back(lower(daemon.name));
     }
+    return keys;
 }
 
-TEST(Options, Version) {
-    Program program({"--version"});
-    EXPECT_EQ(end_program(program, 0), 0);
-    EXPECT_EQ(program.out, "lumosim 1.0.0\n");
+const char *const OPTIONS =
+    "--directory DIR|--port N|--ready-file FILE|--session ID|--patience MS|--raw|"
+    "--answer DAEMON=STATUS|--answer-raw DAEMON=TEXT|--delay DAEMON=MS|--close DAEMON|"
+    "--refuse DAEMON|--expect FILE|--any-order|--record FILE|--replay FILE|--forward-sockets DIR|"
+    "--forward-url URL|--state FILE|--state-out FILE|--log-format FORMAT|--help|--version";
+
+TEST(Options, AreExplained) {
+    const run_result help = run({LUMOSIM_PROGRAM, "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.errors, "");
+    for (const std::string &option : entries_of(OPTIONS)) {
+        EXPECT_NE(help.output.find("\n  " + option), std::string::npos) << option;
+    }
+    EXPECT_NE(help.output.find("\nDAEMON is one of:\n  " + joined(daemon_keys(), " ") + "\n"),
+              std::string::npos)
+        << "simulator/daemons.cpp and tests/protocol/ have other daemons: " << help.output;
+    EXPECT_NE(help.output.find("\n  demo (demo, DEMO-SESSION)\n  admin (admin, ADMIN-SESSION)\n"),
+              std::string::npos);
+    EXPECT_EQ(run({LUMOSIM_PROGRAM, "--version"}).output, "lumosim 1.0.0\n");
 }
 
-struct WrongCase {
-    std::vector<std::string> arguments;
+struct wrong_row {
+    words arguments;
     std::string complaint;
 };
 
-const WrongCase WRONG[] = {
+const wrong_row WRONG[] = {
     {{"--foo"}, "unknown option '--foo'"},
     {{"foo"}, "unknown option 'foo'"},
     {{"--port"}, "--port needs N after it"},
@@ -61,21 +52,22 @@ const WrongCase WRONG[] = {
     {{"--port="}, "--port '' needs a number from 0 to 65535"},
     {{"--directory", ""}, "--directory '' needs the name of a directory"},
     {{"--raw=1"}, "--raw takes no argument"},
-    {{"--answer", "ebi=1"},
-     "--answer 'ebi=1' names no daemon; write one of " + joined_keys(", ") + "\n"},
-    {{"--answer", "eib"}, "--answer 'eib' needs a number from -2147483647 to 2147483647"},
-    {{"--answer-raw", "eib=\\q"}, "--answer-raw 'eib=\\q' has an escape other than"},
-    {{"--answer-raw", "eib=\\x4"}, "--answer-raw 'eib=\\x4' has an escape other than"},
-    {{"--answer-raw", "eib=@/nowhere/at/all"}, "names a file that cannot be read"},
-    {{"--delay", "eib=-1"}, "--delay 'eib=-1' needs a number from 0 to 3600000"},
-    {{"--close", "eib=0"}, "--close 'eib=0' needs a number from 1 to 1000000"},
-    {{"--close", "eib="}, "--close 'eib=' needs a number after the equals sign"},
-    {{"--refuse", "eib=x"}, "--refuse 'eib=x' needs a number from 1 to 1000000"},
+    {{"--answer", "fmscore=1"},
+     "--answer 'fmscore=1' names no daemon; write one of " + joined(daemon_keys(), ", ") + "\n"},
+    {{"--answer", "fsmcore"}, "--answer 'fsmcore' needs a number from -2147483647 to 2147483647"},
+    {{"--answer-raw", "fsmcore=\\q"}, "--answer-raw 'fsmcore=\\q' has an escape other than"},
+    {{"--answer-raw", "fsmcore=\\x4"}, "--answer-raw 'fsmcore=\\x4' has an escape other than"},
+    {{"--answer-raw", "fsmcore=@/nowhere/at/all"}, "names a file that cannot be read"},
+    {{"--delay", "fsmcore=-1"}, "--delay 'fsmcore=-1' needs a number from 0 to 3600000"},
+    {{"--close", "fsmcore=0"}, "--close 'fsmcore=0' needs a number from 1 to 1000000"},
+    {{"--close", "fsmcore="}, "--close 'fsmcore=' needs a number after the equals sign"},
+    {{"--refuse", "fsmcore=x"}, "--refuse 'fsmcore=x' needs a number from 1 to 1000000"},
     {{"--refuse", "soap=1"}, "--refuse counts the connections to a socket only, not to soap"},
-    {{"--delay", "eib=1,"}, "--delay 'eib=1,' needs a number from 1 to 1000000"},
-    {{"--delay", "eib=,1"}, "--delay 'eib=,1' needs a number from 0 to 3600000"},
-    {{"--answer", "eib=1,"}, "--answer 'eib=1,' needs a number from -2147483647 to 2147483647"},
-    {{"--answer", "eib=1,x,2"}, "needs a number from -2147483647 to 2147483647"},
+    {{"--delay", "fsmcore=1,"}, "--delay 'fsmcore=1,' needs a number from 1 to 1000000"},
+    {{"--delay", "fsmcore=,1"}, "--delay 'fsmcore=,1' needs a number from 0 to 3600000"},
+    {{"--answer", "fsmcore=1,"},
+     "--answer 'fsmcore=1,' needs a number from -2147483647 to 2147483647"},
+    {{"--answer", "fsmcore=1,x,2"}, "needs a number from -2147483647 to 2147483647"},
     {{"--expect", ""}, "--expect '' needs the name of a file"},
     {{"--forward-sockets", ""}, "--forward-sockets '' needs the name of a directory"},
     {{"--forward-url", "https://house"}, "--forward-url 'https://house' needs an address such as"},
@@ -85,19 +77,21 @@ const WrongCase WRONG[] = {
     {{"--any-order"}, "--any-order belongs to --expect"},
     {{"--replay", "x", "--forward-url", "http://house"},
      "only one of --replay and --forward-sockets or --forward-url can be given"},
-    {{"--close", "eib", "--answer", "eib=3"},
-     "only one of --answer, --answer-raw, --close and --refuse can be given for eib"},
+    {{"--close", "fsmcore", "--answer", "fsmcore=3"},
+     "only one of --answer, --answer-raw, --close and --refuse can be given for fsmcore"},
 };
 
-TEST(Options, WrongOnesAreExplained) {
-    for (const WrongCase &row : WRONG) {
-        Program program(row.arguments);
-        EXPECT_EQ(end_program(program, 0), 2) << row.complaint;
-        EXPECT_EQ(program.out, "") << row.complaint;
-        EXPECT_NE(program.errors.find(std::string("lumosim: ")), std::string::npos);
-        EXPECT_NE(program.errors.find(row.complaint), std::string::npos)
-            << "expected: " << row.complaint << "\nprinted: " << program.errors;
-        EXPECT_TRUE(program.errors.ends_with("Try 'lumosim --help'.\n")) << program.errors;
+TEST(Options, ThatAreWrongAreExplained) {
+    for (const wrong_row &row : WRONG) {
+        words command = row.arguments;
+        command.insert(command.begin(), LUMOSIM_PROGRAM);
+        const run_result seen = run(command);
+        EXPECT_EQ(seen.status, 2) << row.complaint;
+        EXPECT_EQ(seen.output, "") << row.complaint;
+        EXPECT_TRUE(seen.errors.starts_with("lumosim: ")) << seen.errors;
+        EXPECT_NE(seen.errors.find(row.complaint), std::string::npos)
+            << "expected: " << row.complaint << "\nprinted: " << seen.errors;
+        EXPECT_TRUE(seen.errors.ends_with("\nTry 'lumosim --help'.\n")) << seen.errors;
     }
 }
 

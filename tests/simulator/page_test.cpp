@@ -1,5 +1,5 @@
 // The page and its stream as HTTP, without a browser.
-#include "tests/simulator/daemon_rows.h"
+#include "tests/protocol/daemons.h"
 #include "tests/simulator/simulator_process.h"
 #include "tests/simulator/soap_client.h"
 
@@ -12,6 +12,10 @@
 #include <unistd.h>
 
 namespace {
+
+using namespace harness;
+using protocol::daemon_row;
+using protocol::daemons;
 
 using Json = nlohmann::json;
 
@@ -64,9 +68,8 @@ Json find_record(const Json &list, std::string_view key) {
 }
 
 TEST(Page, IsServedWithAPolicy) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
-    const HttpAnswer page = ask_http(simulator.port, "GET /");
+    running_simulator simulator;
+    const http_reply page = ask_http(simulator.port, "GET /");
     EXPECT_EQ(page.status, 200);
     for (const char *line : {"\r\nContent-Type: text/html; charset=utf-8\r\n",
                              "\r\nContent-Security-Policy: default-src 'none'"}) {
@@ -88,8 +91,7 @@ const HostCase HOSTS[] = {{"127.0.0.1:PORT", 200},
                           {"house.example:PORT", 403}};
 
 TEST(Page, IsForThisMachineOnly) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator;
     for (const HostCase &row : HOSTS) {
         std::string host = row.host;
         if (const std::size_t at = host.find("PORT"); at != std::string::npos) {
@@ -104,20 +106,19 @@ TEST(Page, IsForThisMachineOnly) {
 }
 
 TEST(Page, StreamsWhatHappens) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator;
     Watcher watcher(simulator.port);
     const Json first = watcher.next();
     EXPECT_EQ(find_record(first["elements"], "LIVING-LAMP"),
               Json({{"key", "LIVING-LAMP"}, {"status", "OFF"}, {"value", "0"}}));
-    EXPECT_EQ(first["daemons"].size(), DAEMON_ROWS.size());
-    for (const DaemonRow &row : DAEMON_ROWS) {
-        const Json daemon = find_record(first["daemons"], row.key);
-        EXPECT_EQ(daemon["label"], row.label);
+    EXPECT_EQ(first["daemons"].size(), daemons().size());
+    for (const daemon_row &row : daemons()) {
+        const Json daemon = find_record(first["daemons"], protocol::lower(row.name));
+        EXPECT_EQ(daemon["label"], row.name);
         EXPECT_EQ(daemon["asked"], 0);
         EXPECT_EQ(daemon["latest"], Json::array());
     }
-    call_service(simulator.port, "service-runonelement",
+    call_service(simulator.port, "runonelement",
                  "<sessionid>DEMO-SESSION</sessionid><idobject>LIVING-LAMP</idobject>"
                  "<operation>ON</operation><payload>80</payload>");
     const Json second = watcher.next();
@@ -129,20 +130,18 @@ TEST(Page, StreamsWhatHappens) {
 }
 
 TEST(Page, HoldsTheLastRequestsOfEachDaemon) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator;
     constexpr std::size_t asked = 8;
     for (std::size_t i = 1; i <= asked; ++i) {
-        ask_daemon(simulator.home.path, "smstoolgateway",
-                   "Request: RECVSMSTOOLDATAGRAM\nFrom: " + std::to_string(i) + "\nMsg: x\n\n");
+        simulator.ask("lumo_fsmcore.socket",
+                      "Request: " + std::to_string(i) + "\nParameter Count: 0\nWaittime: 5\n\n");
     }
     Watcher watcher(simulator.port);
-    const Json daemon = find_record(watcher.next()["daemons"], "smstool");
+    const Json daemon = find_record(watcher.next()["daemons"], "fsmcore");
     EXPECT_EQ(daemon["asked"], asked);
     Json latest = Json::array();
     for (const char *number : {"8", "7", "6", "5", "4"}) {
-        latest.push_back({{"request", std::string("RECVSMSTOOLDATAGRAM ") + number + "|x"},
-                          {"outcome", "SMST-000"}});
+        latest.push_back({{"request", number}, {"outcome", "FSMC-000"}});
     }
     EXPECT_EQ(daemon["latest"], latest);
 }
@@ -166,40 +165,36 @@ const ToldCase TOLD[] = {
 
 TEST(Page, SaysWhatADaemonWasTold) {
     for (const ToldCase &row : TOLD) {
-        Simulator simulator(row.options);
-        ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+        running_simulator simulator(row.options);
         Watcher watcher(simulator.port);
         EXPECT_EQ(find_record(watcher.next()["daemons"], "eib")["told"], row.words);
     }
 }
 
 TEST(Page, IsNoRequest) {
-    const FreshDirectory directory;
+    const temporary_directory directory;
     const std::string list = directory.path + "/list";
     std::ofstream(list) << "";
-    Simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
-                         "--answer-raw", "soap=x", "--delay", "soap=3600000"});
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
+                                 "--answer-raw", "soap=x", "--delay", "soap=3600000"});
     ASSERT_EQ(ask_http(simulator.port, "GET /").status, 200);
     Watcher watcher(simulator.port);
     EXPECT_FALSE(watcher.next().is_null());
-    EXPECT_EQ(end_program(simulator.program, SIGTERM), 0) << simulator.program.errors;
-    EXPECT_TRUE(simulator.program.out.ends_with("ready\nstopped\n")) << simulator.program.out;
+    EXPECT_EQ(simulator.end(), "");
     EXPECT_EQ(read_file(directory.path + "/record"), "");
     EXPECT_TRUE(watcher.next().is_null()) << "the stream ends with the simulator";
 }
 
 TEST(Page, OfManyWatchersEachSeesEverything) {
-    Simulator simulator;
-    ASSERT_TRUE(simulator.ready);
+    running_simulator simulator;
     Watcher stays(simulator.port);
     EXPECT_FALSE(stays.next().is_null());
     {
         Watcher leaves(simulator.port);
         EXPECT_FALSE(leaves.next().is_null());
     }
-    ask_daemon(simulator.home.path, "eibgateway", proper_request(daemon_row("eib")));
-    EXPECT_EQ(find_record(stays.next()["daemons"], "eib")["asked"], 1);
+    simulator.ask("lumo_fsmcore.socket", "Request: f\nParameter Count: 0\nWaittime: 5\n\n");
+    EXPECT_EQ(find_record(stays.next()["daemons"], "fsmcore")["asked"], 1);
 }
 
 } // namespace

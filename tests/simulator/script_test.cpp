@@ -9,6 +9,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace harness;
 
 /// Four lamps, switched by the client that is built here; its name is $0.
 const std::string LAMPS = "for lamp in 1 2 3 4; do"
@@ -23,7 +24,7 @@ std::string lamp_lines(int count) {
     return lines;
 }
 
-struct ScriptCase {
+struct script_row {
     const char *name;
     std::vector<std::string> options;
     std::string script; ///< for sh
@@ -32,7 +33,7 @@ struct ScriptCase {
     std::string out;
 };
 
-const ScriptCase CASES[] = {
+const script_row CASES[] = {
     {"FourLamps", {}, LAMPS, 4, 0, ""},
     {"AnotherLamp", {}, LAMPS, 3, 3, ""},
     {"ALampTooFew", {}, "exit 0", 1, 3, ""},
@@ -46,35 +47,35 @@ const ScriptCase CASES[] = {
     {"AStateThatCannotBeWritten", {"--state-out", "/nowhere/at/all"}, "exit 0", 0, 125, ""},
 };
 
-class Script : public testing::TestWithParam<ScriptCase> {};
+class Script : public testing::TestWithParam<script_row> {};
 
 TEST_P(Script, EndsWithItsStatus) {
-    const ScriptCase &row = GetParam();
+    const script_row &row = GetParam();
     if (std::string(row.name) == "TheNextToItIsFound" && !fs::exists("/proc/self/exe")) {
         GTEST_SKIP() << "/proc is not mounted: no program knows where it is";
     }
-    const FreshDirectory directory;
+    const temporary_directory directory;
     const std::string list = directory.path + "/list";
     std::ofstream(list) << lamp_lines(row.expected_lamps);
-    std::vector<std::string> options{"--expect", list};
+    words options{LUMOSIM_PROGRAM, "--expect", list};
     options.insert(options.end(), row.options.begin(), row.options.end());
     options.insert(options.end(), {"--", "sh", "-c", row.script, LUMOCMD_PROGRAM});
-    Program program(options);
-    EXPECT_EQ(end_program(program, 0), row.status) << program.errors;
-    EXPECT_EQ(program.out, row.out) << program.errors;
-    EXPECT_NE(program.errors.find("\nready\n"), std::string::npos) << program.errors;
+    const run_result seen = run(options);
+    EXPECT_EQ(seen.status, row.status) << seen.errors;
+    EXPECT_EQ(seen.output, row.out) << seen.errors;
+    EXPECT_NE(seen.errors.find("\nready\n"), std::string::npos) << seen.errors;
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, Script, testing::ValuesIn(CASES),
                          [](const auto &row) { return row.param.name; });
 
-struct FailureCase {
+struct failure_row {
     std::vector<std::string> arguments;
     int status;
     std::string errors; ///< the end of them
 };
 
-const FailureCase FAILURES[] = {
+const failure_row FAILURES[] = {
     {{"--foo", "--", "true"}, 125, "lumosim: unknown option '--foo'\nTry 'lumosim --help'.\n"},
     {{"--"}, 125, "lumosim: -- needs COMMAND ... after it\nTry 'lumosim --help'.\n"},
     {{"--expect", "/nowhere/at/all", "--", "true"}, 125, "lumosim: cannot read /nowhere/at/all\n"},
@@ -85,41 +86,44 @@ const FailureCase FAILURES[] = {
 };
 
 TEST(ScriptThatCannotRun, HasAStatusOfItsOwn) {
-    for (const FailureCase &row : FAILURES) {
-        Program program(row.arguments);
-        EXPECT_EQ(end_program(program, 0), row.status) << program.errors;
-        EXPECT_EQ(program.out, "");
-        EXPECT_TRUE(program.errors.ends_with(row.errors)) << program.errors;
+    for (const failure_row &row : FAILURES) {
+        words command = row.arguments;
+        command.insert(command.begin(), LUMOSIM_PROGRAM);
+        const run_result seen = run(command);
+        EXPECT_EQ(seen.status, row.status) << seen.errors;
+        EXPECT_EQ(seen.output, "");
+        EXPECT_TRUE(seen.errors.ends_with(row.errors)) << seen.errors;
     }
 }
 
 TEST(ScriptDirectory, IsFreshAndRemoved) {
-    Program program({"--", "sh", "-c", "touch \"$LUMO_DIRECTORY/x\"; echo \"$LUMO_DIRECTORY\""});
-    EXPECT_EQ(end_program(program, 0), 0) << program.errors;
-    ASSERT_TRUE(program.out.starts_with("/")) << program.out;
-    EXPECT_FALSE(fs::exists(program.out.substr(0, program.out.size() - 1))) << program.out;
+    const run_result seen = run({LUMOSIM_PROGRAM, "--", "sh", "-c",
+                                 "touch \"$LUMO_DIRECTORY/x\"; echo \"$LUMO_DIRECTORY\""});
+    EXPECT_EQ(seen.status, 0) << seen.errors;
+    ASSERT_TRUE(seen.output.starts_with("/")) << seen.output;
+    EXPECT_FALSE(fs::exists(seen.output.substr(0, seen.output.size() - 1))) << seen.output;
 }
 
-struct SignalCase {
+struct signal_row {
     std::string script;
     int status;
 };
 
-const SignalCase SIGNALS[] = {
+const signal_row SIGNALS[] = {
     {"", 128 + SIGTERM},
     {"trap 'exit 0' TERM;", 128 + SIGTERM},
     {"trap 'exit 5' TERM;", 5},
 };
 
 TEST(ScriptSignals, ArePassedOn) {
-    for (const SignalCase &row : SIGNALS) {
+    for (const signal_row &row : SIGNALS) {
         // A shell handles a signal when what it waits for has ended, so it is the built-in here.
-        Program program(
-            {"--", "sh", "-c",
+        started_program program(
+            {LUMOSIM_PROGRAM, "--", "sh", "-c",
              row.script +
                  "mkfifo \"$LUMO_DIRECTORY/go\"; echo up; read line <\"$LUMO_DIRECTORY/go\""});
-        ASSERT_TRUE(wait_for_output(program, "up\n")) << program.errors;
-        EXPECT_EQ(end_program(program, SIGTERM), row.status) << row.script << program.errors;
+        ASSERT_TRUE(program.wait_for_output("up\n")) << program.errors();
+        EXPECT_EQ(end_program(program, SIGTERM).status, row.status) << row.script;
     }
 }
 

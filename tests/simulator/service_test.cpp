@@ -1,237 +1,269 @@
-// The web service as a whole: what it remembers, whom it lets in, which messages it refuses.
-#include "tests/simulator/simulator_process.h"
+// The web service: what its operations answer and remember, whom it lets in, and which messages it
+// refuses.
+#include "tests/protocol/service_functions.h"
 #include "tests/simulator/soap_client.h"
+#include "tests/webservice/http_peer.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 namespace {
 
-const std::string SESSION = "<sessionid>DEMO-SESSION</sessionid>";
+using namespace harness;
+using protocol::service_row;
 
-class Service : public testing::Test {
-  protected:
-    void SetUp() override {
-        ASSERT_TRUE(simulator.ready) << simulator.program.errors;
+using values = std::map<std::string, std::string>;
+
+/// The values of a list such as "user=demo|pass=demo".
+values read_values(const std::string &list) {
+    values read;
+    for (const std::string &entry : protocol::entries_of(list)) {
+        read[entry.substr(0, entry.find('='))] = entry.substr(entry.find('=') + 1);
     }
+    return read;
+}
 
-    /// Calls an operation and compares the children of its response.
-    void expect(const std::string &operation, const std::string &request,
-                const std::string &response) {
-        EXPECT_EQ(call_service(simulator.port, operation, request),
-                  wrap_response(operation, response))
-            << request;
+/// What the children of every operation are sent, the others "x", and what those of its answer hold
+/// then.
+const values SENT =
+    read_values("sessionid=DEMO-SESSION|idobject=LIVING-LAMP|idobjects=LIVING-LAMP|username=demo|"
+                "user=admin|pass=admin|remoteip=10.0.0.2|remoteport=1025|neighbouruid=u1|count=5|"
+                "pin=1234|currentvalue=0|statement=SELECT 1");
+const values ANSWERED = read_values(
+    "result=LMWS-000|results=LMWS-000|result-len=8|version=LUMOSIM Version: 1.0.0 - |"
+    "systemcode=LUMOSIM|status=OFF|currentvalue=0|currentstate=LIVING-LAMP=OFF|"
+    "currentvalues=LIVING-LAMP=0|messagecount=2|message=LIVING-LAMP ON 1;LIVING-LAMP OFF 0|"
+    "neighbourlist=u1,garage,10.0.0.2,1025,none|interfacesidlist=1;2|"
+    "interfacesnamelist=KITCHEN-THERMOSTAT;LIVING-LAMP|interfacestypelist=ELEMENT;ELEMENT|"
+    "interfacesvaluelist=21.5;0|interfacesaccessmodelist=RW;RW|tagnumber=1|tagtype=GUEST|"
+    "tagtypeoptionals=0|tagplantcode=0001|isblank=0|hasvalidplantcode=1|"
+    "expiredatetime=2030-12-31 12:00:00|ispresent=1|payload-len=8|payload=SELECT 1|"
+    "schedule=8-20|partializationgrants=PERIMETER;INSIDE");
+const char *const HOUSE = R"({"messages": ["LIVING-LAMP ON 1", "LIVING-LAMP OFF 0"],
+    "schedules": [{"object": "LIVING-LAMP", "mode": "x", "type": "x", "schedule": "8-20"}],
+    "neighbours": {"u1": {"name": "garage", "address": "10.0.0.2", "port": "1025",
+                          "optionals": "none"}}})";
+
+/// Operations with one of these cannot do without it.
+const words NEEDED = {"idobject", "user",           "username",  "neighbouruid", "remoteip",
+                      "objectID", "newcrontabfile", "lumolfile", "pin"};
+
+std::string elements(const words &names, const values &known, const char *otherwise) {
+    std::string text;
+    for (const std::string &name : names) {
+        text += element(name, known.contains(name) ? known.at(name) : otherwise);
     }
+    return text;
+}
 
-    Simulator simulator{{"--session", "MINE"}};
+bool has_any(const words &names, const words &wanted) {
+    return std::find_first_of(names.begin(), names.end(), wanted.begin(), wanted.end()) !=
+           names.end();
+}
+
+TEST(Operations, AnswerProperRequests) {
+    const temporary_directory directory;
+    write_file(directory.path + "/house", HOUSE);
+    for (const service_row &row : protocol::SERVICE_FUNCTIONS) {
+        running_simulator simulator({"--state", directory.path + "/house"});
+        values answered = ANSWERED;
+        answered["url"] = "http://127.0.0.1:" + std::to_string(simulator.port) + "/configuration";
+        EXPECT_EQ(
+            call_service(simulator.port, row.name, elements(contract_children(row), SENT, "x")),
+            wrap_response(row.name, elements(row.response, answered, "(unknown)")));
+    }
+}
+
+/// Refusals have all the children of an answer, empty but the result and its length.
+TEST(Operations, NeedASessionAndAField) {
+    running_simulator simulator;
+    for (const service_row &row : protocol::SERVICE_FUNCTIONS) {
+        const bool session = has_any(row.request, {"sessionid"});
+        const char *refused = has_any(row.request, NEEDED) ? "LMWS-406" : "LMWS-000";
+        for (const auto &[request, status] :
+             {std::pair("", session ? "LMWS-403" : refused),
+              std::pair("<sessionid>DEMO-SESSION</sessionid>", session ? refused : "LMWS-402")}) {
+            const std::string answer = call_service(simulator.port, row.name, request);
+            if (status == std::string("LMWS-000")) {
+                EXPECT_NE(answer.find(">LMWS-000</result"), std::string::npos) << answer;
+            } else {
+                const values answered = {
+                    {"result", status}, {"results", status}, {"result-len", "8"}};
+                EXPECT_EQ(answer, wrap_response(row.name, elements(row.response, answered, "")));
+            }
+        }
+    }
+}
+
+struct call_row {
+    const char *operation;
+    std::string request;
+    std::string response;
 };
 
-TEST_F(Service, RunOnElementIsSeenInItsStatus) {
-    expect("service-getelementstatus", SESSION + "<idobject>new</idobject>",
-           "<result>LMWS-404</result><status></status><currentvalue></currentvalue>");
-    expect("service-runonelement",
-           "<sessionid>NO-SESSIONID</sessionid><idobject>new</idobject>"
-           "<operation>DIM</operation><payload>40</payload>",
-           "<result>LMWS-000</result>");
-    expect("service-getelementstatus", SESSION + "<idobject>new</idobject>",
-           "<result>LMWS-000</result><status>DIM</status><currentvalue>40</currentvalue>");
-    expect("service-retrievemessages", SESSION,
-           "<result>LMWS-000</result><messagecount>1</messagecount><message>new DIM 40</message>");
+const std::string SESSION = "sessionid=DEMO-SESSION|";
+const std::string NEIGHBOUR = "remoteip=10.0.0.2|remoteport=1025|neighbouruid=u1|neighbourname=g";
+const std::string DONE = "result=LMWS-000";
+const std::string PLACE = SESSION + "idobject=K|mode=m|type=t";
+
+/// One after the other, in a house as it is at the start.
+const call_row CALLS[] = {
+    // An element that was run is seen, and its value changes without its status.
+    {"getelementstatus", SESSION + "idobject=new", "result=LMWS-404|status=|currentvalue="},
+    {"runonelement", "sessionid=NO-SESSIONID|idobject=new|operation=DIM|payload=40", DONE},
+    {"getelementstatus", SESSION + "idobject=new", DONE + "|status=DIM|currentvalue=40"},
+    {"retrievemessages", SESSION, DONE + "|messagecount=1|message=new DIM 40"},
+    {"elementhaschanged", "idobject=new|currentvalue=8", DONE + "|currentvalue=8"},
+    {"getelementstatusarray", SESSION,
+     DONE + "|currentstate=KITCHEN-THERMOSTAT=ON;LIVING-LAMP=OFF;new=DIM|"
+            "currentvalues=KITCHEN-THERMOSTAT=21.5;LIVING-LAMP=0;new=8"},
+    {"getelementstatusarray", SESSION + "idobjects=new;nobody",
+     "result=LMWS-404|currentstate=|currentvalues="},
+    // Values keep their characters.
+    {"elementhaschanged", "idobject=x|currentvalue= &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t ",
+     DONE + "|currentvalue= &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t "},
+    {"elementhaschanged", "idobject=x|currentvalue= ", DONE + "|currentvalue= "},
+    // Neighbours come and go.
+    {"search4neighbours", "", DONE + "|neighbourlist="},
+    {"discover2neighbour", "neighbouruid=u1",
+     "result=LMWS-404|interfacesidlist=|interfacesnamelist=|interfacestypelist=|"
+     "interfacesvaluelist=|interfacesaccessmodelist="},
+    {"attach2neighbour", NEIGHBOUR, DONE},
+    {"search4neighbours", "", DONE + "|neighbourlist=u1,g,10.0.0.2,1025,"},
+    {"openobjectchannel", "remoteip=10.0.0.9|remoteport=1025", "result=LMWS-404"},
+    {"detach2neighbour", "neighbouruid=u1", DONE},
+    {"detach2neighbour", "neighbouruid=u1", "result=LMWS-404"},
+    // Schedules are kept per object, mode and type.
+    {"keltoclimateeventsettimeschedule", PLACE + "|schedule=8-20", DONE},
+    {"keltoclimateeventgettimeschedule", PLACE, DONE + "|schedule=8-20"},
+    {"keltoclimateeventgettimeschedule", PLACE + "u", "result=LMWS-404|schedule="},
+    // A login opens the user's session.
+    {"checklogged", "username=admin|sessionid=ADMIN-SESSION", "result=LMWS-403"},
+    {"login", "user=admin|pass=wrong", "result=LMWS-405"},
+    {"login", "user=nobody|pass=admin", "result=LMWS-405"},
+    {"checklogged", "username=admin|sessionid=ADMIN-SESSION", "result=LMWS-403"},
+    {"login", "user=admin|pass=admin", DONE},
+    {"checklogged", "username=admin|sessionid=ADMIN-SESSION", DONE},
+    {"checklogged", "username=demo|sessionid=ADMIN-SESSION", "result=LMWS-403"},
+    {"checklogged", "username=demo|sessionid=MINE", DONE},
+    {"swapondemand", "sessionid=NO-SESSIONID", "result=LMWS-403"},
+    {"runonelement", "sessionid=OTHER|idobject=x", "result=LMWS-403"},
+    {"keltosaistopalarm", SESSION + "pin=0000", "result=LMWS-405"},
+    // Children in another order, repeated, unknown, or no plain text.
+    {"runonelement", "idobject=x|sessionid=DEMO-SESSION", "result=LMWS-402"},
+    {"test", "waittime=0|waittime=0", "result=LMWS-402"},
+    {"test", "stranger=0", "result=LMWS-402"},
+    {"test", "ns:waittime=0", "result=LMWS-402"},
+    {"test", "waittime=<a/>", "result=LMWS-402"},
+};
+
+TEST(Service, RemembersAndChecks) {
+    running_simulator simulator({"--session", "MINE"});
+    for (const call_row &row : CALLS) {
+        EXPECT_EQ(call_service(simulator.port, row.operation, children(row.request)),
+                  wrap_response(row.operation, children(row.response)))
+            << row.request;
+    }
+    for (const char *children :
+         {"<waittime xsi:type=\"xsd:string\">0</waittime>", "text<waittime>0</waittime>"}) {
+        EXPECT_EQ(call_service(simulator.port, "test", children),
+                  wrap_response("test", "<result>LMWS-402</result>"));
+    }
+    const std::string log = simulator.end();
+    EXPECT_NE(log.find("SOAP: service-login admin|admin|(absent) -> LMWS-000 "
+                       "(session ADMIN-SESSION)\n"),
+              std::string::npos)
+        << log;
 }
 
-TEST_F(Service, ElementHasChangedKeepsTheStatus) {
-    expect("service-elementhaschanged",
-           "<idobject>LIVING-LAMP</idobject><currentvalue>88</currentvalue>",
-           "<result>LMWS-000</result><currentvalue>88</currentvalue>");
-    expect("service-getelementstatus", SESSION + "<idobject>LIVING-LAMP</idobject>",
-           "<result>LMWS-000</result><status>OFF</status><currentvalue>88</currentvalue>");
-}
-
-TEST_F(Service, StatusArrayWithoutObjectsListsAll) {
-    expect("service-getelementstatusarray", SESSION + "<waittime>0</waittime>",
-           "<result>LMWS-000</result>"
-           "<currentstate>KITCHEN-THERMOSTAT=ON;LIVING-LAMP=OFF</currentstate>"
-           "<currentvalues>KITCHEN-THERMOSTAT=21.5;LIVING-LAMP=0</currentvalues>");
-    expect("service-getelementstatusarray", SESSION + "<idobjects>LIVING-LAMP;nobody</idobjects>",
-           "<result>LMWS-404</result><currentstate></currentstate><currentvalues></currentvalues>");
-}
-
-TEST_F(Service, NeighboursComeAndGo) {
-    const std::string uid = "<neighbouruid>u1</neighbouruid>";
-    expect("service-search4neighbours", "",
-           "<result>LMWS-000</result><neighbourlist></neighbourlist>");
-    expect(
-        "service-discover2neighbour", uid,
-        "<result>LMWS-404</result><interfacesidlist></interfacesidlist><interfacesnamelist></interfacesnamelist>"
-        "<interfacestypelist></interfacestypelist><interfacesvaluelist></interfacesvaluelist><interfacesaccessmodelist></interfacesaccessmodelist>");
-    expect("service-attach2neighbour",
-           "<remoteip>10.0.0.2</remoteip><remoteport>1025</remoteport>" + uid +
-               "<neighbourname>garage</neighbourname>",
-           "<result>LMWS-000</result>");
-    expect("service-search4neighbours", "",
-           "<result>LMWS-000</result><neighbourlist>u1,garage,10.0.0.2,1025,</neighbourlist>");
-    expect("service-openobjectchannel", "<remoteip>10.0.0.9</remoteip>",
-           "<result>LMWS-404</result>");
-    expect("service-detach2neighbour", uid, "<result>LMWS-000</result>");
-    expect("service-detach2neighbour", uid, "<result>LMWS-404</result>");
-    expect("service-search4neighbours", "",
-           "<result>LMWS-000</result><neighbourlist></neighbourlist>");
-}
-
-TEST_F(Service, SchedulesAreKeptPerObjectModeAndType) {
-    const std::string place = SESSION + "<idobject>K</idobject><mode>m</mode>";
-    expect("service-keltoclimateeventsettimeschedule",
-           place + "<type>t</type><schedule>8-20</schedule>", "<result>LMWS-000</result>");
-    expect("service-keltoclimateeventgettimeschedule", place + "<type>t</type>",
-           "<result>LMWS-000</result><schedule>8-20</schedule>");
-    expect("service-keltoclimateeventgettimeschedule", place + "<type>u</type>",
-           "<result>LMWS-404</result><schedule></schedule>");
-}
-
-TEST_F(Service, LoginOpensTheUsersSession) {
-    const std::string logged = "<username>admin</username><sessionid>ADMIN-SESSION</sessionid>";
-    expect("service-checklogged", logged, "<result>LMWS-403</result>");
-    expect("service-login", "<user>admin</user><pass>wrong</pass>", "<result>LMWS-405</result>");
-    expect("service-login", "<user>nobody</user><pass>admin</pass>", "<result>LMWS-405</result>");
-    expect("service-checklogged", logged, "<result>LMWS-403</result>");
-    expect("service-login", "<user>admin</user><pass>admin</pass>", "<result>LMWS-000</result>");
-    expect("service-checklogged", logged, "<result>LMWS-000</result>");
-    expect("service-checklogged", "<username>demo</username><sessionid>ADMIN-SESSION</sessionid>",
-           "<result>LMWS-403</result>");
-    EXPECT_TRUE(wait_for_output(
-        simulator.program,
-        "SOAP: service-login admin|admin|(absent) -> LMWS-000 (session ADMIN-SESSION)\n"))
-        << simulator.program.out;
-}
-
-TEST_F(Service, SessionRules) {
-    expect("service-checklogged", "<username>demo</username><sessionid>MINE</sessionid>",
-           "<result>LMWS-000</result>");
-    expect("service-swapondemand", "<sessionid>NO-SESSIONID</sessionid>",
-           "<result>LMWS-403</result>");
-    expect("service-runonelement", "<sessionid>OTHER</sessionid><idobject>x</idobject>",
-           "<result>LMWS-403</result>");
-    expect("service-keltosaistopalarm", SESSION + "<pin>0000</pin>", "<result>LMWS-405</result>");
-}
-
-TEST_F(Service, UploadedFileIsServed) {
+TEST(Service, ServesTheUploadedFile) {
+    running_simulator simulator;
     const std::string file(1 << 20, 'x');
-    expect("service-uploadlumolfile", SESSION + "<lumolfile>" + file + "</lumolfile>",
-           "<result>LMWS-000</result>");
-    const std::string served = ask_http(simulator.port, "GET /configuration").body;
-    EXPECT_TRUE(served == file) << served.size();
-    EXPECT_TRUE(wait_for_output(simulator.program, "x...(1048576 bytes)|(absent) -> LMWS-000"));
+    EXPECT_EQ(
+        call_service(simulator.port, "uploadlumolfile", children(SESSION + "lumolfile=" + file)),
+        wrap_response("uploadlumolfile", "<result>LMWS-000</result>"));
+    EXPECT_TRUE(ask_http(simulator.port, "GET /configuration").body == file);
+    EXPECT_EQ(simulator.end(), "SOAP: service-uploadlumolfile DEMO-SESSION|" +
+                                   std::string(200, 'x') +
+                                   "...(1048576 bytes)|(absent) -> LMWS-000\n"
+                                   "SOAP: GET /configuration -> HTTP 200\n");
 }
 
-TEST_F(Service, ValuesKeepTheirCharacters) {
-    expect(
-        "service-elementhaschanged",
-        "<idobject>x</idobject><currentvalue> &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t </currentvalue>",
-        "<result>LMWS-000</result>"
-        "<currentvalue> &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t </currentvalue>");
-    expect("service-elementhaschanged", "<idobject>x</idobject><currentvalue> </currentvalue>",
-           "<result>LMWS-000</result><currentvalue> </currentvalue>");
-}
-
-TEST_F(Service, OtherPathsAndMethodsAreNotFound) {
-    EXPECT_EQ(ask_http(simulator.port, "GET /cgi-bin/lumows").status, 404);
-    EXPECT_EQ(ask_http(simulator.port, "POST /lumows", "Content-Type: text/xml\r\n", "x").status,
-              404);
-}
-
-TEST_F(Service, TakesRequestsInSingleBytes) {
-    const std::string message = wrap_request("<ns:service-test></ns:service-test>");
-    const int descriptor = connect_port(simulator.port);
-    ASSERT_GE(descriptor, 0);
-    ASSERT_TRUE(send_bytes(descriptor,
-                           "POST /cgi-bin/lumows HTTP/1.1\r\nHost: h\r\n"
-                           "Content-Type: text/xml; charset=utf-8\r\n"
-                           "SOAPAction: \"urn:xmethods-lumows\"\r\nContent-Length: " +
-                               std::to_string(message.size()) + "\r\n\r\n" + message,
-                           true));
-    const std::string body = wrap_response("service-test", "<result>LMWS-000</result>");
-    EXPECT_EQ(read_all(descriptor), "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
-                                        std::to_string(body.size()) +
-                                        "\r\nContent-Type: text/xml; charset=utf-8\r\n\r\n" + body);
-}
-
-TEST_F(Service, RefusesTooLongBodies) {
-    const std::string message(5 << 20, 'x');
-    EXPECT_EQ(post_message(simulator.port, message).status, 413);
-}
-
-struct FaultCase {
-    const char *name;
+struct fault_row {
     const char *from; ///< part of a proper message
     const char *to;   ///< what stands there instead
     const char *code;
     const char *text;
 };
 
-const FaultCase FAULTS[] = {
-    {"UnknownOperation", "ns:service-test", "ns:service-tset", "Client",
-     "unknown operation 'ns:service-tset'"},
-    {"OperationWithoutPrefix", "ns:service-test", "service-test", "Client",
-     "unknown operation 'service-test'"},
-    {"OtherServiceNamespace", "\"urn:xmethods-lumows\"", "\"urn:other\"", "Client",
+const fault_row FAULTS[] = {
+    {"ns:service-test", "ns:service-tset", "Client", "unknown operation 'ns:service-tset'"},
+    {"ns:service-test", "service-test", "Client", "unknown operation 'service-test'"},
+    {"<waittime>0</waittime></ns:service-test>", "</ns:service-test><a/>", "Client",
+     "the body does not hold exactly one operation"},
+    {"\"urn:xmethods-lumows\"", "\"urn:other\"", "Client",
      "the envelope lacks xmlns:ns=\"urn:xmethods-lumows\""},
-    {"Soap12Envelope", "http://schemas.xmlsoap.org/soap/envelope/",
-     "http://www.w3.org/2003/05/soap-envelope", "VersionMismatch",
-     "the envelope is not a SOAP 1.1 envelope"},
-    {"NoEncodingNamespace", "xmlns:SOAP-ENC=", "xmlns:other=", "Client",
+    {"SOAP-ENV:Envelope", "SOAP-ENV:Letter", "Client", "the document is no envelope"},
+    {"http://schemas.xmlsoap.org/soap/envelope/", "http://www.w3.org/2003/05/soap-envelope",
+     "VersionMismatch", "the envelope is not a SOAP 1.1 envelope"},
+    {"xmlns:SOAP-ENC=", "xmlns:other=", "Client",
      "the envelope lacks xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""},
-    {"NoEncodingStyle", "SOAP-ENV:encodingStyle=", "SOAP-ENV:other=", "Client",
+    {"SOAP-ENV:encodingStyle=", "SOAP-ENV:other=", "Client",
      "the body does not state the SOAP encoding style"},
-    {"UnfinishedDocument", "</SOAP-ENV:Envelope>", "", "Client",
-     "malformed XML: Start-end tags mismatch"},
-    {"DocumentType", "?>", "?><!DOCTYPE a>", "Client",
+    {"</SOAP-ENV:Envelope>", "", "Client", "malformed XML: Start-end tags mismatch"},
+    {"?>", "?><!DOCTYPE a>", "Client",
      "the message is not exactly one element without a document type"},
-    {"NoBody", "SOAP-ENV:Body", "SOAP-ENV:Head", "Client",
+    {"SOAP-ENV:Body", "SOAP-ENV:Head", "Client", "the envelope does not hold exactly one body"},
+    {"<SOAP-ENV:Body ", "text<SOAP-ENV:Body ", "Client",
      "the envelope does not hold exactly one body"},
-    {"NotUtf8", "<waittime>0", "<waittime>\xE9", "Client", "the message is not UTF-8 text"},
-    {"HeaderThatMustBeUnderstood", "<SOAP-ENV:Body ",
+    {"<waittime>0", "<waittime>\xE9", "Client", "the message is not UTF-8 text"},
+    {"<SOAP-ENV:Body ",
      "<SOAP-ENV:Header><t SOAP-ENV:mustUnderstand=\"1\"/></SOAP-ENV:Header><SOAP-ENV:Body ",
      "MustUnderstand", "a header entry is not understood"},
 };
 
-std::string proper_message() {
-    return wrap_request("<ns:service-test><waittime>0</waittime></ns:service-test>");
-}
-
-std::string replace_all(std::string text, const std::string &from, const std::string &to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-        text.replace(at, from.size(), to);
+TEST(Service, AnswersFaults) {
+    running_simulator simulator;
+    const std::string proper =
+        wrap_request("<ns:service-test><waittime>0</waittime></ns:service-test>");
+    const auto expect_fault = [](const http_reply &reply, const std::string &fault) {
+        EXPECT_EQ(reply.status, 500);
+        EXPECT_EQ(reply.body, fault);
+    };
+    EXPECT_EQ(post_message(simulator.port, proper).status, 200);
+    for (const fault_row &row : FAULTS) {
+        std::string message = proper;
+        const std::string from = row.from;
+        for (std::size_t at = 0; (at = message.find(from, at)) != std::string::npos;) {
+            message.replace(at, from.size(), row.to);
+            at += std::string(row.to).size();
+        }
+        expect_fault(post_message(simulator.port, message), wrap_fault(row.code, row.text));
     }
-    return text;
+    expect_fault(post_message(simulator.port, proper, "urn:xmethods-lumows"),
+                 wrap_fault("Client", "SOAPAction is not \"urn:xmethods-lumows\""));
+    expect_fault(
+        post_message(simulator.port, proper, "\"urn:xmethods-lumows\"", "application/soap+xml"),
+        wrap_fault("Client", "Content-Type is not text/xml; charset=utf-8"));
 }
 
-TEST_F(Service, AnswersFaults) {
-    ASSERT_EQ(post_message(simulator.port, proper_message()).status, 200);
-    for (const FaultCase &row : FAULTS) {
-        const std::string message = replace_all(proper_message(), row.from, row.to);
-        ASSERT_NE(message, proper_message()) << row.name;
-        const HttpAnswer answer = post_message(simulator.port, message);
-        EXPECT_EQ(answer.status, 500) << row.name;
-        EXPECT_EQ(answer.body, wrap_fault(row.code, row.text)) << row.name;
-    }
-}
-
-TEST_F(Service, AnswersFaultsToWrongHeaders) {
-    const HttpAnswer action = post_message(simulator.port, proper_message(), "urn:xmethods-lumows");
-    EXPECT_EQ(action.status, 500);
-    EXPECT_EQ(action.body, wrap_fault("Client", "SOAPAction is not \"urn:xmethods-lumows\""));
-    const HttpAnswer type = post_message(simulator.port, proper_message(),
-                                         "\"urn:xmethods-lumows\"", "application/soap+xml");
-    EXPECT_EQ(type.status, 500);
-    EXPECT_EQ(type.body, wrap_fault("Client", "Content-Type is not text/xml; charset=utf-8"));
-}
-
-TEST_F(Service, RefusesChildrenThatAreNoPlainText) {
-    const std::string refused = "<result>LMWS-402</result>";
-    expect("service-test", "<waittime xsi:type=\"xsd:string\">0</waittime>", refused);
-    expect("service-test", "<ns:waittime>0</ns:waittime>", refused);
-    expect("service-test", "<waittime><a/></waittime>", refused);
-    expect("service-test", "text<waittime>0</waittime>", refused);
-    expect("service-test", "<waittime>0</waittime>", "<result>LMWS-000</result>");
+TEST(Service, IsAnHttpServer) {
+    running_simulator simulator;
+    EXPECT_EQ(ask_http(simulator.port, "GET /cgi-bin/lumows").status, 404);
+    EXPECT_EQ(ask_http(simulator.port, "POST /lumows", "", "x").status, 404);
+    EXPECT_EQ(post_message(simulator.port, std::string(5 << 20, 'x')).status, 413);
+    const std::string message = wrap_request("<ns:service-test></ns:service-test>");
+    const std::string answer = wrap_response("test", "<result>LMWS-000</result>");
+    const int drip = connect_port(simulator.port);
+    ASSERT_TRUE(send_bytes(drip,
+                           "POST /cgi-bin/lumows HTTP/1.1\r\nHost: h\r\n"
+                           "Content-Type: text/xml; charset=utf-8\r\n"
+                           "SOAPAction: \"urn:xmethods-lumows\"\r\nContent-Length: " +
+                               std::to_string(message.size()) + "\r\n\r\n" + message,
+                           true));
+    EXPECT_EQ(read_all(drip), "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
+                                  std::to_string(answer.size()) +
+                                  "\r\nContent-Type: text/xml; charset=utf-8\r\n\r\n" + answer);
 }
 
 } // namespace

@@ -5,19 +5,26 @@
 
 #include <string>
 
+namespace harness {
+
+/// Child elements from a list such as "user=demo|pass=demo".
+std::string children(const std::string &list);
+
 /// An envelope around the content of its body.
 std::string wrap_request(const std::string &content);
 
-/// The whole answer body for an operation's response with these children.
+/// The whole answer to service-OPERATION with these children.
 std::string wrap_response(const std::string &operation, const std::string &children);
 
 /// The whole answer body of a fault.
 std::string wrap_fault(const std::string &code, const std::string &text);
 
 /// Posts a message with chosen headers.
-HttpAnswer post_message(int port, const std::string &message,
+http_reply post_message(int port, const std::string &message,
                         const std::string &action = "\"urn:xmethods-lumows\"",
                         const std::string &type = "text/xml; charset=utf-8");
 
-/// Posts one operation element with these children and returns the answer body.
+/// Calls service-OPERATION with these children and returns the answer body.
 std::string call_service(int port, const std::string &operation, const std::string &children);
+
+} // namespace harness

@@ -1,0 +1,159 @@
+// Lists of requests: what --expect compares, what --record writes and --replay answers.
+#include "tests/simulator/soap_client.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace harness;
+
+// What FSMCore is asked has a letter for its name.
+const std::string A = "FSMCORE: a -> FSMC-000\n";
+const std::string B = "FSMCORE: b -> FSMC-000\n";
+const std::string ANSWER = "FSMCORE -> \"Response Status: FSMC-000\\nParameter Count: 0\\n\"\n";
+
+std::string ask(const running_simulator &simulator, char letter) {
+    return simulator.ask(CORE_SOCKET, std::string("Request: ") + letter +
+                                          "\nParameter Count: 0\nWaittime: 5\n\n");
+}
+
+struct expect_row {
+    std::string list;
+    std::string asked;           ///< a letter for each request
+    std::string comparison = {}; ///< printed at the end
+    int missing = 0;
+    int unexpected = 0;
+    int different = 0;
+    bool any_order = false;
+};
+
+const expect_row EXPECTED[] = {
+    {A + B, "ab"},
+    {"", ""},
+    {"FSMCORE: a\n" + B, "ab"},
+    {A + ANSWER + B, "ab"},
+    {"FSMCORE: a\n" + ANSWER, "a"},
+    {"# first\n\n" + A + "\n# second\n" + B, "ab"},
+    {"FSMCORE: a -> FSMC-000", "a"},
+    {"EIB listens on /tmp/x\nSOAP refuses on http://x\nready\nSMSTOOL <- \"x\"\n" + A + ANSWER +
+         "SMSTOOL: no request, the client closed before the end of its request\n"
+         "SMSTOOL: the client did not take its answer\nstopped\n",
+     "a"},
+    {A + B, "a", " " + A + "-" + B, 1},
+    {A, "ab", " " + A + "+" + B, 0, 1},
+    {A + B + A, "aa", " " + A + "-" + B + " " + A, 1},
+    {A, "aa", " " + A + "+" + A, 0, 1},
+    {"FSMCORE: a -> FSMC-1\n" + B, "ab", "-FSMCORE: a -> FSMC-1\n+" + A + " " + B, 0, 0, 1},
+    {A + "FSMCORE -> \"x\"\n", "a", "-" + A + "-FSMCORE -> \"x\"\n+" + A + "+" + ANSWER, 0, 0, 1},
+    {B + A, "ab", "-" + B + " " + A + "+" + B, 1, 1},
+    {A, "", "-" + A, 1},
+    {B + A, "ab", "", 0, 0, 0, true},
+    {"FSMCORE: a\n" + A + A + ANSWER, "aaa", "", 0, 0, 0, true},
+    {A + B + A, "ba", " " + A + " " + B + "-" + A, 1, 0, 0, true},
+    {A, "ba", "+" + B + " " + A, 0, 1, 0, true},
+};
+
+TEST(Expect, ComparesWhatCame) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/list";
+    for (const expect_row &row : EXPECTED) {
+        SCOPED_TRACE(row.list + " asked " + row.asked);
+        write_file(path, row.list);
+        words options{"--expect", path};
+        options.insert(options.end(), row.any_order ? 1 : 0, "--any-order");
+        running_simulator simulator(options);
+        std::string log;
+        for (const char letter : row.asked) {
+            EXPECT_EQ(ask(simulator, letter), CORE_DONE);
+            log += letter == 'a' ? A : B;
+        }
+        const bool differs = row.missing + row.unexpected + row.different > 0;
+        EXPECT_EQ(simulator.end(differs ? 3 : 0), log + row.comparison);
+        EXPECT_EQ(simulator.program.errors(),
+                  !differs ? ""
+                           : "lumosim: not the requests of " + path + ": " +
+                                 std::to_string(row.missing) + " missing, " +
+                                 std::to_string(row.unexpected) + " unexpected, " +
+                                 std::to_string(row.different) + " answered differently\n");
+    }
+}
+
+struct wrong_list {
+    const char *text;
+    const char *complaint;
+};
+
+const wrong_list WRONG_LISTS[] = {
+    {"FSM: x\n", " line 1: 'FSM: x' is no line of the log"},
+    {"\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
+    {"SOAP: x\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
+    {"SOAP: x\nSOAP -> x\n", " line 2: the bytes of an answer stand between double quotes"},
+    {"SOAP: x\nSOAP -> \"\\q\"\n", " line 2: the bytes hold an unknown escape"},
+};
+
+TEST(Lists, ThatAreWrongAreExplained) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/list";
+    for (const char *option : {"--expect", "--replay"}) {
+        for (const wrong_list &row : WRONG_LISTS) {
+            write_file(path, row.text);
+            const run_result seen = run(simulator_command(directory.path, {option, path}));
+            EXPECT_EQ(seen.status, 1);
+            EXPECT_EQ(seen.errors, "lumosim: " + path + row.complaint + "\n");
+            EXPECT_EQ(seen.output, "");
+        }
+        const run_result absent = run(simulator_command(directory.path, {option, "/not/there"}));
+        EXPECT_EQ(absent.status, 1);
+        EXPECT_EQ(absent.errors, "lumosim: cannot read /not/there\n");
+    }
+    const run_result unwritten = run(simulator_command(directory.path, {"--record", "/not/there"}));
+    EXPECT_EQ(unwritten.status, 1);
+    EXPECT_EQ(unwritten.errors, "lumosim: cannot write /not/there; choose another with --record\n");
+}
+
+TEST(Recording, HoldsEachRequestWithItsAnswer) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/list";
+    running_simulator simulator({"--record", path, "--close", "soap"});
+    ask(simulator, 'a');
+    call_service(simulator.port, "login", "<user>demo</user><pass>demo</pass>");
+    EXPECT_EQ(read_file(path), A + ANSWER +
+                                   "SOAP: service-login demo|demo|(absent) -> closed "
+                                   "without an answer\n");
+    EXPECT_EQ(std::filesystem::status(path).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+struct replay_row {
+    std::string list;
+    words answers;       ///< to the request a, one after the other
+    std::string outcome; ///< of the last of them
+};
+
+const replay_row REPLAYED[] = {
+    {"FSMCORE: a -> A\nFSMCORE -> \"a\\n\"\n", {"a\n"}, "A"},
+    {"FSMCORE: a -> A\nFSMCORE -> \"a\"\nFSMCORE: a -> B\nFSMCORE -> \"b\"\n",
+     {"a", "b", "b"},
+     "B"},
+    {"FSMCORE: a -> closed without an answer\n", {""}, "closed without an answer"},
+    {"FSMCORE: a\nFSMCORE -> \"abc\"\n", {"abc"}, "3 raw bytes"},
+    {"SOAP: x -> y\nSOAP -> \"x\"\n", {CORE_DONE}, "FSMC-000 (not in the recording)"},
+    {A, {CORE_DONE}, "FSMC-000 (not in the recording)"},
+    {"SOAP: a -> A\nSOAP -> \"a\"\n", {CORE_DONE}, "FSMC-000 (not in the recording)"},
+};
+
+TEST(Replay, AnswersAsRecorded) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/list";
+    for (const replay_row &row : REPLAYED) {
+        write_file(path, row.list);
+        running_simulator simulator({"--replay", path});
+        for (const std::string &answer : row.answers) {
+            EXPECT_EQ(ask(simulator, 'a'), answer) << row.list;
+        }
+        EXPECT_TRUE(simulator.end().ends_with("FSMCORE: a -> " + row.outcome + "\n")) << row.list;
+    }
+}
+
+} // namespace

@@ -1,0 +1,229 @@
+// Daemons that were told what to answer, and the log that tells what they did.
+#include "tests/protocol/daemons.h"
+#include "tests/simulator/soap_client.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace harness;
+using namespace protocol;
+
+const std::string CLOSED = "FSMCORE: f -> closed without an answer\n";
+const std::string LINE = "FSMCORE: f -> FSMC-000\n";
+
+/// Options that say the same of every daemon.
+words tell_all(const std::string &option, const std::string &argument) {
+    words options;
+    for (const daemon_row &daemon : daemons()) {
+        options.insert(options.end(), {option, lower(daemon.name) + argument});
+    }
+    return options;
+}
+
+TEST(Told, EveryDaemonAnswersStatusesInTurn) {
+    running_simulator simulator(tell_all("--answer", "=107,0,42"));
+    for (const int number : {107, 0, 42, 42}) {
+        for (const daemon_row &daemon : daemons()) {
+            const std::string status = status_text(daemon, number);
+            if (daemon.socket.empty()) {
+                EXPECT_EQ(call_service(simulator.port, "test", ""),
+                          wrap_response("test", "<result>" + status + "</result>"));
+            } else {
+                EXPECT_EQ(
+                    simulator.ask(daemon.socket, daemon.gateway ? "Request: x\n\n" : CORE_REQUEST),
+                    "Response Status: " + status +
+                        (daemon.gateway ? "\n" : "\nParameter Count: 0\n"));
+            }
+        }
+    }
+}
+
+TEST(Told, EveryDaemonRefusesConnections) {
+    running_simulator simulator(tell_all("--refuse", ""));
+    for (const daemon_row &daemon : daemons()) {
+        EXPECT_EQ(daemon.socket.empty() ? connect_port(simulator.port)
+                                        : connect_socket(simulator.home.path + "/" + daemon.socket),
+                  -1);
+        EXPECT_EQ(errno, ECONNREFUSED) << daemon.name;
+    }
+    EXPECT_EQ(simulator.end(), "");
+}
+
+struct told_row {
+    words options;
+    words answers; ///< to one request after the other
+    std::string log;
+};
+
+const told_row TOLD[] = {
+    {{}, {CORE_DONE, CORE_DONE}, LINE + LINE},
+    {{"--answer=fsmcore=-4"},
+     {"Response Status: FSMC--004\nParameter Count: 0\n"},
+     "FSMCORE: f -> FSMC--004\n"},
+    {{"--answer", "soap=7"}, {CORE_DONE}, LINE},
+    {{"--answer-raw", "fsmcore=a\\n\\r\\t\\0\\\\\\\"\\xFFb=c"},
+     {std::string("a\n\r\t\0\\\"\xFF", 8) + "b=c"},
+     "FSMCORE: f -> 11 raw bytes\n"},
+    {{"--close", "fsmcore=1"}, {"", CORE_DONE, CORE_DONE}, CLOSED + LINE + LINE},
+    {{"--close", "fsmcore=2"}, {"", "", CORE_DONE}, CLOSED + CLOSED + LINE},
+    {{"--close", "fsmcore"}, {"", "", ""}, CLOSED + CLOSED + CLOSED},
+    {{"--close", "fsmcore=1", "--delay", "fsmcore=1,2"},
+     {"", CORE_DONE, CORE_DONE},
+     CLOSED + LINE + LINE},
+};
+
+TEST(Told, DaemonsAnswer) {
+    for (const told_row &row : TOLD) {
+        running_simulator simulator(row.options);
+        for (const std::string &answer : row.answers) {
+            EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), answer)
+                << testing::PrintToString(row);
+        }
+        EXPECT_EQ(simulator.end(), row.log);
+    }
+}
+
+TEST(Told, RawBytesComeFromAFile) {
+    const temporary_directory directory;
+    const std::string bytes(300000, 'z');
+    write_file(directory.path + "/bytes", bytes);
+    running_simulator simulator({"--answer-raw", "fsmcore=@" + directory.path + "/bytes"});
+    EXPECT_TRUE(simulator.ask(CORE_SOCKET, CORE_REQUEST) == bytes);
+}
+
+TEST(Told, TheServiceAnswersRawBytesOrNone) {
+    running_simulator raw({"--answer-raw", "soap=HTTP/1.0 503 Busy\\r\\n\\r\\nbusy"});
+    EXPECT_EQ(call_service(raw.port, "test", ""), "busy");
+    EXPECT_EQ(raw.end(), "SOAP: service-test (absent) -> 25 raw bytes\n");
+    running_simulator closed({"--close", "soap"});
+    EXPECT_EQ(post_message(closed.port, wrap_request("<ns:service-test/>")).status, 0);
+    EXPECT_EQ(closed.end(), "SOAP: service-test (absent) -> closed without an answer\n");
+}
+
+/// An attempt counts once the simulator has taken back the access time of the socket.
+void wait_until_counted(const std::string &path) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(PATIENCE_MS);
+    struct stat found {};
+    while (stat(path.c_str(), &found) == 0 && found.st_atim.tv_sec != 0 &&
+           std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(Told, RefusesTheFirstConnectionsOnly) {
+    const temporary_directory directory;
+    started_program program(simulator_command(directory.path, {"--refuse", "fsmcore=2"}));
+    if (!program.wait_for_output("ready\n")) {
+        const std::string errors = program.finish().errors;
+        ASSERT_NE(errors.find("notes no accesses"), std::string::npos) << errors;
+        GTEST_SKIP() << errors;
+    }
+    const std::string path = directory.path + "/" + CORE_SOCKET;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(connect_socket(path), -1);
+        wait_until_counted(path);
+    }
+    ASSERT_TRUE(program.wait_for_output("FSMCORE: listens from now on\n"));
+    EXPECT_EQ(ask_daemon(path, CORE_REQUEST), CORE_DONE);
+}
+
+TEST(Told, DelayHoldsTheAnswerBack) {
+    running_simulator simulator({"--delay", "fsmcore=300"});
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+}
+
+TEST(Told, DelayHoldsUpNobodyElse) {
+    running_simulator simulator({"--raw", "--delay", "fsmcore=3600000,1"});
+    const int waiting = connect_socket(simulator.home.path + "/" + CORE_SOCKET);
+    ASSERT_TRUE(send_bytes(waiting, CORE_REQUEST));
+    ASSERT_TRUE(simulator.program.wait_for_output("FSMCORE <- "));
+    EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
+    simulator.end();
+    EXPECT_EQ(read_all(waiting), "");
+}
+
+TEST(Told, AConnectionWithoutARequestTakesNoTurn) {
+    running_simulator simulator({"--answer", "fsmcore=107,0"});
+    const int silent = connect_socket(simulator.home.path + "/" + CORE_SOCKET);
+    ASSERT_EQ(shutdown(silent, SHUT_WR), 0);
+    EXPECT_EQ(read_all(silent), "");
+    EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST),
+              "Response Status: FSMC-107\nParameter Count: 0\n");
+}
+
+const std::string ODD_REQUEST = "Request: \"\xC3\xA9\\\nParameter Count: 0\nWaittime: 5\n\n";
+
+TEST(Log, ShowsTheBytesOfBothDirections) {
+    running_simulator simulator({"--raw"});
+    simulator.ask(CORE_SOCKET, ODD_REQUEST);
+    EXPECT_EQ(simulator.end(),
+              "FSMCORE <- \"Request: \\\"\\xC3\\xA9\\\\\\nParameter Count: 0\\n"
+              "Waittime: 5\\n\\n\"\nFSMCORE: \"\xC3\xA9\\ -> FSMC-000\n"
+              "FSMCORE -> \"Response Status: FSMC-000\\nParameter Count: 0\\n\"\n");
+}
+
+TEST(Log, HoldsAnObjectPerLineForMachines) {
+    using json = nlohmann::json;
+    const temporary_directory directory;
+    const std::string list = directory.path + "/list";
+    write_file(list, "FSMCORE: x\n");
+    started_program program(
+        simulator_command(directory.path, {"--log-format", "json", "--raw", "--expect", list}));
+    ASSERT_TRUE(program.wait_for_output("\"event\":\"ready\"}\n")) << program.errors();
+    EXPECT_EQ(ask_daemon(directory.path + "/" + CORE_SOCKET, ODD_REQUEST), CORE_DONE);
+    const run_result seen = end_program(program, SIGTERM);
+    EXPECT_EQ(seen.status, 3) << seen.errors;
+
+    std::vector<json> expected;
+    for (const daemon_row &daemon : daemons()) {
+        expected.push_back({{"event", "listens"}, {"daemon", lower(daemon.name)}});
+        expected.back()["place"] = directory.path + "/" + daemon.socket;
+    }
+    const json core = {{"daemon", "fsmcore"}};
+    const std::string request = "\"\xC3\xA9\\";
+    expected.back().erase("place"); // the port is the system's choice
+    for (json event : std::vector<json>{
+             {{"event", "ready"}},
+             {{"event", "bytes"},
+              {"daemon", "fsmcore"},
+              {"direction", "<-"},
+              {"bytes", "Request: \"\xC3\x83\xC2\xA9\\\nParameter Count: 0\nWaittime: 5\n\n"}},
+             {{"event", "request"},
+              {"daemon", "fsmcore"},
+              {"request", request},
+              {"outcome", "FSMC-000"}},
+             {{"event", "bytes"}, {"daemon", "fsmcore"}, {"direction", "->"}, {"bytes", CORE_DONE}},
+             {{"event", "comparison"}, {"side", "missing"}, {"line", "FSMCORE: x"}},
+             {{"event", "comparison"},
+              {"side", "unexpected"},
+              {"line", "FSMCORE: " + request + " -> FSMC-000"}},
+             {{"event", "stopped"}}}) {
+        expected.push_back(event);
+    }
+    std::istringstream lines(seen.output);
+    std::vector<json> printed;
+    for (std::string line; std::getline(lines, line);) {
+        printed.push_back(json::parse(line));
+        const std::string time = printed.back()["time"];
+        EXPECT_EQ(time.size(), std::string("2026-11-21T08:15:00.250Z").size()) << time;
+        printed.back().erase("time");
+        if (printed.back().value("daemon", "") == "soap") {
+            printed.back().erase("place");
+        }
+    }
+    EXPECT_EQ(printed, expected);
+}
+
+} // namespace
