@@ -33,17 +33,30 @@ constexpr header_line TUTONDO_SET_LINES[] = {
     {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
 constexpr header_line TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
 
-constexpr gateway_request EIB_REQUESTS[] = {{"SENDEIBUSSETDATAGRAM", EIB_LINES},
-                                            {"SENDEIBUSGETDATAGRAM", EIB_LINES}};
-constexpr gateway_request SMSTOOL_REQUESTS[] = {{"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES},
-                                                {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES}};
-constexpr gateway_request LINTRONIC_REQUESTS[] = {{"SENDLINTRONICDATAGRAM", LINTRONIC_LINES}};
-constexpr gateway_request TECNOUT_REQUESTS[] = {{"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES}};
-constexpr gateway_request VIVALDI_REQUESTS[] = {{"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES},
-                                                {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
-constexpr gateway_request BENTEL_REQUESTS[] = {{"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES}};
-constexpr gateway_request TUTONDO_REQUESTS[] = {{"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES},
-                                                {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES}};
+constexpr linked_lines EIB_LINKED = {{"Destination"}, "Payload", "Payload"};
+constexpr linked_lines LINTRONIC_LINKED = {{"Device"}, "Payload", "Payload"};
+constexpr linked_lines VIVALDI_LINKED = {
+    {"CentralNumber", "RC20_Number"}, "RC20_OnOff", "RC20_Volume"};
+constexpr linked_lines TUTONDO_LINKED = {{"Zone_Number"}, "Payload", "Payload"};
+
+constexpr gateway_request EIB_REQUESTS[] = {
+    {"SENDEIBUSSETDATAGRAM", EIB_LINES, "living|1/1/3|1|1", &EIB_LINKED},
+    {"SENDEIBUSGETDATAGRAM", EIB_LINES, "living|1/1/3|1|0"}};
+constexpr gateway_request SMSTOOL_REQUESTS[] = {
+    {"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES, "modem|+390550001|hello"},
+    {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES, "+390550001|hello"}};
+constexpr gateway_request LINTRONIC_REQUESTS[] = {
+    {"SENDLINTRONICDATAGRAM", LINTRONIC_LINES, "garden|07|012|on", &LINTRONIC_LINKED}};
+constexpr gateway_request TECNOUT_REQUESTS[] = {
+    {"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES, "alarm|1234|arm|all"}};
+constexpr gateway_request VIVALDI_REQUESTS[] = {
+    {"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES, "audio|1|4|1|40|5|5|1|1|1|1", &VIVALDI_LINKED},
+    {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
+constexpr gateway_request BENTEL_REQUESTS[] = {
+    {"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES, "alarm|1234|arm|all"}};
+constexpr gateway_request TUTONDO_REQUESTS[] = {
+    {"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES, "audio|3|VOLUME|20", &TUTONDO_LINKED},
+    {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES, "audio|3|VOLUME|0"}};
 
 /// In the order of arrival_kind.
 constexpr const char *ARRIVAL_WORDS[] = {"",
@@ -55,15 +68,15 @@ constexpr const char *ARRIVAL_WORDS[] = {"",
 
 // clang-format off
 constexpr daemon_row DAEMON_ROWS[] = {
-    {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, fsmcore_progress, answer_fsmcore},
-    {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, gateway_progress, answer_gateway, EIB_REQUESTS},
-    {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, gateway_progress, answer_gateway, SMSTOOL_REQUESTS},
-    {"lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, gateway_progress, answer_gateway, LINTRONIC_REQUESTS},
-    {"tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, gateway_progress, answer_gateway, TECNOUT_REQUESTS},
-    {"vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, gateway_progress, answer_gateway, VIVALDI_REQUESTS},
-    {"bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, gateway_progress, answer_gateway, BENTEL_REQUESTS},
-    {"tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, gateway_progress, answer_gateway, TUTONDO_REQUESTS},
-    {"soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, http_progress, answer_http},
+    {"fsmcore", "FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0, LINE_LIMIT, fsmcore_progress, answer_fsmcore, "FSMCORE"},
+    {"eib", "EIB", "lumo_eibgateway.socket", "EIBG-", 3, 100, LINE_LIMIT, gateway_progress, answer_gateway, "EIBLOCAL", EIB_REQUESTS},
+    {"smstool", "SMSTOOL", "lumo_smstoolgateway.socket", "SMST-", 3, 800, LINE_LIMIT, gateway_progress, answer_gateway, "SMSTOOLLOCAL", SMSTOOL_REQUESTS},
+    {"lintronic", "LINTRONIC", "lumo_lintronicgateway.socket", "LINT-", 3, 1000, LINE_LIMIT, gateway_progress, answer_gateway, "LINTRONICLOCAL", LINTRONIC_REQUESTS},
+    {"tecnout", "TECNOUT", "lumo_tecnoutgateway.socket", "TECG-", 4, 1200, LINE_LIMIT, gateway_progress, answer_gateway, "TECNOUTLOCAL", TECNOUT_REQUESTS},
+    {"vivaldi", "VIVALDI", "lumo_vivaldigateway.socket", "VIVG-", 4, 900, LINE_LIMIT, gateway_progress, answer_gateway, "VIVALDILOCAL", VIVALDI_REQUESTS},
+    {"bentel", "BENTEL", "lumo_bentelgateway.socket", "BENG-", 4, 1300, LINE_LIMIT, gateway_progress, answer_gateway, "BENTELLOCAL", BENTEL_REQUESTS},
+    {"tutondo", "TUTONDO", "lumo_tutondogateway.socket", "TUTG-", 4, 1500, LINE_LIMIT, gateway_progress, answer_gateway, "TUTONDOLOCAL", TUTONDO_REQUESTS},
+    {"soap", "SOAP", "", "LMWS-", 3, 400, HTTP_LIMIT, http_progress, answer_http, "SOAP"},
 };
 // clang-format on
 
@@ -86,11 +99,11 @@ std::string format_status(const daemon_row &daemon, int number) {
 
 int choose_status(const daemon_conversation &conversation, int error) {
     const std::vector<int> &told = conversation.behaviour.statuses;
-    if (told.empty()) {
+    std::size_t &given = conversation.home.statuses_given[conversation.daemon.key];
+    if (told.empty() || given >= static_cast<std::size_t>(conversation.behaviour.answers)) {
         return error == 0 ? 0 : conversation.daemon.base + error;
     }
-    std::size_t &given = conversation.home.statuses_given[conversation.daemon.key];
-    return told[given + 1 < told.size() ? given++ : told.size() - 1];
+    return told[std::min(given++, told.size() - 1)];
 }
 
 void answer_status(daemon_conversation &conversation, int error, const std::string &complaint) {

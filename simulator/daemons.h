@@ -2,6 +2,7 @@
 // between the server and whatever reads a daemon's requests.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -21,8 +22,9 @@ struct passed_request {
     std::string body;
 };
 
-/// Whom an answer is for: a client of the daemon, or somebody who watches in a browser.
-enum class audience_kind { CLIENT, PAGE, EVENTS };
+/// Whom an answer is for: a client of the daemon, the page in a browser, which fetches itself, its
+/// events and more, or somebody whom another site sent.
+enum class audience_kind { CLIENT, PAGE, EVENTS, BENCH, STRANGER };
 
 /// How the reading of a request ended.
 enum class arrival_kind { DATA, END, LATE, STOPPED, FULL, FAILED };
@@ -47,10 +49,19 @@ struct header_line {
     std::size_t width = 0;
 };
 
+/// Which lines of a datagram that sets say what, and of what.
+struct linked_lines {
+    std::array<std::string_view, 2> address; ///< the parts, a slash between them; or one alone
+    std::string_view status;
+    std::string_view value;
+};
+
 /// A request that a gateway knows, with the lines after the one that names it.
 struct gateway_request {
     std::string_view function;
     std::span<const header_line> lines;
+    std::string_view sample = {};         ///< parameters of the client; empty: it never sends it
+    const linked_lines *linked = nullptr; ///< where it sets something
 };
 
 /// One daemon. The order of the table is that of the printed lists.
@@ -64,6 +75,7 @@ struct daemon_row {
     std::size_t limit;                              ///< most bytes of one request
     request_progress (*progress)(std::string_view); ///< how far a request has come
     void (*answer)(daemon_conversation &);          ///< checks the request and makes its answer
+    std::string_view client_type;                   ///< what the client calls it
     std::span<const gateway_request> requests = {}; ///< those that a gateway knows
 };
 
@@ -88,7 +100,8 @@ inline constexpr int FOR_EVER = 1 << 30;
 /// What a daemon was told to do instead of answering properly.
 struct told_behaviour {
     std::vector<int>
-        statuses; ///< answered in turn in place of the proper number, the last for ever
+        statuses; ///< answered in turn in place of the proper number, the last from then on
+    int answers = FOR_EVER;         ///< to so many of the first requests
     std::optional<std::string> raw; ///< sent in place of the proper answer
     int delay = 0;                  ///< milliseconds between the request and the answer
     int delays = FOR_EVER;          ///< so many of the first requests wait so long

@@ -50,7 +50,16 @@ using schedule_place = std::array<std::string, 3>;
 
 struct home_state {
     std::map<std::string, home_element, std::less<>> elements{
-        {"KITCHEN-THERMOSTAT", {"ON", "21.5"}}, {"LIVING-LAMP", {"OFF", "0"}}};
+        {"BATH-RADIO", {"OFF", "0"}},
+        {"GARDEN-LAMP", {"OFF", "0"}},
+        {"KITCHEN-RADIO", {"OFF", "0"}},
+        {"KITCHEN-THERMOSTAT", {"ON", "21.5"}},
+        {"LIVING-LAMP", {"OFF", "0"}}};
+    /// Which element is at an address of a gateway, written with the gateway's name in options.
+    std::map<std::string, std::string, std::less<>> links{{"eib 1/1/3", "LIVING-LAMP"},
+                                                          {"lintronic 07", "GARDEN-LAMP"},
+                                                          {"tutondo 3", "KITCHEN-RADIO"},
+                                                          {"vivaldi 1/4", "BATH-RADIO"}};
     std::map<std::string, std::string, std::less<>> sessions{
         {std::string(FIRST_USER.session), std::string(FIRST_USER.name)}};
     std::map<std::string, home_neighbour, std::less<>> neighbours; ///< by unique identifier
@@ -59,4 +68,5 @@ struct home_state {
     std::string configuration; ///< the last uploaded configuration file
     std::map<std::string_view, std::size_t> statuses_given; ///< by daemon, of those it was told
     std::string origin; ///< the address of the web service, such as http://127.0.0.1:8080
+    std::string token;  ///< what a request of the page must carry to change something
 };

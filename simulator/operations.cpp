@@ -18,10 +18,7 @@ std::string text(const service_call &call, std::string_view child) {
 }
 
 void append_entry(std::string &list, std::string_view entry) {
-    if (!list.empty()) {
-        list += LIST_SEPARATOR;
-    }
-    list += entry;
+    list.append(list.empty() ? 0 : 1, LIST_SEPARATOR).append(entry);
 }
 
 schedule_place schedule_key(const service_call &call) {
@@ -73,13 +70,7 @@ int run_getelementstatusarray(home_state &home, const service_call &call, respon
 }
 
 int run_runonelement(home_state &home, const service_call &call, response_fields &) {
-    const std::string name = text(call, "idobject");
-    home_element &element = home.elements[name];
-    element = {text(call, "operation"), text(call, "payload")};
-    home.messages.push_back(name + " " + element.status + " " + element.value);
-    if (home.messages.size() > KEPT_MESSAGES) {
-        home.messages.pop_front();
-    }
+    change_element(home, text(call, "idobject"), {text(call, "operation"), text(call, "payload")});
     return SERVICE_DONE;
 }
 
@@ -282,6 +273,14 @@ std::string_view request_value(const service_call &call, std::string_view child)
     const auto index = static_cast<std::size_t>(found - names.begin());
     return index < call.values.size() && call.values[index] ? std::string_view(*call.values[index])
                                                             : std::string_view();
+}
+
+void change_element(home_state &home, const std::string &name, const home_element &now) {
+    home.elements[name] = now;
+    home.messages.push_back(name + " " + now.status + " " + now.value);
+    if (home.messages.size() > KEPT_MESSAGES) {
+        home.messages.pop_front();
+    }
 }
 
 int run_operation(home_state &home, const service_call &call, response_fields &fields) {

@@ -66,6 +66,10 @@ const service_operation *find_operation(std::string_view name);
 /// The value of a request child; empty when it is absent.
 std::string_view request_value(const service_call &call, std::string_view child);
 
+/// Gives an element, which is made where there is none, a status and a value, and tells of it in a
+/// message.
+void change_element(home_state &home, const std::string &name, const home_element &now);
+
 /// Checks children, session and needed field, then runs the operation. Returns a ServiceStatus;
 /// `fields` holds the other children of a successful answer.
 int run_operation(home_state &home, const service_call &call, response_fields &fields);

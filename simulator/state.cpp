@@ -2,6 +2,8 @@
 // of one, that no row knows is an error, since it would be a misspelt one.
 #include "simulator/state.h"
 
+#include "simulator/gateway.h"
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -109,6 +111,20 @@ void read_messages(const json_value &part, home_state &home) {
     }
 }
 
+/// What is wrong with the links, now that the elements are known.
+std::string complain_about_links(const home_state &home) {
+    for (const auto &[place, element] : home.links) {
+        const std::string complaint = complain_about_link(place);
+        if (!complaint.empty()) {
+            return complaint;
+        }
+        if (!home.elements.contains(element)) {
+            return "'" + place + "' leads to '" + element + "', which is no element";
+        }
+    }
+    return "";
+}
+
 struct state_part {
     const char *name;
     void (*read)(const json_value &part, home_state &home);
@@ -119,6 +135,8 @@ constexpr state_part PARTS[] = {
     {"elements",
      [](const json_value &part, home_state &home) { read_records(part, home.elements); },
      [](const home_state &home) { return write_records(home.elements); }},
+    {"links", [](const json_value &part, home_state &home) { object_of(part).get_to(home.links); },
+     [](const home_state &home) { return json_value(home.links); }},
     {"sessions",
      [](const json_value &part, home_state &home) { object_of(part).get_to(home.sessions); },
      [](const home_state &home) { return json_value(home.sessions); }},
@@ -153,7 +171,13 @@ std::string read_state(const std::string &text, home_state &home) {
         for (const auto &[name, value] : object_of(state).items()) {
             read_part(name, value, home);
         }
-        return "";
+        if (!state.contains("links")) { // those from the start lead to elements from the start
+            std::erase_if(home.links, [&home](const auto &link) {
+                return !home.elements.contains(link.second);
+            });
+        }
+        const std::string complaint = complain_about_links(home);
+        return complaint.empty() ? "" : "'links': " + complaint;
     } catch (const std::exception &error) {
         return error.what();
     }

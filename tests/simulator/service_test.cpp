@@ -33,9 +33,10 @@ const values ANSWERED = read_values(
     "result=LMWS-000|results=LMWS-000|result-len=8|version=LUMOSIM Version: 1.0.0 - |"
     "systemcode=LUMOSIM|status=OFF|currentvalue=0|currentstate=LIVING-LAMP=OFF|"
     "currentvalues=LIVING-LAMP=0|messagecount=2|message=LIVING-LAMP ON 1;LIVING-LAMP OFF 0|"
-    "neighbourlist=u1,garage,10.0.0.2,1025,none|interfacesidlist=1;2|"
-    "interfacesnamelist=KITCHEN-THERMOSTAT;LIVING-LAMP|interfacestypelist=ELEMENT;ELEMENT|"
-    "interfacesvaluelist=21.5;0|interfacesaccessmodelist=RW;RW|tagnumber=1|tagtype=GUEST|"
+    "neighbourlist=u1,garage,10.0.0.2,1025,none|interfacesidlist=1;2;3;4;5|"
+    "interfacesnamelist=BATH-RADIO;GARDEN-LAMP;KITCHEN-RADIO;KITCHEN-THERMOSTAT;LIVING-LAMP|"
+    "interfacestypelist=ELEMENT;ELEMENT;ELEMENT;ELEMENT;ELEMENT|"
+    "interfacesvaluelist=0;0;0;21.5;0|interfacesaccessmodelist=RW;RW;RW;RW;RW|tagnumber=1|tagtype=GUEST|"
     "tagtypeoptionals=0|tagplantcode=0001|isblank=0|hasvalidplantcode=1|"
     "expiredatetime=2030-12-31 12:00:00|ispresent=1|payload-len=8|payload=SELECT 1|"
     "schedule=8-20|partializationgrants=PERIMETER;INSIDE");
@@ -115,8 +116,10 @@ const call_row CALLS[] = {
     {"retrievemessages", SESSION, DONE + "|messagecount=1|message=new DIM 40"},
     {"elementhaschanged", "idobject=new|currentvalue=8", DONE + "|currentvalue=8"},
     {"getelementstatusarray", SESSION,
-     DONE + "|currentstate=KITCHEN-THERMOSTAT=ON;LIVING-LAMP=OFF;new=DIM|"
-            "currentvalues=KITCHEN-THERMOSTAT=21.5;LIVING-LAMP=0;new=8"},
+     DONE + "|currentstate=BATH-RADIO=OFF;GARDEN-LAMP=OFF;KITCHEN-RADIO=OFF;"
+            "KITCHEN-THERMOSTAT=ON;LIVING-LAMP=OFF;new=DIM|"
+            "currentvalues=BATH-RADIO=0;GARDEN-LAMP=0;KITCHEN-RADIO=0;"
+            "KITCHEN-THERMOSTAT=21.5;LIVING-LAMP=0;new=8"},
     {"getelementstatusarray", SESSION + "idobjects=new;nobody",
      "result=LMWS-404|currentstate=|currentvalues="},
     // Values keep their characters.
@@ -256,7 +259,7 @@ TEST(Service, IsAnHttpServer) {
     const std::string answer = wrap_response("test", "<result>LMWS-000</result>");
     const int drip = connect_port(simulator.port);
     ASSERT_TRUE(send_bytes(drip,
-                           "POST /cgi-bin/lumows HTTP/1.1\r\nHost: h\r\n"
+                           "POST /cgi-bin/lumows HTTP/1.1\r\nHost: localhost\r\n"
                            "Content-Type: text/xml; charset=utf-8\r\n"
                            "SOAPAction: \"urn:xmethods-lumows\"\r\nContent-Length: " +
                                std::to_string(message.size()) + "\r\n\r\n" + message,

@@ -12,6 +12,7 @@ using json = nlohmann::json;
 
 const char *const HOUSE = R"({
     "elements": {"HALL-LAMP": {"status": "ON", "value": "70"}},
+    "links": {"eib 0/1": "HALL-LAMP", "vivaldi 2/3": "HALL-LAMP"},
     "sessions": {"MINE": "demo"},
     "neighbours": {"N1": {"name": "next", "address": "10.0.0.2", "port": "80", "optionals": ""}},
     "schedules": [{"object": "K", "mode": "heat", "type": "day", "schedule": "8-22"}],
@@ -21,8 +22,13 @@ const char *const HOUSE = R"({
 
 /// What a simulator that starts from nothing has.
 const char *const USUAL = R"({
-    "elements": {"KITCHEN-THERMOSTAT": {"status": "ON", "value": "21.5"},
+    "elements": {"BATH-RADIO": {"status": "OFF", "value": "0"},
+                 "GARDEN-LAMP": {"status": "OFF", "value": "0"},
+                 "KITCHEN-RADIO": {"status": "OFF", "value": "0"},
+                 "KITCHEN-THERMOSTAT": {"status": "ON", "value": "21.5"},
                  "LIVING-LAMP": {"status": "OFF", "value": "0"}},
+    "links": {"eib 1/1/3": "LIVING-LAMP", "lintronic 07": "GARDEN-LAMP",
+              "tutondo 3": "KITCHEN-RADIO", "vivaldi 1/4": "BATH-RADIO"},
     "sessions": {"DEMO-SESSION": "demo"},
     "neighbours": {}, "schedules": [], "messages": [], "configuration": ""})";
 
@@ -79,6 +85,58 @@ TEST(State, GoesInAndComesOut) {
     }
 }
 
+/// A request to a gateway, and an element of the usual house after it.
+struct linked_row {
+    const char *gateway;
+    const char *request;
+    const char *status; ///< of the answer
+    const char *element;
+    const char *left;
+};
+
+const linked_row LINKED[] = {
+    {"eib", "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 1\nPayload: 1",
+     "EIBG-000", "LIVING-LAMP", "status=ON|currentvalue=1"},
+    {"eib", "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 2\nPayload: 10",
+     "EIBG-000", "LIVING-LAMP", "status=ON|currentvalue=10"},
+    {"eib", "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 2\nPayload: 0.0",
+     "EIBG-000", "LIVING-LAMP", "status=OFF|currentvalue=0.0"},
+    {"eib", "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 1\nPayload: Off",
+     "EIBG-000", "LIVING-LAMP", "status=OFF|currentvalue=Off"},
+    {"eib", "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/4\nEISType: 1\nPayload: 1",
+     "EIBG-000", "LIVING-LAMP", "status=OFF|currentvalue=0"},
+    {"eib", "SENDEIBUSGETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 1\nPayload: 1",
+     "EIBG-000", "LIVING-LAMP", "status=OFF|currentvalue=0"},
+    {"eib",
+     "SENDEIBUSSETDATAGRAM\nSectionName: s\nDestination: 1/1/3\nEISType: 1\nPayload: 1\nMore: 1",
+     "EIBG-102", "LIVING-LAMP", "status=OFF|currentvalue=0"},
+    {"lintronic", "SENDLINTRONICDATAGRAM\nSectionName: s\nDevice: 07\nCommand: 012\nPayload: on",
+     "LINT-000", "GARDEN-LAMP", "status=ON|currentvalue=on"},
+    {"tutondo",
+     "SENDTUTONDOSETDATAGRAM\nSectionName: s\nCommand: VOLUME\nZone_Number: 3\nPayload: 20",
+     "TUTG-0000", "KITCHEN-RADIO", "status=ON|currentvalue=20"},
+    {"vivaldi",
+     "SENDVIVALDISETDATAGRAM\nSectionName: s\nCentralNumber: 1\nCommand: 1\nRC20_Number: 4\n"
+     "RC20_OnOff: 0\nRC20_Volume: 35\nRC20_High: 5\nRC20_Low: 5\nRC20_Channel: 1\nRC20_Cd: 1\n"
+     "RC20_Track: 1\nRC20_Tuner: 1",
+     "VIVG-0000", "BATH-RADIO", "status=OFF|currentvalue=35"},
+};
+
+TEST(State, OfAnElementFollowsTheDatagramsToItsAddress) {
+    for (const linked_row &row : LINKED) {
+        SCOPED_TRACE(row.request);
+        running_simulator simulator;
+        EXPECT_EQ(simulator.ask(std::string("lumo_") + row.gateway + "gateway.socket",
+                                std::string("Request: ") + row.request + "\n\n"),
+                  std::string("Response Status: ") + row.status + "\n");
+        EXPECT_EQ(
+            call_service(simulator.port, "getelementstatus",
+                         children(std::string("sessionid=DEMO-SESSION|idobject=") + row.element)),
+            wrap_response("getelementstatus",
+                          children(std::string("result=LMWS-000|") + row.left)));
+    }
+}
+
 TEST(State, IsPrintedAfterTheLastLine) {
     const temporary_directory directory;
     const run_result seen =
@@ -110,6 +168,19 @@ const wrong_state WRONG_STATES[] = {
     {R"({"sessions": {"A": 1}})", "'sessions': "},
     {R"({"schedules": [1]})", "'schedules': a record is no object"},
     {R"({"messages": "x"})", "'messages': "},
+    {R"({"links": []})", "'links': is no object"},
+    {R"({"links": {"eib 1/1/3": 7}})", "'links': "},
+    {R"({"links": {"bentel 1": "LIVING-LAMP"}})",
+     "'links': 'bentel 1' begins with none of eib, lintronic, vivaldi, tutondo\n"},
+    {R"({"links": {"1/1/3": "LIVING-LAMP"}})",
+     "'links': '1/1/3' begins with none of eib, lintronic, vivaldi, tutondo\n"},
+    {R"({"links": {"eib": "LIVING-LAMP"}})", "'links': 'eib' needs a blank and its Destination\n"},
+    {R"({"links": {"vivaldi 1": "LIVING-LAMP"}})",
+     "'links': 'vivaldi 1' needs a blank and its CentralNumber/RC20_Number\n"},
+    {R"({"links": {"vivaldi 1/": "LIVING-LAMP"}})", "'links': 'vivaldi 1/' needs a blank and "},
+    {R"({"links": {"vivaldi /1": "LIVING-LAMP"}})", "'links': 'vivaldi /1' needs a blank and "},
+    {R"({"links": {"eib 1/1/3": "LAMP"}})",
+     "'links': 'eib 1/1/3' leads to 'LAMP', which is no element\n"},
 };
 
 TEST(State, ThatIsWrongIsExplained) {
