@@ -1,4 +1,4 @@
-// Reads answers leniently: whatever is not understood is told by its size.
+// Reads answers leniently: an answer that it cannot read is described by its size.
 #include "simulator/answer_words.h"
 
 #include "simulator/envelope.h"

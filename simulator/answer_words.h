@@ -1,4 +1,4 @@
-// What the bytes of an answer say, in the words of the log: for answers that others made.
+// Describes the bytes of an answer from elsewhere in the words of the log.
 #pragma once
 
 #include "simulator/daemons.h"

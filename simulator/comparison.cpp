@@ -1,6 +1,6 @@
-// The comparison pairs rows with requests and prints what is left of either. In order it is the
-// longest common subsequence; in any order the rows that state most choose first, so that a row
-// without an answer never takes the request that another one needs.
+// Matches rows of the list with requests and prints those that remain. In order it takes the
+// longest common subsequence. In any order the most specific rows choose first, so that a row
+// without an answer never takes the request that another row needs.
 #include "simulator/comparison.h"
 
 #include "simulator/report.h"
@@ -12,10 +12,10 @@
 
 namespace {
 
-/// The pairs: for each row of the list the request that fits it, if any.
+/// For each row of the list the request that matches it, if any.
 using pair_list = std::vector<std::optional<std::size_t>>;
 
-/// A table of more cells than this is not made; the disagreement is shown as one block.
+/// Largest table of the longest common subsequence; beyond it the difference is one block.
 constexpr std::size_t MOST_CELLS = std::size_t{1} << 24U;
 
 struct index_range {
@@ -23,7 +23,7 @@ struct index_range {
     std::size_t last; ///< one past the end
 };
 
-/// Pairs what a longest common subsequence of both ranges has.
+/// Matches a longest common subsequence of both ranges.
 void pair_middle(const std::vector<listed_request> &list, const std::vector<journal_entry> &entries,
                  index_range rows, index_range asked, pair_list &pairs) {
     const std::size_t height = rows.last - rows.first;

@@ -1,4 +1,4 @@
-// What --expect tells at the end: the requests that a list names against those that came.
+// What --expect prints at the end: the expected requests compared with those that came.
 #pragma once
 
 #include "simulator/options.h"

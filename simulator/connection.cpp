@@ -35,7 +35,7 @@ stream_connection::~stream_connection() {
 void limit_time(const connection_ptr &connection, loop_clock::time_point moment) {
     connection->timer.expires_at(connection->loop.stopping ? loop_clock::now() : moment);
     connection->timer.async_wait([connection](const error_code &error) {
-        // The timer may have been set anew while this was on its way.
+        // The timer may have been restarted after this callback was queued.
         if (!error && connection->timer.expiry() <= loop_clock::now()) {
             error_code ignored;
             connection->socket.cancel(ignored);

@@ -26,15 +26,15 @@ using loop_timer =
 
 struct stream_connection;
 
-/// The one thread's loop, in which everything happens.
+/// The event loop of the only thread.
 struct event_loop {
     asio::io_context context{1};
     bool stopping = false;
     std::set<stream_connection *> connections;
 };
 
-/// A connection and everything that the other side sent, kept whole for the raw trace. It closes
-/// with the last reference to it; each operation that is under way holds one.
+/// A connection and all bytes that the client sent, kept for the raw trace. Each pending operation
+/// holds a reference; the last one closes the connection.
 struct stream_connection {
     stream_connection(event_loop &runs_in, stream_socket connected, std::size_t most_bytes,
                       std::chrono::milliseconds patience);
@@ -45,7 +45,7 @@ struct stream_connection {
     event_loop &loop;
     stream_socket socket;
     loop_timer timer;
-    loop_clock::time_point deadline; ///< end of the other side's time
+    loop_clock::time_point deadline; ///< of the whole request
     std::size_t limit;               ///< most bytes read
     std::string received;
     std::string sent;
@@ -54,11 +54,11 @@ struct stream_connection {
 
 using connection_ptr = std::shared_ptr<stream_connection>;
 
-/// Cancels what the socket does when the moment has come, or at once when the simulator shuts down.
-/// A later call takes the place of an earlier one.
+/// Cancels the socket's operations at a time, or at once when the simulator shuts down. A later
+/// call replaces an earlier one.
 void limit_time(const connection_ptr &connection, loop_clock::time_point moment);
 
-/// What the end of an operation means.
+/// The kind of an operation's result.
 arrival_kind arrival_of(const stream_connection &connection, const error_code &error);
 
 /// Waits for more bytes and appends them to `received`.
@@ -78,5 +78,5 @@ void wait(const connection_ptr &connection, std::chrono::milliseconds time,
 /// closing with unread bytes would reset the connection and could take the answer with it.
 void end_connection(const connection_ptr &connection);
 
-/// Ends whatever connections wait for.
+/// Cancels what all connections wait for.
 void stop_waiting(event_loop &loop);

@@ -1,6 +1,6 @@
-// The daemon table, and the requests that each gateway knows with their exact header lines: a new
-// gateway or function is rows here and nothing elsewhere. Prefixes and digit counts are those of
-// each daemon's own answers, which differ from the names that a client prints for the same numbers.
+// The daemon table, and the requests of each gateway with their exact header lines. A new gateway
+// or function needs rows here and nothing elsewhere. Prefixes and digit counts are those of each
+// daemon's own answers, which differ from the names that a client prints for the same numbers.
 #include "simulator/daemons.h"
 
 #include "simulator/fsmcore.h"

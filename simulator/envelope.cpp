@@ -28,11 +28,11 @@ constexpr std::array<namespace_declaration, 5> DECLARATIONS{
      {"xmlns:xsd", "http://www.w3.org/2001/XMLSchema"},
      {"xmlns:ns", SERVICE_NAMESPACE}}};
 
-/// Whitespace-only values count, and a document type is kept so that it can be refused.
+/// Keeps values of white space, and a document type so that it can be refused.
 constexpr unsigned PARSE_OPTIONS =
     pugi::parse_default | pugi::parse_ws_pcdata | pugi::parse_doctype;
 
-/// An entry of a header that must not be skipped, and the encoding that a body states.
+/// A header entry marked mustUnderstand, and the encoding style of a body.
 constexpr const char *MUST_UNDERSTAND =
     "*/@*[local-name()='mustUnderstand' and namespace-uri()='" ENVELOPE_NAMESPACE "' and .='1']";
 constexpr const char *ENCODING_STYLE =
@@ -166,7 +166,7 @@ std::string write_document(const pugi::xml_document &document) {
     std::ostringstream out;
     document.save(out, "", pugi::format_raw, pugi::encoding_utf8);
     std::string text = out.str();
-    // Written as it is, a carriage return would reach the reader as a line feed.
+    // XML parsers read a literal carriage return as a line feed.
     for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos;) {
         text.replace(at, 1, "&#13;");
     }

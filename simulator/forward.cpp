@@ -1,5 +1,5 @@
-// Forwarding. The bytes of a socket daemon's request go out as they came; a web request gets a
-// new head, since its own names this machine. HTTP/1.0 makes the server close after its answer.
+// Forwarding. The bytes of a socket daemon's request go out unchanged. A web request gets a new
+// head, since its own names this machine; HTTP/1.0 makes the server close after its answer.
 #include "simulator/forward.h"
 
 #include "simulator/answer_words.h"
@@ -15,10 +15,10 @@
 
 namespace {
 
-/// A daemon that answers without closing has ended its answer when it says no more for so long.
+/// An answer is complete when a daemon that keeps the connection open sends nothing for this long.
 constexpr std::chrono::milliseconds QUIET_TIME{500};
 
-/// What is asked, of whom, and for whom.
+/// One request on its way: what, to whom, and for which client.
 struct forwarded_question {
     connection_ptr real;
     std::string place;
@@ -98,7 +98,7 @@ void connect_next(const question_ptr &question) {
         [question](const error_code &error) { go_on_connected(question, error); });
 }
 
-/// The resolver's complaints in the words of the system.
+/// The resolver's errors in the system's words.
 std::string resolver_words(const error_code &error) {
     if (error == asio::error::host_not_found) {
         return gai_strerror(EAI_NONAME);
@@ -109,7 +109,7 @@ std::string resolver_words(const error_code &error) {
     return error.message();
 }
 
-/// The request anew: its method, the headers that a web service reads, and its body.
+/// The request rebuilt: its method, the headers that a web service reads, and its body.
 std::string web_request(const web_address &address, const passed_request &request) {
     const std::string path =
         request.path == SERVICE_PATH && !address.path.empty() ? address.path : request.path;

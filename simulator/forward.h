@@ -1,5 +1,4 @@
-// Answers of a real controller: each request goes to its sockets or to its web service, and what
-// came back is the answer.
+// Forwards each request to a real controller's sockets or web service, and its answer back.
 #pragma once
 
 #include "simulator/options.h"
@@ -8,14 +7,14 @@
 
 struct event_loop;
 
-/// An address of the form http://HOST[:PORT][/PATH], taken apart.
+/// The parts of an address of the form http://HOST[:PORT][/PATH].
 struct web_address {
     std::string host;
     std::string port;
     std::string path;
 };
 
-/// Takes an address apart; nothing when it has another form.
+/// Parses an address; nothing when it has another form.
 std::optional<web_address> read_web_address(const std::string &text);
 
 /// Whether the requests of this daemon go to a real one.

@@ -1,6 +1,6 @@
 // FSMCore requests are read by their announced lengths, not up to an empty line: a value may be
-// empty or hold line feeds. The simulated core knows every function name, since the functions of
-// a real one depend on its configuration, and returns the parameters it was given.
+// empty or hold line feeds. The simulated core accepts every function name, since the functions of
+// a real one depend on its configuration, and returns the parameters that it was given.
 #include "simulator/fsmcore.h"
 
 #include "simulator/text.h"
@@ -11,11 +11,11 @@
 
 namespace {
 
-/// More parameters than any client sends; keeps a wrong count from being waited for.
+/// More parameters than any client sends: a wrong count is refused, not waited for.
 constexpr int MOST_PARAMETERS = 1000;
 
-/// A request that is taken apart from its beginning. A take that fails has met its end, which may
-/// not have arrived yet, or something to complain about.
+/// A request that is parsed from its beginning. A take fails at the end of what has arrived so far,
+/// without a complaint, or at a mistake.
 struct fsmcore_request {
     std::string_view rest;
     std::string_view function = {};
@@ -119,7 +119,7 @@ std::string describe_request(const fsmcore_request &request, std::string_view re
     return text;
 }
 
-/// An empty parameter is its length line alone: its tag line would be taken for the next length.
+/// An empty parameter is its length line alone: clients would read a tag line as the next length.
 std::string frame_parameters(const std::vector<std::string_view> &parameters) {
     std::string answer = "Parameter Count: " + std::to_string(parameters.size()) + "\n";
     for (std::size_t i = 0; i < parameters.size(); ++i) {

@@ -20,7 +20,7 @@ constexpr std::uint32_t HEAD_LIMIT = 64 * 1024;
 constexpr const char *ANSWER_TYPE = "text/xml; charset=utf-8";
 constexpr const char *ACTION = "\"urn:xmethods-lumows\"";
 
-/// What a web service reads of a request's head.
+/// The request headers that a web service reads.
 constexpr std::array PASSED_HEADERS{"Content-Type", "SOAPAction", "User-Agent", "Authorization",
                                     "Cookie"};
 
@@ -32,7 +32,7 @@ struct http_answer {
     const char *policy = nullptr;
 };
 
-/// What the bytes so far say: each time from their start, which keeps nothing between them.
+/// Parses the bytes so far, each time from their start, so that no state is kept in between.
 struct http_reading {
     explicit http_reading(std::string_view received) {
         parser.eager(true);

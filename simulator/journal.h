@@ -1,5 +1,5 @@
-// What was asked and answered: every request passes here once, on its way to the log, to the
-// recording, to the comparison at the end and to those who watch.
+// The requests and answers: each passes here once, on its way to the log, the recording, the
+// comparison at the end and the browser pages.
 #pragma once
 
 #include "simulator/daemons.h"

@@ -1,5 +1,5 @@
-// Sockets and their files. Two instances in one directory are kept apart by a lock; a socket of
-// another program is told from a left-over one by connecting to it.
+// Sockets and their files. A lock keeps two instances out of one directory; connecting shows
+// whether another program serves a socket or it is stale.
 #include "simulator/listeners.h"
 
 #include "simulator/http_front.h"
@@ -27,8 +27,8 @@ std::string error_text(const std::string &what) {
     return what + ": " + std::strerror(errno); // NOLINT(concurrency-mt-unsafe): one thread yet
 }
 
-/// Takes the lock. The file is removed by the holder at its end, so a lock that was got on a
-/// file that is no longer there counts for nothing and is tried again.
+/// Takes the lock. Its holder removes the file at the end, so a lock on a file that has been
+/// removed is no lock and is tried again.
 std::string take_lock(const std::string &directory, listener_set &listeners) {
     const std::string path = directory + "/" + LOCK_FILE;
     while (true) {
@@ -53,7 +53,7 @@ std::string take_lock(const std::string &directory, listener_set &listeners) {
     }
 }
 
-/// Makes way for a socket file: removes one that nobody listens on any more.
+/// Removes a stale socket file.
 std::string clear_path(event_loop &loop, const std::string &path,
                        const any_protocol::endpoint &place) {
     struct stat found {};
@@ -73,8 +73,8 @@ std::string clear_path(event_loop &loop, const std::string &path,
     return unlink(path.c_str()) == 0 ? "" : error_text("cannot replace " + path);
 }
 
-/// A socket that is bound alone refuses connections and tells nobody. But whoever finds its file to
-/// connect is noted as an access to it. Whether somebody was, since the last call.
+/// Whether somebody tried to connect since the last call. A socket that is bound but does not
+/// listen refuses connections without notice, but each attempt updates its file's access time.
 bool was_accessed(const std::string &path) {
     struct stat found {};
     if (lstat(path.c_str(), &found) != 0 || found.st_atim.tv_sec == 0) {
@@ -84,7 +84,7 @@ bool was_accessed(const std::string &path) {
     return utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-/// Whether the directory is in a file system that notes accesses: finds out by connecting.
+/// Whether the file system keeps access times: finds out by connecting.
 bool can_count(event_loop &loop, const std::string &path, const any_protocol::endpoint &place) {
     was_accessed(path);
     stream_socket probe(loop.context, place.protocol());
@@ -93,8 +93,7 @@ bool can_count(event_loop &loop, const std::string &path, const any_protocol::en
     return was_accessed(path);
 }
 
-/// Binds and lets it listen, unless its daemon refuses connections: bound alone, the system
-/// refuses them.
+/// Binds and listens. Where the daemon refuses connections it only binds: the kernel refuses them.
 error_code start_listening(stream_acceptor &acceptor, const any_protocol::endpoint &place,
                            bool refuses) {
     error_code error;

@@ -1,5 +1,5 @@
-// The lumosim program: reads the options and the files that they name, serves until a signal comes,
-// and writes what is to be left.
+// The lumosim program: reads the options and their files, serves until a signal comes, and writes
+// the files that were asked for.
 #include "simulator/comparison.h"
 #include "simulator/options.h"
 #include "simulator/report.h"
@@ -59,7 +59,7 @@ std::string prepare(test_bench &bench, std::vector<listed_request> &expected) {
     return complaint;
 }
 
-/// Writes what is left to write after the last request. Returns the exit status.
+/// Writes the files and the comparison after the last request. Returns the exit status.
 int conclude(test_bench &bench, const std::vector<listed_request> &expected) {
     const simulator_settings &settings = bench.settings;
     int status = EXIT_STOPPED;
@@ -91,7 +91,7 @@ int serve_bench(const simulator_settings &settings, script_run &script) {
     return complaint.empty() ? conclude(bench, expected) : complain(complaint);
 }
 
-/// The status with a command: of several, the one that is nearest to the command.
+/// The exit status with a command: the command's own first, then a signal, then the simulator's.
 int script_status(const script_run &script, int status) {
     if (script.status != 0) {
         return script.status;
@@ -102,7 +102,7 @@ int script_status(const script_run &script, int status) {
     return status == EXIT_CANNOT_START ? EXIT_SIMULATOR_FAILED : status;
 }
 
-/// Where a fresh directory is made: not where the paths of its sockets would be too long.
+/// Where a fresh directory is made; /tmp where the paths of its sockets would be too long.
 std::string place_for_directories() {
     constexpr std::size_t longest_place = 60;
     std::error_code error;
@@ -111,7 +111,7 @@ std::string place_for_directories() {
 }
 
 int run(simulator_settings &settings) {
-    // A reader of the log that went away is no reason to end.
+    // The simulator goes on when the reader of its log has gone.
     std::signal(SIGPIPE, SIG_IGN);
     choose_log_format(settings.log_format);
     script_run script;
@@ -119,7 +119,7 @@ int run(simulator_settings &settings) {
         return serve_bench(settings, script);
     }
     log_to_errors();
-    // Several tests run side by side unless they are told where.
+    // A directory and a port of its own, so that several tests can run at once.
     const bool fresh = settings.directory.empty();
     if (fresh) {
         settings.directory = place_for_directories() + "/lumosim-XXXXXX";

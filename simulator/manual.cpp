@@ -1,6 +1,6 @@
-// Fills the simulator's manual page or, with any argument, a completion: every @NAME@ of the
-// template is replaced by what follows from the tables. Run by the build, which stops when the page
-// describes other options than there are.
+// Fills the simulator's manual page or, with any argument, a completion: replaces every @NAME@ of
+// the template by text from the tables. The build runs it, and fails when the page describes other
+// options than there are.
 #include "simulator/home.h"
 #include "simulator/options.h"
 #include "simulator/text.h"
@@ -140,7 +140,7 @@ constexpr page_filling COMPLETION_FILLINGS[] = {
     {"@DAEMONS@", daemon_names},
 };
 
-/// What the options do is told at length by hand; that none is forgotten is seen to here.
+/// The descriptions are written by hand; this checks that no option is missing.
 void compare_options(const std::string &page) {
     std::string expected;
     for (const option_row &option : OPTIONS) {

@@ -131,7 +131,7 @@ constexpr option_row OPTION_ROWS[] = {
 };
 // clang-format on
 
-/// Tells a daemon what the two sides of DAEMON=TEXT say.
+/// Applies DAEMON=TEXT to the daemon.
 std::string tell_daemon(const option_row &option, simulator_settings &settings,
                         text_argument argument) {
     const std::size_t equals = std::min(argument.find('='), argument.size());
@@ -150,7 +150,7 @@ std::string tell_daemon(const option_row &option, simulator_settings &settings,
                        argument.substr(std::min(equals + 1, argument.size())));
 }
 
-/// A daemon answers in one way only.
+/// Refuses two ways of answering for one daemon.
 std::string find_conflict(const simulator_settings &settings) {
     for (const daemon_row &daemon : DAEMONS) {
         const told_behaviour &told = settings.behaviours[row_of(daemon)];

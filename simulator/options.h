@@ -49,7 +49,7 @@ struct option_row {
     std::string (*tell)(told_behaviour &told,
                         const std::string &text) = nullptr; ///< where it begins DAEMON
     std::string (*help_end)() = nullptr; ///< closes the help with what is stated elsewhere
-    bool alone = false;                  ///< given to be told something, not to serve
+    bool alone = false;                  ///< prints something instead of serving
 };
 
 extern const std::span<const option_row> OPTIONS;

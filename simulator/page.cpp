@@ -1,4 +1,4 @@
-// The event stream. Every event is the whole picture, so that a page that lost some has no gap.
+// The event stream. Every event has the whole state, so that a page that lost some has no gap.
 #include "simulator/page.h"
 
 #include "page_text.h"

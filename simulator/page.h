@@ -1,5 +1,5 @@
-// The window in a browser: the page at / and the stream of what happens at /events. Those who
-// watch are no clients: nothing of theirs is logged, recorded or compared.
+// The page in a browser, at /, and its event stream, at /events. Requests of the page are not
+// logged, recorded or compared.
 #pragma once
 
 #include "simulator/bench.h"

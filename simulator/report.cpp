@@ -1,5 +1,5 @@
-// Owns standard output. A reader that went away is no reason to stop serving, so a failed write
-// is let go.
+// Owns standard output. Failed writes are ignored: the simulator goes on serving when the reader of
+// its log has gone.
 #include "simulator/report.h"
 
 #include <array>
@@ -14,7 +14,7 @@ namespace {
 log_format_kind chosen_format = log_format_kind::TEXT;
 std::FILE *log_file = stdout;
 
-/// The moment in universal time, such as 2026-11-21T08:15:00.250Z.
+/// The time in UTC, such as 2026-11-21T08:15:00.250Z.
 std::string moment() {
     using namespace std::chrono;
     const auto now = time_point_cast<milliseconds>(system_clock::now());

@@ -1,5 +1,5 @@
-// Everything that the simulator prints but its complaints: whole lines, flushed, as text or as
-// JSON objects.
+// Everything that the simulator prints, except errors: whole lines, flushed, as text or as JSON
+// objects.
 #pragma once
 
 #include <optional>
@@ -30,7 +30,7 @@ void print_log(const log_line &line);
 /// The bytes of a file; nothing when it cannot be read.
 std::optional<std::string> file_bytes(const std::string &path);
 
-/// Writes a file beside its place and renames it, so that whoever sees it sees all of it.
+/// Writes a temporary file and renames it, so that readers never see half of it.
 bool write_file(const std::string &path, const std::string &text);
 
 /// Prints the text as it is on standard output.

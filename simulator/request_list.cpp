@@ -1,5 +1,5 @@
-// Lists of requests. A line is never taken apart into a request and its outcome, since either may
-// hold an arrow: it is compared with what the log would print.
+// Lists of requests. A line is not split into request and outcome, since either may hold an arrow:
+// it is compared with what the log would print.
 #include "simulator/request_list.h"
 
 #include "simulator/text.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Lines of a log that tell of no request.
+/// Lines of a log that are no requests.
 constexpr std::array<std::string_view, 2> BARE_LINES{"ready", "stopped"};
 constexpr std::array<std::string_view, 3> PLACE_LINES{" listens on ", " refuses on ", " <- "};
 constexpr std::array<std::string_view, 4> NOTES{
@@ -66,7 +66,7 @@ std::string add_line(const std::string &line, std::vector<listed_request> &list)
     return "'" + show_value(line) + "' is no line of the log";
 }
 
-/// What the row's line says after the request; empty when it names the request alone.
+/// The row's outcome; empty when its line has the request alone.
 std::string_view listed_outcome(const listed_request &row, const journal_entry &entry) {
     const std::string opening = request_words(entry) + std::string(ARROW);
     return row.line.starts_with(opening) ? std::string_view(row.line).substr(opening.size())

@@ -14,7 +14,7 @@ struct listed_request {
     std::optional<std::string> answer; ///< the bytes of the answer, where the list holds them
 };
 
-/// How much of a request a row of a list states.
+/// How specific a row is.
 enum class list_fit { NONE, REQUEST, OUTCOME, REQUEST_AND_BYTES, OUTCOME_AND_BYTES };
 
 /// Reads a list. Returns what is wrong with it, empty when nothing is.
@@ -31,6 +31,6 @@ struct replay_list {
     std::vector<bool> used;
 };
 
-/// Replaces the answer by the recorded one. Of several to the same request each is used once and
-/// the last one stays; a request that was not recorded keeps its answer, with a remark.
+/// Replaces the answer by the recorded one. Several for the same request are used in turn, and the
+/// last one stays. A request that was not recorded keeps its answer, with a remark.
 void replay_answer(replay_list &replay, const daemon_row &daemon, exchange_result &exchange);

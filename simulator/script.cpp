@@ -15,12 +15,12 @@ constexpr int SCRIPT_NOT_STARTED = 126;
 constexpr int SCRIPT_NOT_FOUND = 127;
 constexpr int SIGNAL_STATUS = 128;
 
-/// Names the simulator to the command. The program beside the simulator is the one that is found.
+/// Sets the command's environment, with the simulator's own directory first in PATH.
 void set_environment(const std::string &directory, const std::string &url) {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
     const char *path = std::getenv("PATH"); // NOLINT(concurrency-mt-unsafe): one thread
-    // Without /proc it is not known; an empty place in PATH would be the current directory.
+    // Unknown without /proc; an empty entry in PATH would be the current directory.
     const std::string leading = error ? "" : program.parent_path().string() + ":";
     // NOLINTBEGIN(concurrency-mt-unsafe)
     setenv("PATH", (leading + (path == nullptr ? "/usr/bin:/bin" : path)).c_str(), 1);
@@ -40,7 +40,7 @@ std::string start_script(script_run &script, const std::vector<std::string> &com
         words.push_back(const_cast<char *>(word.c_str())); // as execv wants them
     }
     words.push_back(nullptr);
-    // The simulator ignores this signal, which is none of the command's concern.
+    // The simulator ignores this signal; the command must not inherit that.
     sigset_t usual;
     sigemptyset(&usual);
     sigaddset(&usual, SIGPIPE);

@@ -11,10 +11,10 @@ struct script_run {
     int signal = 0; ///< the last that was passed on
 };
 
-/// Starts the command, which finds the simulator in its environment. Returns what kept it from
-/// starting, with the status for that; empty when nothing did.
+/// Starts the command, with the simulator's places in its environment. Returns an error message and
+/// the exit status for it; empty when it runs.
 std::string start_script(script_run &script, const std::vector<std::string> &command,
                          const std::string &directory, const std::string &url);
 
-/// Passes a signal on, or reads what SIGCHLD tells. Whether the command has ended.
+/// Passes a signal on, or reaps the command after SIGCHLD. Whether it has ended.
 bool take_signal(script_run &script, int number);

@@ -1,5 +1,5 @@
-// One thread does everything: each step of a conversation ends with an operation that calls the
-// next step when it is done. What is under way keeps its session alive; the last one closes it.
+// One thread serves all: each step of a conversation starts an operation that calls the next step
+// when it is done. Pending operations keep their session alive; the last one closes it.
 #include "simulator/server.h"
 
 #include "simulator/forward.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// More connections at once than this are closed unserved.
+/// Further connections are closed without an answer.
 constexpr std::size_t MOST_CONNECTIONS = 256;
 
 /// Pause after a failed accept, which is most likely a lack of descriptors.
@@ -44,7 +44,8 @@ void finish(const session_ptr &session) {
     });
 }
 
-/// Replaces the proper answer as the daemon was told; others answer only where it was told nothing.
+/// Replaces the answer as the daemon was told; replay and forwarding apply where it was told
+/// nothing.
 void choose_answer(const session_ptr &session) {
     test_bench &bench = session->server.bench;
     const daemon_row &daemon = session->conversation.daemon;
@@ -167,8 +168,8 @@ void serve_listener(simulator_server &server, daemon_listener &listener) {
     }
 }
 
-/// Serves until a signal comes. With a command, that is the one that tells of its end; it decides
-/// itself what to do about others.
+/// Serves until a signal comes, with a command until its end: the other signals are passed on to
+/// it.
 void await_end(simulator_server &server, asio::signal_set &signals) {
     signals.async_wait([&server, &signals](const error_code &, int number) {
         script_run &script = server.bench.script;
@@ -183,7 +184,7 @@ void await_end(simulator_server &server, asio::signal_set &signals) {
     });
 }
 
-/// A connection that cannot be served for lack of memory must not take the others with it.
+/// Lack of memory for one connection must not end the others.
 void run(simulator_server &server) {
     while (!server.loop.context.stopped()) {
         try {

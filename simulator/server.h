@@ -4,7 +4,6 @@
 
 #include "simulator/bench.h"
 
-/// Opens everything, says so, and serves until SIGINT or SIGTERM, or the end of the command, to
-/// which those signals are passed on. Then the conversations end.
-/// Returns what kept it from serving; empty when nothing did.
+/// Listens, prints where, and serves until SIGINT or SIGTERM or, with a command, until its end; the
+/// signals are passed on to it. Returns an error message; empty when it has served.
 std::string serve(test_bench &bench);

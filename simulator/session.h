@@ -9,7 +9,7 @@ struct simulator_server {
     event_loop loop = {};
     listener_set listeners = {};
     std::set<struct client_session *> sessions = {};
-    const daemon_row *at_work = DAEMONS.data(); ///< what an exception is blamed on
+    const daemon_row *at_work = DAEMONS.data(); ///< named in the message about an exception
 };
 
 /// One client of a daemon.

@@ -1,5 +1,5 @@
-// State files. Each part of the home is a row with its reader and its writer; a part, or a field
-// of one, that no row knows is an error, since it would be a misspelt one.
+// State files. Each part of the home is a row with its reader and its writer. Unknown parts and
+// fields are errors, since they may be misspelt.
 #include "simulator/state.h"
 
 #include "simulator/gateway.h"

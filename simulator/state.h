@@ -1,4 +1,4 @@
-// The home as a file: what --state starts from and --state-out leaves.
+// The home as a file, for --state and --state-out.
 #pragma once
 
 #include "simulator/home.h"

@@ -1,11 +1,11 @@
-// Those who watch in a browser: each gets an event for every change.
+// Browser pages: each gets an event for every change.
 #include "simulator/http_front.h"
 #include "simulator/page.h"
 #include "simulator/session.h"
 
 namespace {
 
-/// How often a watcher that went away without a word is noticed.
+/// How often pages that disappeared without closing are looked for.
 constexpr std::chrono::milliseconds STILL_HERE_TIME{15000};
 constexpr std::chrono::milliseconds NO_TIME{0};
 
