@@ -48,11 +48,6 @@ std::vector<function_row> read_table() {
     return rows;
 }
 
-/// LINTRONIC demands two and three characters.
-std::string value_for(const std::string &name, std::size_t index) {
-    return std::to_string((name == "Device" ? 10 : 100) + index);
-}
-
 /// What the program sends to its peer.
 std::string sent_request(const function_row &row, const std::string &list) {
     const temporary_directory directory;
@@ -76,9 +71,9 @@ TEST(CompletionTable, NamesWhatTheProgramSends) {
         const std::string all = std::regex_replace(row.list, std::regex("[\\[\\]]"), "");
         const std::vector<std::string> items =
             all == "-" ? std::vector<std::string>() : protocol::entries_of(all);
-        std::vector<std::string> values;
+        std::vector<std::string> values; // of the two and three characters that LINTRONIC demands
         for (const std::string &item : items) {
-            values.push_back(value_for(item, values.size()));
+            values.push_back(std::to_string((item == "Device" ? 10 : 100) + values.size()));
         }
         const std::string request = sent_request(row, protocol::joined(values, "|"));
         EXPECT_NE(request, "");
@@ -149,10 +144,6 @@ const shell SHELLS[] = {
      {"env", "XDG_CONFIG_HOME=@/config", "XDG_DATA_HOME=@/data", "fish", "-i"}},
 };
 
-void PrintTo(const shell &tested, std::ostream *out) {
-    *out << tested.name;
-}
-
 /// What a shell does with a line when asked to complete it.
 struct answer {
     std::string shown; ///< below the line
@@ -174,47 +165,35 @@ class Completion : public testing::TestWithParam<shell> {
         terminal_->shown_until(PROMPT);
     }
 
-    bool is_fish() const {
-        return std::string(GetParam().name) == "fish";
-    }
-
     /// Types the line and its rest, goes back to the start of the rest, and presses TAB.
     answer complete(const std::string &line, const std::string &rest = "") {
         terminal_->type(line + rest + std::string(rest.size(), BACK) + TAB + PROBE);
         std::string shown = terminal_->shown_until("<<");
-        std::string now = terminal_->shown_until(">>");
+        const std::string now = terminal_->shown_until(">>");
         terminal_->type(std::string(1, CLEAR_LINE));
-        shown.resize(shown.size() - 2);
-        now.resize(now.size() - 2);
-        // Without the line typed and its later redrawings.
-        shown.erase(0, shown.find('\n'));
-        return {std::regex_replace(shown, std::regex("\n" + std::string(PROMPT) + "[^\n]*"), ""),
-                now};
+        // Without the line typed, its later redrawings and the mark of the probe.
+        const std::regex typed("^[^\n]*|\n" + std::string(PROMPT) + "[^\n]*|<<$");
+        return {std::regex_replace(shown, typed, ""), now.substr(0, now.size() - 2)};
     }
 
-    /// The candidates, each at the start of a line; fish tells them with their descriptions.
+    /// The candidates, one or more in a line; fish tells them with their descriptions.
     std::string candidates(const std::string &line) {
-        if (!is_fish()) {
+        if (!is_fish_) {
             return complete(line).shown;
         }
-        const std::string script =
-            std::string(LUMOCMD_COMPLETIONS) + "/" + line.substr(0, line.find(' ')) + ".fish";
+        const std::string name = line.substr(0, line.find(' '));
         const run_result run =
             harness::run({"env", "HOME=" + home_.path, "XDG_CONFIG_HOME=" + home_.path + "/none",
                           "XDG_DATA_HOME=" + home_.path + "/data", "fish", "-c",
-                          "source $argv[1]; complete -C $argv[2]", script, line});
+                          "source $argv[1]; complete -C $argv[2]",
+                          LUMOCMD_COMPLETIONS "/" + name + ".fish", line});
         EXPECT_EQ(run.errors, "");
-        return "\n" + run.output;
+        return run.output;
     }
 
-    /// The candidates, by their words.
     names offered(const std::string &line) {
-        std::string shown = candidates(line);
-        if (is_fish()) {
-            shown = std::regex_replace(shown, std::regex("\t[^\n]*"), "");
-        }
-        std::istringstream text(shown);
-        return {std::istream_iterator<std::string>(text), {}};
+        std::istringstream words(std::regex_replace(candidates(line), std::regex("\t[^\n]*"), ""));
+        return {std::istream_iterator<std::string>(words), {}};
     }
 
     /// The text is shown for this line, and TAB does not change the line.
@@ -222,10 +201,11 @@ class Completion : public testing::TestWithParam<shell> {
         SCOPED_TRACE(line);
         EXPECT_EQ(complete(line).line, line);
         const std::string shown = candidates(line);
-        EXPECT_NE(shown.find((is_fish() ? "\t" : "\n") + text), std::string::npos) << shown;
+        EXPECT_NE(shown.find((is_fish_ ? "\t" : "\n") + text), std::string::npos) << shown;
     }
 
     const temporary_directory home_;
+    const bool is_fish_ = std::string(GetParam().name) == "fish";
 
   private:
     std::unique_ptr<terminal> terminal_;
@@ -254,16 +234,14 @@ TEST_P(Completion, OffersTheOptionsOfBothPrograms) {
 }
 
 TEST_P(Completion, OffersTheTypesThatDoSomethingAndTheirFunctions) {
-    std::map<std::string, names> functions;
-    for (const protocol::request_type_row &row : protocol::request_types_that(
-             [](const protocol::request_type_row &each) { return each.carried; })) {
-        functions[row.keyword] = {};
-    }
     names types;
-    for (const auto &[type, none] : functions) {
-        types.insert(type);
+    for (const protocol::request_type_row &row : protocol::request_types()) {
+        if (row.carried) {
+            types.insert(row.keyword);
+        }
     }
     EXPECT_EQ(offered("lumocmd -t "), types);
+    std::map<std::string, names> functions;
     for (const function_row &row : read_table()) {
         functions[row.type].insert(row.function);
     }
@@ -286,7 +264,7 @@ TEST_P(Completion, HintsTheParameterListWithoutInsertingIt) {
         expect_hint(line + " -p \"hall|", row.list);
     }
     const std::string line = "lumocmd -t SOAP -f SERVICE_TEST -p ";
-    if (is_fish()) { // shows nothing without a candidate
+    if (is_fish_) { // shows nothing without a candidate
         EXPECT_EQ(offered(line), names{});
     } else {
         expect_hint(line, "(no parameters)");
@@ -363,7 +341,7 @@ TEST_P(Completion, CompletesWhatHasOneEnding) {
             return std::regex_replace(text, std::regex(" +(?= |$)"), "");
         };
         const char *wanted = each.wanted == nullptr ? each.line : each.wanted;
-        wanted = is_fish() && each.in_fish != nullptr ? each.in_fish : wanted;
+        wanted = is_fish_ && each.in_fish != nullptr ? each.in_fish : wanted;
         EXPECT_EQ(without_blanks(given.line), without_blanks(filled(wanted, texts)));
         if (each.wanted == nullptr) {
             EXPECT_EQ(given.shown.find("DATAGRAM"), std::string::npos) << given.shown;
