@@ -61,15 +61,6 @@ TEST(FsmcoreRequest, HasTheCountAndTheWaitTimeThatItIsGiven) {
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
-TEST(FsmcoreRequest, IsTakenAsSentWhenAPartOfItIs) {
-    const meeting_point point(LOCAL.where, {expect("Request"), reply(GOOD_ANSWER)});
-    watched_client client;
-    client.send_at_most = strlen("Request");
-    EXPECT_EQ(call(LOCAL, point, &client, "F", {"a"}).status, 0);
-    EXPECT_EQ(client.sends, 1);
-    EXPECT_EQ(point.daemon->finish(), "");
-}
-
 TEST(FsmcoreRequest, SaysWhyTheConnectionFailed) {
     struct {
         int message;

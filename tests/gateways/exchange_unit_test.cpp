@@ -64,16 +64,6 @@ TEST(GatewayExchange, SendsValuesAsTheyAre) {
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
-TEST(GatewayExchange, TakesAShortSendForSuccess) {
-    const gateway_row &x = any_gateway();
-    const meeting_point point(x.where, {expect("Request"), reply(answer(x, "0"))});
-    watched_client client;
-    client.send_at_most = strlen("Request");
-    EXPECT_EQ(run_exchange(x, point, &client, usual_function(x)).status, 0);
-    EXPECT_EQ(client.sends, 1);
-    EXPECT_EQ(point.daemon->finish(), "");
-}
-
 TEST(GatewayExchange, SendsUpTo1023Characters) {
     const words values(std::size(NUMBERED_VALUES), "v");
     for (const gateway_row *x : GATEWAYS) {
