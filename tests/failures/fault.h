@@ -1,0 +1,39 @@
+// Runs lumocmd with one of its calls failing, and tells what it called.
+
+#pragma once
+
+#include "tests/harness/process.h"
+
+#include <string>
+
+namespace failure_tests {
+
+/// A call that fails. The default lets every call pass.
+struct fault {
+    std::string call = "";
+    int number = 1;       ///< which of the calls of this name, from 1
+    int error = 0;        ///< its error number
+    int limit = -1;       ///< without an error: the most bytes that it takes
+    bool onwards = false; ///< all later calls of this name fail as well
+};
+
+struct faulty_run {
+    harness::run_result run;
+    harness::words journal; ///< "name number" of each call, in order
+    harness::words hits;    ///< the lines of the calls that failed
+    harness::words records; ///< what went to the system log: "priority text"
+};
+
+faulty_run lumocmd_with(const fault &wanted, const harness::words &arguments,
+                        harness::start_options options = {});
+
+/// The names of the calls in their order, but for allocations, each with a blank behind it.
+std::string calls_of(const faulty_run &seen);
+
+/// Why no call of the program under test can be made to fail; empty when it can.
+std::string unreachable_reason();
+
+/// For messages of failing rows.
+std::string described(const fault &wanted);
+
+} // namespace failure_tests

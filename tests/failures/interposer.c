@@ -1,0 +1,253 @@
+/* Loaded into lumocmd before libc: one chosen call of a run fails, takes less than asked or finds
+ * no memory, and a journal tells what was called: a line per call, its name and its number among
+ * the calls of that name. What happens before main belongs to the loader and is left alone.
+ *
+ * FAULT_JOURNAL   file that becomes the journal
+ * FAULT_CALL      name of the call that fails; "allocation" stands for every allocating call
+ * FAULT_NUMBER    which one of them, from 1
+ * FAULT_ERROR     its error number, or 0
+ * FAULT_LIMIT     without an error: the most bytes that it takes
+ * FAULT_ONWARDS   set when all later ones fail as well
+ */
+
+#define _GNU_SOURCE
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <link.h>
+#include <netdb.h>
+#include <poll.h>
+#include <stdarg.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/select.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+/* libc's own allocator, under the names that nobody interposes. */
+extern void *__libc_malloc(size_t size);
+extern void *__libc_calloc(size_t count, size_t size);
+extern void *__libc_realloc(void *block, size_t size);
+
+static const char *faulty_call = "";
+static int faulty_number;
+static int faulty_error;
+static size_t most_bytes = SIZE_MAX;
+static int onwards;
+
+static int armed;
+static int journal;
+static uintptr_t program_start;
+static uintptr_t program_end;
+
+#define CALL_NAMES 32
+static struct {
+    const char *name;
+    int count;
+} calls[CALL_NAMES];
+
+__attribute__((format(printf, 1, 2))) static void note(const char *format, ...) {
+    char text[512];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    if (length < 0 || syscall(SYS_write, journal, text, length) != length) {
+        abort(); /* a truncated journal must not pass for a short one */
+    }
+}
+
+/* Counts a call and enters it; true when it is one that fails. */
+static int is_chosen(const char *name, const char *detail) {
+    if (!armed) {
+        return 0;
+    }
+    int at = 0;
+    while (calls[at].name != NULL && strcmp(calls[at].name, name) != 0) {
+        if (++at == CALL_NAMES) {
+            abort();
+        }
+    }
+    calls[at].name = name;
+    const int number = ++calls[at].count;
+    const int chosen = strcmp(name, faulty_call) == 0 &&
+                       (number == faulty_number || (onwards && number > faulty_number));
+    note("%s%s %d%s\n", chosen ? "! " : "", name, number, detail);
+    return chosen;
+}
+
+static int fails(const char *name) {
+    if (!is_chosen(name, "")) {
+        return 0;
+    }
+    errno = faulty_error;
+    return 1;
+}
+
+/* How many of `length` bytes a call takes; -1 with errno when it fails outright. */
+static ssize_t bytes_left(const char *name, size_t length) {
+    if (!is_chosen(name, "")) {
+        return (ssize_t)length;
+    }
+    errno = faulty_error;
+    return faulty_error != 0 ? -1 : (ssize_t)(most_bytes < length ? most_bytes : length);
+}
+
+/* ------------------------------------------------------------------------------------------------
+ * The kernel */
+
+/* A call that fails or goes on to libc's own. */
+#define WATCHED(name, parameters, arguments)                                                       \
+    int name parameters {                                                                          \
+        int(*next) parameters = __extension__(int(*) parameters) dlsym(RTLD_NEXT, #name);          \
+        return fails(#name) ? -1 : next arguments;                                                 \
+    }
+
+WATCHED(socket, (int domain, int type, int protocol), (domain, type, protocol))
+WATCHED(connect, (int one, __CONST_SOCKADDR_ARG address, socklen_t size), (one, address, size))
+WATCHED(poll, (struct pollfd * watched, nfds_t count, int limit), (watched, count, limit))
+WATCHED(select, (int count, fd_set *in, fd_set *out, fd_set *odd, struct timeval *limit),
+        (count, in, out, odd, limit))
+WATCHED(setsockopt, (int one, int level, int option, const void *value, socklen_t size),
+        (one, level, option, value, size))
+WATCHED(getsockopt, (int one, int level, int option, void *value, socklen_t *size),
+        (one, level, option, value, size))
+WATCHED(shutdown, (int one, int how), (one, how))
+
+int open(const char *path, int flags, ...) {
+    return fails("open") ? -1 : (int)syscall(SYS_openat, AT_FDCWD, path, flags, 0);
+}
+
+int fcntl(int descriptor, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    const long argument = va_arg(arguments, long);
+    va_end(arguments);
+    return fails("fcntl") ? -1 : (int)syscall(SYS_fcntl, descriptor, command, argument);
+}
+
+/* Linux gives the descriptor free even when it reports a failure. */
+int close(int descriptor) {
+    const int failed = fails("close");
+    const int result = (int)syscall(SYS_close, descriptor);
+    errno = failed ? faulty_error : errno;
+    return failed ? -1 : result;
+}
+
+ssize_t send(int descriptor, const void *bytes, size_t length, int flags) {
+    const ssize_t left = bytes_left("send", length);
+    return left < 0 ? left : syscall(SYS_sendto, descriptor, bytes, left, flags, NULL, 0);
+}
+
+ssize_t recv(int descriptor, void *bytes, size_t length, int flags) {
+    const ssize_t left = bytes_left("recv", length);
+    return left < 0 ? left : syscall(SYS_recvfrom, descriptor, bytes, left, flags, NULL, NULL);
+}
+
+/* The error number is one of getaddrinfo's own. */
+int getaddrinfo(const char *node, const char *service, const struct addrinfo *hints,
+                struct addrinfo **result) {
+    int (*next)(const char *, const char *, const struct addrinfo *, struct addrinfo **) =
+        __extension__(__typeof__(next)) dlsym(RTLD_NEXT, "getaddrinfo");
+    return fails("getaddrinfo") ? -faulty_error : next(node, service, hints, result);
+}
+
+/* ------------------------------------------------------------------------------------------------
+ * Memory */
+
+static int finds_no_memory(const char *name, size_t size, const void *caller) {
+    const uintptr_t from = (uintptr_t)caller;
+    const char *who = from >= program_start && from < program_end ? "program" : "library";
+    char detail[64];
+    snprintf(detail, sizeof detail, " %s %s %zu", who, name, size);
+    if (!is_chosen("allocation", detail)) {
+        return 0;
+    }
+    errno = ENOMEM;
+    return 1;
+}
+
+#define FINDS_NO_MEMORY(name, size)                                                                \
+    (armed && finds_no_memory(name, size, __builtin_return_address(0)))
+
+void *malloc(size_t size) {
+    return FINDS_NO_MEMORY("malloc", size) ? NULL : __libc_malloc(size);
+}
+
+void *calloc(size_t count, size_t size) {
+    return FINDS_NO_MEMORY("calloc", count * size) ? NULL : __libc_calloc(count, size);
+}
+
+void *realloc(void *block, size_t size) {
+    return FINDS_NO_MEMORY("realloc", size) ? NULL : __libc_realloc(block, size);
+}
+
+/* ------------------------------------------------------------------------------------------------
+ * The system log */
+
+static void record(int priority, const char *format, va_list arguments) {
+    char text[256];
+    const int length = vsnprintf(text, sizeof text, format, arguments);
+    const int is_line = length > 0 && text[length - 1] == '\n';
+    note("syslog %d %.*s%s\n", priority, length - is_line, text, is_line ? "\\n" : "");
+}
+
+__attribute__((format(printf, 2, 3))) void syslog(int priority, const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    record(priority, format, arguments);
+    va_end(arguments);
+}
+
+__attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int flag, const char *format,
+                                                        ...) {
+    (void)flag;
+    va_list arguments;
+    va_start(arguments, format);
+    record(priority, format, arguments);
+    va_end(arguments);
+}
+
+/* ------------------------------------------------------------------------------------------------
+ * Arming */
+
+static int find_program(struct dl_phdr_info *object, size_t size, void *unused) {
+    (void)size;
+    (void)unused;
+    for (int i = 0; i < object->dlpi_phnum; i++) {
+        const ElfW(Phdr) *segment = &object->dlpi_phdr[i];
+        if (segment->p_type == PT_LOAD && (segment->p_flags & PF_X) != 0) {
+            program_start = object->dlpi_addr + segment->p_vaddr;
+            program_end = program_start + segment->p_memsz;
+        }
+    }
+    return 1; /* the first object is the program */
+}
+
+static int number_of(const char *name) {
+    const char *text = getenv(name);
+    return text == NULL ? 0 : (int)strtol(text, NULL, 10);
+}
+
+__attribute__((constructor)) static void arm(void) {
+    if (getenv("FAULT_JOURNAL") == NULL || getenv("FAULT_CALL") == NULL) {
+        return;
+    }
+    /* High, so that the program's own descriptors have their usual numbers. */
+    const int file = (int)syscall(SYS_openat, AT_FDCWD, getenv("FAULT_JOURNAL"), O_WRONLY, 0);
+    journal = (int)syscall(SYS_fcntl, file, F_DUPFD_CLOEXEC, 100);
+    syscall(SYS_close, file);
+    dl_iterate_phdr(find_program, NULL);
+    faulty_call = getenv("FAULT_CALL");
+    faulty_number = number_of("FAULT_NUMBER");
+    faulty_error = number_of("FAULT_ERROR");
+    onwards = getenv("FAULT_ONWARDS") != NULL;
+    if (getenv("FAULT_LIMIT") != NULL) {
+        most_bytes = (size_t)number_of("FAULT_LIMIT");
+    }
+    armed = 1;
+}

@@ -1,0 +1,197 @@
+// Callers that leave little: streams, descriptors, stack, address space, room for output.
+
+#include "tests/failures/fault.h"
+#include "tests/failures/requests.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/select.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace failure_tests;
+using harness::lumocmd;
+using harness::meeting_point;
+using harness::run_result;
+using harness::start_options;
+using harness::words;
+
+void limit(__rlimit_resource resource, rlim_t most) {
+    const rlimit both = {most, most};
+    setrlimit(resource, &both);
+}
+
+class Limits : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (harness::is_wrapped()) {
+            GTEST_SKIP() << "what is taken away would be the wrapper's";
+        }
+    }
+};
+
+void expect_every_answer(const start_options &options, bool is_output_lost) {
+    for (const request &wanted : every_request()) {
+        SCOPED_TRACE(wanted.name);
+        const meeting_point point(wanted.where, wanted.answered);
+        expect_answered(wanted, lumocmd(arguments_of(wanted, point), options), is_output_lost);
+        EXPECT_EQ(point.daemon->finish(), "");
+    }
+}
+
+/// What lets nothing through, by the reason that the kernel gives.
+const struct {
+    int reason;
+    void (*prepare)();
+} LOST_OUTPUTS[] = {
+    {EBADF, [] { dup2(open("/dev/null", O_RDONLY), STDOUT_FILENO); }},
+    {ENOSPC, [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); }},
+    {EPIPE,
+     [] {
+         int ends[2];
+         if (pipe2(ends, O_CLOEXEC) == 0 && dup2(ends[1], STDOUT_FILENO) >= 0) {
+             close(ends[0]);
+         }
+     }},
+    {EAGAIN,
+     [] {
+         int ends[2];
+         if (pipe2(ends, O_NONBLOCK) == 0 && dup2(ends[1], STDOUT_FILENO) >= 0) {
+             while (write(STDOUT_FILENO, "", 1) > 0) {
+             }
+         }
+     }},
+    {EFBIG,
+     [] {
+         dup2(open("/tmp", O_TMPFILE | O_WRONLY, 0600), STDOUT_FILENO);
+         signal(SIGXFSZ, SIG_IGN);
+         limit(RLIMIT_FSIZE, 0);
+     }},
+};
+
+/// What a peer is told and the status tells are true all the same.
+TEST_F(Limits, OutputThatIsNotTaken) {
+    for (const auto &row : LOST_OUTPUTS) {
+        SCOPED_TRACE(strerror(row.reason));
+        expect_every_answer({.prepare = row.prepare}, true);
+    }
+}
+
+const struct {
+    words arguments;
+    int status;
+} REFUSED[] = {{{"-?"}, 506},
+               {{}, 506},
+               {{"-t", "NOSUCH"}, 505},
+               {{"-t", "SOAP", "-w", "x"}, 502},
+               {{"-t", "SOAP", "-u", "http://127.0.0.1:1/", "-f", "SERVICE_TEST"}, 502},
+               {{"-t", "FSMCORE", "-s", "/n", "-f", "F", "-p", "a"}, 6}};
+
+TEST_F(Limits, FullDevicesOfARefusedRequest) {
+    const start_options options = {.prepare = [] {
+        dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
+        dup2(STDOUT_FILENO, STDERR_FILENO);
+    }};
+    for (const auto &row : REFUSED) {
+        expect_outcome(lumocmd(row.arguments, options), {"", row.status});
+    }
+}
+
+/// The daemon gets the request alone, what is open shows its part, and the status is true. An
+/// unreadable number leaves the connection open to the end, when what was printed is written out:
+/// in the place of standard output it would receive that.
+TEST_F(Limits, EveryChoiceOfClosedStreams) {
+    for (unsigned closed = 1; closed < 8; closed++) {
+        SCOPED_TRACE(closed);
+        const start_options options = {.prepare = [closed] {
+            for (int i = 0; i < 3; i++) {
+                if ((closed & (1U << i)) != 0) {
+                    close(i);
+                }
+            }
+        }};
+        const bool is_output_lost = (closed & 2U) != 0;
+        expect_every_answer(options, is_output_lost);
+        for (const request &daemon : daemon_requests()) {
+            const meeting_point point(daemon.where, {harness::expect(daemon.text),
+                                                     harness::reply(answer_of(daemon, "4x"))});
+            outcome shown = failed(daemon, BAD_NUMBER);
+            shown.output = is_output_lost ? "" : shown.output;
+            expect_outcome(lumocmd(arguments_of(daemon, point), options), shown);
+            EXPECT_EQ(point.daemon->finish(), "");
+            EXPECT_EQ(point.daemon->received(), daemon.text);
+        }
+        const harness::deserted_point nobody;
+        const std::string url = "http://127.0.0.1:" + std::to_string(nobody.port);
+        for (const words &arguments :
+             {words{"-?"}, {"-t", "SOAP", "-u", url, "-f", "SERVICE_TEST"}}) {
+            const run_result run = lumocmd(arguments, options);
+            EXPECT_EQ(run.output, is_output_lost || arguments.size() == 1 ? "" : "LMCM-502\n");
+            EXPECT_EQ(run.errors.empty(), (closed & 4U) != 0);
+            EXPECT_EQ(run.status, (arguments.size() == 1 ? 506 : 502) & 0xff);
+        }
+    }
+}
+
+/// The loader needs one more than the standard streams, and so does the program. Of a caller that
+/// left many open the connection lies beyond what a set for select can hold.
+TEST_F(Limits, FewDescriptorsAndMany) {
+    expect_every_answer({.prepare =
+                             [] {
+                                 closefrom(STDERR_FILENO + 1);
+                                 limit(RLIMIT_NOFILE, 4);
+                             }},
+                        false);
+    expect_every_answer({.prepare =
+                             [] {
+                                 limit(RLIMIT_NOFILE, 2 * FD_SETSIZE);
+                                 while (fcntl(STDIN_FILENO, F_DUPFD, 0) < FD_SETSIZE) {
+                                 }
+                             }},
+                        false);
+}
+
+TEST_F(Limits, SmallStack) {
+    expect_every_answer({.prepare = [] { limit(RLIMIT_STACK, 256 * 1024); }}, false);
+    const start_options smaller = {.prepare = [] { limit(RLIMIT_STACK, 64 * 1024); }};
+    for (const request &daemon : daemon_requests()) {
+        const meeting_point point(daemon.where, daemon.answered);
+        expect_answered(daemon, lumocmd(arguments_of(daemon, point), smaller));
+    }
+    EXPECT_EQ(lumocmd({"-?"}, smaller).status, 506 & 0xff);
+}
+
+/// From the least space in which the program is reached at all to the least in which it works: it
+/// ends out of memory, properly.
+TEST_F(Limits, TooLittleAddressSpaceIsOutOfMemory) {
+    SKIP_WHERE_MISSING(unreachable_reason());
+    constexpr rlim_t step = 16 * 1024;
+    const request &wanted = daemon_requests().front();
+    int out_of_memory = 0;
+    for (rlim_t space = step; space <= 4096 * step; space += step) {
+        SCOPED_TRACE(space);
+        const meeting_point point(wanted.where, wanted.answered);
+        const faulty_run seen = lumocmd_with({}, arguments_of(wanted, point),
+                                             {.prepare = [space] { limit(RLIMIT_AS, space); }});
+        if (seen.journal.empty()) {
+            ASSERT_NE(seen.run.status, 0) << "the program was not reached";
+        } else if (seen.run.status != 1) {
+            expect_answered(wanted, seen.run);
+            EXPECT_EQ(point.daemon->finish(), "");
+            EXPECT_GT(out_of_memory, 0) << "memory was never short";
+            return;
+        } else {
+            ASSERT_EQ(seen.records.size(), 1U);
+            ASSERT_TRUE(seen.records[0].starts_with("0 xmalloc failed for size="));
+            expect_outcome(seen.run, {"", 1});
+            out_of_memory++;
+        }
+    }
+    FAIL() << "no space was enough";
+}
+
+} // namespace
