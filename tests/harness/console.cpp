@@ -28,11 +28,12 @@ std::string green(pid_t pid, const std::string &text) {
     return tag(pid, "32") + "\033[0;32m" + text + "\033[0;39m\n";
 }
 
-std::string captured_output(const std::function<void()> &action) {
-    fflush(stdout);
-    const int usual = dup(STDOUT_FILENO);
+std::string captured_output(const std::function<void()> &action, FILE *stream) {
+    const int descriptor = fileno(stream);
+    fflush(stream);
+    const int usual = dup(descriptor);
     const int file = memfd_create("captured output", MFD_CLOEXEC);
-    if (usual < 0 || file < 0 || dup2(file, STDOUT_FILENO) < 0) {
+    if (usual < 0 || file < 0 || dup2(file, descriptor) < 0) {
         abort();
     }
     std::exception_ptr thrown;
@@ -41,8 +42,8 @@ std::string captured_output(const std::function<void()> &action) {
     } catch (...) {
         thrown = std::current_exception();
     }
-    fflush(stdout);
-    dup2(usual, STDOUT_FILENO);
+    fflush(stream);
+    dup2(usual, descriptor);
     close(usual);
     std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
     if (pread(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -17,7 +18,7 @@ std::string tagged_red(pid_t pid, const std::string &message);
 /// A green line with its pid tag and line feed; `text` begins with "[lumocmd] ".
 std::string green(pid_t pid, const std::string &text);
 
-/// Everything that `action` writes to this process's standard output.
-std::string captured_output(const std::function<void()> &action);
+/// Everything that `action` writes to this process's standard output, or to another stream.
+std::string captured_output(const std::function<void()> &action, FILE *stream = stdout);
 
 } // namespace harness

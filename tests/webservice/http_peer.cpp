@@ -2,7 +2,9 @@
 
 #include "tests/harness/console.h"
 
-#include <sstream>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <regex>
 
 namespace harness {
 
@@ -21,46 +23,44 @@ const char *const ENVELOPE_TAG_12 = NAMESPACES("http://www.w3.org/2003/05/soap-e
 
 namespace {
 
+/// XML with every tag on a line of its own, so that a failed comparison shows the one that differs.
+std::string by_element(const std::string &text) {
+    return std::regex_replace(text, std::regex("<"), "\n<");
+}
+
 /// The client ends its envelope with a line break and counts it in.
 const char *const REQUEST_END = "</SOAP-ENV:Envelope>\r\n";
 
 } // namespace
 
 std::string http_request::header(const std::string &name) const {
-    std::string found = "(absent)";
-    for (const auto &[key, value] : headers) {
-        if (key == name) {
-            found = found == "(absent)" ? value : "(repeated)";
-        }
+    const std::string start = "\r\n" + name + ": ";
+    const std::size_t at = headers.find(start);
+    if (at == std::string::npos || headers.find(start, at + 1) != std::string::npos) {
+        return at == std::string::npos ? "(absent)" : "(repeated)";
     }
-    return found;
+    const std::size_t value = at + start.size();
+    return headers.substr(value, headers.find("\r\n", value) - value);
 }
 
 http_request split_request(const std::string &bytes) {
-    http_request request;
-    const std::size_t end = bytes.find("\r\n\r\n");
-    if (end == std::string::npos) {
-        return request;
+    const std::size_t line = bytes.find("\r\n");
+    const std::size_t head = bytes.find("\r\n\r\n");
+    if (head == std::string::npos) {
+        return {};
     }
-    request.body = bytes.substr(end + 4);
-    std::istringstream head(bytes.substr(0, end + 2));
-    std::string line;
-    std::getline(head, line);
-    line.pop_back();
-    std::istringstream(line) >> request.method >> request.path >> request.version;
-    while (std::getline(head, line)) {
-        line.pop_back();
-        const std::size_t colon = line.find(": ");
-        request.headers.emplace_back(line.substr(0, colon),
-                                     colon == std::string::npos ? "" : line.substr(colon + 2));
-    }
-    return request;
+    return {bytes.substr(0, line), bytes.substr(line, head + 2 - line), bytes.substr(head + 4)};
 }
 
 std::string request_text(const std::string &operation, const std::string &children) {
-    return std::string(ENVELOPE_TAG) +
-           "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
-           element("ns:service-" + operation, children) + "</SOAP-ENV:Body>" + REQUEST_END;
+    return by_element(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + std::string(ENVELOPE_TAG) +
+        "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
+        element("ns:service-" + operation, children) + "</SOAP-ENV:Body>" + REQUEST_END);
+}
+
+std::string sent_text(const peer &service) {
+    return by_element(split_request(service.received()).body);
 }
 
 std::string envelope(const std::string &content, const std::string &header) {
@@ -86,6 +86,16 @@ std::string http_answer(const std::string &body, const std::string &status,
     return "HTTP/1.1 " + status + "\r\nContent-Type: " + type +
            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" +
            body;
+}
+
+std::string http_response(const std::string &operation, const std::string &children) {
+    return http_answer(envelope(response_element(operation, children)));
+}
+
+std::string http_chunk(const std::string &bytes) {
+    char length[32];
+    snprintf(length, sizeof length, "%zx\r\n", bytes.size());
+    return length + bytes + "\r\n";
 }
 
 std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
@@ -114,26 +124,31 @@ script after_request(script further) {
 }
 
 script answering(std::string answer) {
-    return after_request({reply(std::move(answer)), close_connection()});
+    return after_request({reply(std::move(answer)), half_close()});
 }
 
 std::string url_of(const peer &service) {
     return "http://127.0.0.1:" + std::to_string(service.port()) + "/cgi-bin/lumows";
 }
 
-std::string sent_envelope(const std::string &request) {
-    const std::string body = split_request(request).body;
-    return body.substr(body.find('\n') + 1);
-}
-
-std::string sent_envelope(const peer &service) {
-    return sent_envelope(service.received());
-}
-
 run_result call_service(const peer &service, const words &further) {
     words arguments = {"-t", "SOAP", "-u", url_of(service)};
     arguments.insert(arguments.end(), further.begin(), further.end());
     return lumocmd(arguments);
+}
+
+run_result call_answered(const std::string &answer, const words &further) {
+    peer service(answering(answer));
+    run_result run = call_service(service, further);
+    EXPECT_EQ(service.finish(), "");
+    return run;
+}
+
+void expect_run(const run_result &run, const std::string &output, int code,
+                const std::string &errors) {
+    EXPECT_EQ(run.output, output);
+    EXPECT_EQ(run.errors, errors);
+    EXPECT_EQ(run.status, code & 0xff);
 }
 
 std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {

@@ -7,35 +7,31 @@
 #include "tests/harness/process.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace harness {
 
-/// One HTTP request, taken apart.
+/// One HTTP request, taken apart; what is no request leaves the texts empty.
 struct http_request {
-    std::string method;
-    std::string path;
-    std::string version;
-    std::vector<std::pair<std::string, std::string>> headers; ///< in the order of their arrival
+    std::string first_line;
+    std::string headers; ///< with the line breaks around them
     std::string body;
 
     /// Value of the header with exactly this name; "(absent)" or "(repeated)" otherwise.
     std::string header(const std::string &name) const;
 };
 
-/// Takes a request apart; what is no request leaves the fields empty.
 http_request split_request(const std::string &bytes);
 
-/// The tag that opens every envelope, with the five prefixes that it declares in their order.
+/// The tag that opens every envelope, with the five prefixes that it declares in their order, and
+/// the same with the namespaces of SOAP 1.2.
 extern const char *const ENVELOPE_TAG;
-
-/// The same with the namespaces of SOAP 1.2.
 extern const char *const ENVELOPE_TAG_12;
 
-/// The body of the request that calls an operation: everything behind the XML declaration's line.
+/// The body of the request that calls an operation, and what a service has received of it. Every
+/// tag stands on a line of its own, so that a failed comparison shows the one that differs.
 /// @param children the operation's child elements as they must arrive.
 std::string request_text(const std::string &operation, const std::string &children);
+std::string sent_text(const peer &service);
 
 /// An envelope around the content of its body; `header` is a whole header element or nothing.
 std::string envelope(const std::string &content, const std::string &header = "");
@@ -50,41 +46,48 @@ std::string response_element(const std::string &operation, const std::string &ch
 std::string fault_element(const std::string &code, const std::string &reason,
                           const std::string &more = "");
 
-/// A whole HTTP answer with a Content-Length.
+/// A whole HTTP answer with a Content-Length, and the one of an operation with these children.
 std::string http_answer(const std::string &body, const std::string &status = "200 OK",
                         const std::string &type = "text/xml; charset=utf-8");
+std::string http_response(const std::string &operation, const std::string &children);
+
+/// One chunk of a body; an empty one is the last.
+std::string http_chunk(const std::string &bytes);
 
 /// One DIME record: flags and lengths, the type, the bytes; all padded to four.
 /// @param announced length of the bytes as the record states it.
 std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
                         std::size_t announced);
 
-/// Reads one whole request, then does the further steps.
+/// Reads one whole request, then does the further steps; or gives this answer and waits for the
+/// client to close.
 script after_request(script further);
-
-/// Reads one whole request and gives this answer.
 script answering(std::string answer);
 
 /// The web service's URL at a peer.
 std::string url_of(const peer &service);
 
-/// The envelope that a service has received, without the XML declaration's line before it.
-std::string sent_envelope(const std::string &request);
-std::string sent_envelope(const peer &service);
-
 /// Runs the program with a SOAP request: `-t SOAP -u <peer's url>` and the further arguments.
 run_result call_service(const peer &service, const words &further);
+
+/// The same against a service that gives this answer to the request.
+run_result call_answered(const std::string &answer, const words &further);
+
+/// Compares all that a run has left; `code` is the whole status.
+void expect_run(const run_result &run, const std::string &output, int code,
+                const std::string &errors = "");
 
 /// Names a test's row.
 constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
 
-/// A call whose lines are shown only with a result, and what is usually answered.
+/// A call whose lines are shown only with a result, what is usually answered, and the lines.
 inline const words RECORD_CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
 inline const std::string USUAL_RECORD =
     "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
-
-/// The lines of that call.
 std::string record_lines(pid_t pid, const std::string &status, const std::string &value);
+
+/// A call without lines.
+inline const words SINGLE_CALL = {"-f", "SERVICE_TEST", "-v", "ON"};
 
 /// A call whose line is shown in any case, and that line.
 inline const words TEXT_CALL = {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"};
