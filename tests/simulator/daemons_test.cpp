@@ -70,7 +70,7 @@ const damage_row DAMAGES[] = {
 
 TEST(Gateways, RefuseMalformedRequests) {
     const function_row &function = SAMPLE.gateway->functions[0];
-    const words tags = names_of(function);
+    const words tags = names_of(function.lines);
     running_simulator simulator;
     std::string expected;
     for (const damage_row &row : DAMAGES) {
@@ -105,7 +105,7 @@ TEST(Gateways, RefuseOtherFixedValuesAndWidths) {
              daemon.gateway == nullptr ? std::vector<function_row>() : daemon.gateway->functions) {
             const std::string request = sample_request(function, function.name);
             for (const width_row &width : function.widths) {
-                const std::string tag = names_of(function)[width.item - 1] + ": ";
+                const std::string tag = names_of(function.lines)[width.item - 1] + ": ";
                 refuse(daemon, damaged(request, tag.c_str(), tag + "0"),
                        tag + "must be " + std::to_string(width.width) + " characters long");
             }
