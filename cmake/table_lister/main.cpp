@@ -5,6 +5,7 @@
 
 #include "cmake/table_lister/texts.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -47,25 +48,28 @@ int fill(const std::vector<type_entry> &types, const std::string &path, const st
                                         : EXIT_DONE;
 }
 
-/// Says which lines of docs/protocols.md to change where it does not list the gateways as the
-/// tables do.
-int compare(const std::vector<type_entry> &types, const std::string &directory) {
-    const std::string name = "docs/protocols.md";
-    const std::string text = file_text(directory + "/" + name);
-    const std::regex row(R"(\n\| \w+ \| `lumo_\w+gateway\.socket`.*)");
-    std::vector<std::string> found;
-    for (std::sregex_iterator each(text.begin(), text.end(), row), end; each != end; ++each) {
-        found.push_back(each->str().substr(1));
+using lines = std::vector<std::string>;
+
+void print_those_missing(const char *what, const lines &list, const lines &from) {
+    for (const std::string &line : list) {
+        if (std::find(from.begin(), from.end(), line) == from.end()) {
+            std::printf("%s\n%s\n", what, line.c_str());
+        }
     }
-    const std::vector<std::string> wanted = gateway_rows(types);
+}
+
+/// Says what to change in docs/protocols.md where it does not list the gateways as the tables do.
+int compare(const std::vector<type_entry> &types, const std::string &directory) {
+    const std::string text = file_text(directory + "/docs/protocols.md");
+    const std::regex row(R"(\n(\| \w+ \| `lumo_\w+gateway\.socket`.*))");
+    const lines found(std::sregex_token_iterator(text.begin(), text.end(), row, 1), {});
+    const lines wanted = gateway_rows(types);
     if (found == wanted) {
         return EXIT_DONE;
     }
-    std::printf("%s does not list the gateways as the program's tables do. The rows are:\n",
-                name.c_str());
-    for (const std::string &line : wanted) {
-        std::puts(line.c_str());
-    }
+    std::puts("docs/protocols.md does not list the gateways in the order of the help:");
+    print_those_missing("add", wanted, found);
+    print_those_missing("remove", found, wanted);
     return EXIT_FAILED;
 }
 
