@@ -10,7 +10,7 @@
 #include <string>
 
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // its header is not always there
 #endif
 
 namespace {
