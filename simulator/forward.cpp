@@ -2,15 +2,17 @@
 // head, since its own names this machine; HTTP/1.0 makes the server close after its answer.
 #include "simulator/forward.h"
 
-#include "simulator/answer_words.h"
 #include "simulator/connection.h"
+#include "simulator/envelope.h"
 #include "simulator/http_front.h"
 #include "simulator/journal.h"
+#include "simulator/text.h"
 
 #include <algorithm>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <netdb.h>
+#include <pugixml.hpp>
 #include <sys/un.h>
 
 namespace {
@@ -34,6 +36,36 @@ using question_ptr = std::shared_ptr<forwarded_question>;
 
 bool is_on_socket(const daemon_row &daemon) {
     return !daemon.socket_file.empty();
+}
+
+/// What an envelope says; empty when it is none.
+std::string envelope_words(std::string_view body) {
+    pugi::xml_document document;
+    if (!document.load_buffer(body.data(), body.size(), pugi::parse_default, pugi::encoding_utf8)) {
+        return "";
+    }
+    if (const pugi::xml_node fault = document.select_node("//*[local-name()='Fault']").node()) {
+        return "fault " + std::string(local_name(fault.child_value("faultcode"))) + " (" +
+               show_value(fault.child_value("faultstring")) + ")";
+    }
+    const char *result = "//*[local-name()='result' or local-name()='results']";
+    return show_value(document.select_node(result).node().child_value());
+}
+
+/// The outcome that the log prints for an answer. Whatever is not understood is told by its size.
+std::string answer_words(const daemon_row &daemon, std::string_view answer) {
+    constexpr std::string_view status_tag = "Response Status: ";
+    if (is_on_socket(daemon) && answer.starts_with(status_tag)) {
+        const std::string_view rest = answer.substr(status_tag.size());
+        return show_value(rest.substr(0, rest.find('\n')));
+    }
+    const std::size_t head = answer.find("\r\n\r\n");
+    if (is_on_socket(daemon) || head == std::string_view::npos) {
+        return std::to_string(answer.size()) + " raw bytes";
+    }
+    const std::string words = envelope_words(answer.substr(head + 4));
+    const std::size_t code = std::min(answer.find(' ') + 1, head);
+    return words.empty() ? "HTTP " + show_value(answer.substr(code, 3)) : words;
 }
 
 void conclude(const forwarded_question &question, const std::string &complaint) {

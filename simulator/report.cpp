@@ -3,7 +3,6 @@
 #include "simulator/report.h"
 
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <fstream>
@@ -16,17 +15,14 @@ std::FILE *log_file = stdout;
 
 /// The time in UTC, such as 2026-11-21T08:15:00.250Z.
 std::string moment() {
-    using namespace std::chrono;
-    const auto now = time_point_cast<milliseconds>(system_clock::now());
-    const std::time_t seconds = system_clock::to_time_t(now);
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
     std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    std::array<char, 32> day{};
-    std::strftime(day.data(), day.size(), "%FT%T", &parts);
-    std::array<char, 48> whole{};
-    std::snprintf(whole.data(), whole.size(), "%s.%03dZ", day.data(),
-                  static_cast<int>(now.time_since_epoch().count() % 1000));
-    return whole.data();
+    gmtime_r(&now.tv_sec, &parts);
+    std::array<char, 32> second{};
+    std::strftime(second.data(), second.size(), "%FT%T.", &parts);
+    // Four digits, of which the first one is no part of the milliseconds.
+    return second.data() + std::to_string(1000 + now.tv_nsec / 1000000).substr(1) + "Z";
 }
 
 std::string json_line(const log_line &line) {
