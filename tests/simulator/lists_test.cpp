@@ -36,9 +36,9 @@ const expect_row EXPECTED[] = {
     {"FSMCORE: a\n" + ANSWER, "a"},
     {"# first\n\n" + A + "\n# second\n" + B, "ab"},
     {"FSMCORE: a -> FSMC-000", "a"},
-    {"EIB listens on /tmp/x\nSOAP refuses on http://x\nready\nSMSTOOL <- \"x\"\n" + A + ANSWER +
-         "SMSTOOL: no request, the client closed before the end of its request\n"
-         "SMSTOOL: the client did not take its answer\nstopped\n",
+    {"FSMCORE listens on /tmp/x\nSOAP refuses on http://x\nready\nFSMCORE <- \"x\"\n" + A + ANSWER +
+         "FSMCORE: no request, the client closed before the end of its request\n"
+         "FSMCORE: the client did not take its answer\nstopped\n",
      "a"},
     {A + B, "a", " " + A + "-" + B, 1},
     {A, "ab", " " + A + "+" + B, 0, 1},

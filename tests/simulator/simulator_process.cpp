@@ -57,7 +57,7 @@ words simulator_command(const std::string &directory, const words &options) {
 
 running_simulator::running_simulator(const words &options)
     : program(simulator_command(home.path, options)) {
-    if (!program.wait_for_output("ready\n")) {
+    if (!program.wait_for_output("ready")) {
         throw std::runtime_error("the simulator did not start: " + program.finish().errors);
     }
     const std::string text = read_file(home.path + "/ready");
