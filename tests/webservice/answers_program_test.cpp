@@ -147,7 +147,6 @@ TEST(Answer, HttpHeadSaysOnlyHowTheBodyIsToBeRead) {
          "HTTP/1.1 200 OK\r\ncontent-TYPE: text/xml\r\nTRANSFER-encoding: chunked\r\n\r\n" +
              http_chunk(body.substr(0, 255)) + http_chunk(body.substr(255)) + http_chunk("")},
         {"StatusLineWithoutReason", "HTTP/1.1 200\r\n\r\n" + body},
-        {"ContinueFirst", "HTTP/1.1 100 Continue\r\n\r\n" + with_children(USUAL_RECORD)},
     });
 }
 
