@@ -1,223 +1,87 @@
-// The command line: any words through the parser, compared with a second reading of them.
+// Any words behind the program's name; and any function and list for each gateway and FSMCore.
 
-#include "front/request_record.h"
-#include "front/utility.h"
-#include "tests/fuzz/reference.h"
-#include "tests/fuzz/target.h"
-#include "tests/protocol/request_types.h"
+#include "program.h"
+#include "tests/protocol/gateways.h"
 
-#include <memory>
-#include <optional>
-#include <vector>
+using protocol::builder_answer;
+using protocol::function_row;
+using protocol::gateway_row;
 
 namespace {
 
-using fuzz::green;
-using fuzz::outcome;
-using fuzz::red;
-using fuzz::require;
-using fuzz::require_equal;
-using reference::equal_ignoring_case;
-
-const std::vector<protocol::request_type_row> TYPES = protocol::request_types();
-
-/// What the words come to.
-struct meaning {
-    std::optional<std::string> address, socket, url, parameters, function;
-    bool verbose = false;
-    int waittime = 0;
-    int port = 0;
-    int type = 0;
-    std::optional<int> exit_status; ///< none: the type is returned
-    std::string output;
-};
-
-/// What becomes of the scan after an option.
-enum step { SCAN_ON, SCAN_OVER };
-
-void say(meaning *m, const std::string &line) {
-    m->output += m->verbose ? green(line) : "";
-}
-
-step fail(meaning *m, int status, const std::string &message) {
-    m->output += message.empty() ? "" : red(m->verbose, message);
-    m->exit_status = status;
-    return SCAN_OVER;
-}
-
-step take_type(meaning *m, const std::string &keyword) {
-    for (const protocol::request_type_row &row : TYPES) {
-        if (!equal_ignoring_case(keyword, row.keyword)) {
-            continue;
-        }
-        m->type = row.code;
-        if (row.need == nullptr) {
-            m->output += red(m->verbose, row.line);
-        } else {
-            say(m, row.line);
-        }
-        return SCAN_ON;
+void check_any_words(fuzz::input in) {
+    std::vector<std::string> words;
+    while (in.left != 0) {
+        words.push_back(fuzz::field(&in));
     }
-    return SCAN_OVER;
+    const fuzz::ending seen = fuzz::run_program(words, "Response Status: EIBG-042\n", 0);
+    fuzz::require(seen.sent.empty() || seen.sent.starts_with("Request: ") ||
+                      seen.sent.starts_with("POST "),
+                  "what is sent is a request");
 }
 
-step take_text(meaning *m, std::optional<std::string> *field, const std::string &value,
-               const std::string &line) {
-    *field = value;
-    say(m, "[lumocmd] " + line + " selected: " + value);
-    return SCAN_ON;
-}
-
-step take_option(meaning *m, char letter, const std::string &value) {
-    const std::string bad = "utility->parse_cmd_line bad parameter: ";
-    const reference::number number = reference::read_number(value);
-    switch (letter) {
-    case 'a':
-        return take_text(m, &m->address, value, "Internet service address");
-    case 'f':
-        return take_text(m, &m->function, value, "Function");
-    case 'p':
-        return take_text(m, &m->parameters, value, "Parameters");
-    case 's':
-        return take_text(m, &m->socket, value, "Socket");
-    case 'u':
-        return take_text(m, &m->url, value, "Url");
-    case 't':
-        return take_type(m, value);
-    case 'd':
-        m->port = number.value;
-        if (!number.is_valid || number.value <= 1024) {
-            return fail(m, 502, bad + "service port must be a number and upper than 1024");
-        }
-        say(m, "[lumocmd] Port selected: " + std::to_string(number.value));
-        return SCAN_ON;
-    case 'w':
-        m->waittime = number.value;
-        if (!number.is_valid) {
-            return fail(m, 502, bad + "waittime must be a number");
-        }
-        say(m, "[lumocmd] Waittime selected: " + std::to_string(number.value));
-        return SCAN_ON;
-    case 'v':
-        if (!equal_ignoring_case(value, "ON") && !equal_ignoring_case(value, "OFF")) {
-            return SCAN_OVER;
-        }
-        m->verbose = equal_ignoring_case(value, "ON");
-        return SCAN_ON;
-    default:
-        return fail(m, 506, "");
+/// What is sent is the function's row with the list's entries; what is not sent has its reason.
+void check_gateway_list(const gateway_row &gateway, const function_row &function,
+                        const std::string &list) {
+    const std::string type = std::string(gateway.name) + "LOCAL";
+    const std::string answer = std::string("Response Status: ") + gateway.prefix + "0042\n";
+    const fuzz::ending seen =
+        fuzz::run_program({"-t", type, "-s", "s", "-f", function.name, "-p", list}, answer, 0);
+    const std::vector<std::string> entries = fuzz::entries_taken(list);
+    if (!seen.sent.empty()) {
+        std::vector<std::string> values(function.first_value - 1);
+        values.insert(values.end(), entries.begin(), entries.end());
+        fuzz::require_equal("request", seen.sent, request_text(function, function.name, values));
+        fuzz::require(seen.status == 42, "the status is the daemon's");
+    } else if (function.built == builder_answer::REFUSES) {
+        fuzz::require(seen.status == 503, "a function without a builder is not supported");
+    } else if (entries.size() != count_of(function)) {
+        fuzz::require(seen.status == 505, "the wrong number of entries is malformed");
+    } else {
+        fuzz::require(seen.status == 502 || seen.status == 503 || seen.status == gateway.base + 6,
+                      "an entry or the request may be too long");
     }
 }
 
-void check_required(meaning *m) {
-    const protocol::request_type_row *row = nullptr;
-    for (const protocol::request_type_row &known : TYPES) {
-        row = known.code == m->type && known.need != nullptr ? &known : row;
-    }
-    if (row == nullptr) {
-        fail(m, 506, "");
+/// FSMCore takes any function and any number of values that its slots hold.
+void check_fsmcore_list(const std::string &function, const std::string &list) {
+    const fuzz::ending seen =
+        fuzz::run_program({"-t", "FSMCORE", "-s", "s", "-f", function, "-p", list},
+                          "Response Status: FSMC-042\nParameter Count: 0\n", 0);
+    if (seen.sent.empty()) {
+        fuzz::require(seen.status == 8, "too much is FSMCore's own failure");
         return;
     }
-    bool is_complete = m->function && m->parameters;
-    if (row->need == &protocol::SOAP_NEED) {
-        is_complete = m->url && m->function;
-    } else if (row->need == &protocol::INTERNET_NEED) {
-        is_complete = is_complete && m->address && m->port != 0;
-    } else {
-        is_complete = is_complete && m->socket;
+    const std::vector<std::string> entries = fuzz::entries_taken(list);
+    std::string wanted = "Request: " + function + "\nParameter Count: ";
+    wanted += std::to_string(entries.size()) + "\n";
+    for (std::size_t i = 0; i < entries.size(); i++) {
+        const std::string name = (i < 10 ? "Param00" : "Param0") + std::to_string(i);
+        wanted += name + " Length: " + std::to_string(entries[i].size()) + "\n";
+        wanted += name + ":\n" + entries[i] + "\n";
     }
-    if (!is_complete) {
-        fail(m, 505, protocol::need_message(*row));
-    }
-}
-
-/// Reads the words behind the program's name. Words that are no options may stand between the
-/// options, but then the request is malformed; "--" ends the options.
-meaning read_words(const std::vector<std::string> &words) {
-    meaning m;
-    bool has_other_words = false;
-    std::size_t at = 0;
-    while (at < words.size()) {
-        const std::string &word = words[at++];
-        if (word == "--") {
-            has_other_words = has_other_words || at < words.size();
-            break;
-        }
-        if (word.size() < 2 || word[0] != '-') {
-            has_other_words = true;
-            continue;
-        }
-        // No option goes without an argument, so a word holds one; but those that are not known
-        // end everything anyway.
-        const char letter = word[1];
-        const bool is_known = std::string("vtusadfpw").find(letter) != std::string::npos;
-        if (!is_known || (word.size() == 2 && at == words.size())) {
-            fail(&m, 506, "");
-            return m;
-        }
-        const std::string value = word.size() > 2 ? word.substr(2) : words[at++];
-        if (take_option(&m, letter, value) == SCAN_OVER) {
-            return m;
-        }
-    }
-    if (has_other_words) {
-        fail(&m, 505, "utility->parse_cmd_line malformed request");
-        return m;
-    }
-    check_required(&m);
-    return m;
-}
-
-void check_field(const char *name, const char *is, const std::optional<std::string> &wanted) {
-    require((is != nullptr) == wanted.has_value(), name);
-    require_equal(name, is == nullptr ? "" : is, wanted.value_or(""));
-}
-
-/// Only a run that goes on looks at the record.
-void check_record(const meaning &wanted) {
-    check_field("address", g_config.address, wanted.address);
-    check_field("socket", g_config.socket_path, wanted.socket);
-    check_field("url", g_config.url, wanted.url);
-    check_field("parameters", g_config.parameters, wanted.parameters);
-    check_field("function", g_config.function, wanted.function);
-    require_equal("verbose", g_config.verbose, wanted.verbose ? 1 : 0);
-    require_equal("waittime", g_config.waittime, wanted.waittime);
-    require_equal("port", g_config.port, wanted.port);
+    fuzz::require_equal("request", seen.sent, wanted + "Waittime: 5\n\n");
+    fuzz::require(seen.status == 42, "the status is the daemon's");
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    fuzz::input in(data, size);
-    std::vector<std::string> words;
-    std::vector<std::unique_ptr<fuzz::exact_text>> blocks;
-    std::vector<char *> arguments;
-    blocks.push_back(std::make_unique<fuzz::exact_text>("lumocmd"));
-    while (!in.is_empty()) {
-        words.push_back(in.field());
-        blocks.push_back(std::make_unique<fuzz::exact_text>(words.back()));
-    }
-    arguments.reserve(blocks.size() + 1);
-    for (const auto &block : blocks) {
-        arguments.push_back(block->get());
-    }
-    arguments.push_back(nullptr);
-    const meaning wanted = read_words(words);
-    const outcome seen = fuzz::run_product({}, false, [&] {
-        const int type = parse_cmd_line(static_cast<int>(words.size()) + 1, arguments.data());
-        check_record(wanted);
-        return type;
-    });
-    require_equal("output", seen.output, wanted.output);
-    require_equal("process ends", seen.exited, wanted.exit_status.has_value());
-    require_equal("result", seen.value, wanted.exit_status.value_or(wanted.type));
-    if (wanted.exit_status == 506) {
-        require(seen.report.find("Usage: lumocmd [-v] -t [options t-based]\nOptions:\n") !=
-                        std::string::npos &&
-                    seen.report.ends_with("\n   -h: displays help\n\n"),
-                "help is shown");
-    } else {
-        require_equal("report", seen.report, "");
+    enum { ANY_WORDS, FSMCORE, FIRST_GATEWAY };
+    fuzz::input in = {data, size};
+    const std::size_t chosen = fuzz::below(&in, FIRST_GATEWAY + std::size(protocol::GATEWAYS));
+    if (chosen == ANY_WORDS) {
+        check_any_words(in);
+    } else if (chosen == FSMCORE) {
+        const std::string function = fuzz::field(&in);
+        check_fsmcore_list(function, fuzz::field(&in));
+    } else if (is_reachable(*protocol::GATEWAYS[chosen - FIRST_GATEWAY])) {
+        const gateway_row &gateway = *protocol::GATEWAYS[chosen - FIRST_GATEWAY];
+        const function_row &function =
+            gateway.functions[fuzz::below(&in, gateway.functions.size())];
+        std::string list = fuzz::field(&in);
+        std::erase(list, '{'); // which marks the places of values in a row
+        check_gateway_list(gateway, function, list);
     }
     return 0;
 }

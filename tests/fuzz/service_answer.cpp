@@ -1,167 +1,162 @@
-#include "tests/fuzz/service.h"
+// The web service's answer, HTTP and XML, to each operation; and any url.
 
-namespace service {
+#include "program.h"
+#include "tests/protocol/service_functions.h"
+
+#include <cctype>
+#include <cstdio>
+
+/// The runtime copies the identifier of an element that bears it twice onto itself, byte by byte.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer names it
+extern "C" const char *__asan_default_suppressions() {
+    return "interceptor_via_fun:soap_id_enter\n";
+}
 
 namespace {
 
-#define ENVELOPE_TAG                                                                               \
-    "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""              \
-    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""                                \
-    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""                                     \
-    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:xmethods-lumows\">"
+using fuzz::input;
+using protocol::line_group;
+using protocol::service_row;
 
 std::string element(const std::string &name, const std::string &content) {
     return "<" + name + ">" + content + "</" + name + ">";
 }
 
-/// One child of a response: what it looks like, and what it says.
-struct child {
-    std::string text;
-    std::optional<std::string> value;
-};
+std::string response_of(const service_row &called, const std::string &children) {
+    return element("ns:service-" + std::string(called.name) + "Response", children);
+}
 
-child write_child(const std::string &name, fuzz::input *in) {
-    enum notation { PLAIN, CDATA, EMPTY, NIL, NOTATIONS };
-    switch (in->below(NOTATIONS)) {
-    case EMPTY:
-        return {"<" + name + "/>", ""};
-    case NIL:
-        return {"<" + name + " xsi:nil=\"true\"/>", std::nullopt};
-    case CDATA: {
-        std::string text = plain_text(in->field());
-        std::erase(text, ']');
-        // Markup stands for itself in here; what is not ASCII travels as UTF-8 here too.
-        std::string inside;
-        for (const char character : text) {
-            inside += (character & 0x80) != 0 ? escaped(std::string(1, character))
-                                              : std::string(1, character);
+std::string envelope(const std::string &content) {
+    return "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+           " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+           " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+           " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:xmethods-lumows\">" +
+           element("SOAP-ENV:Body", content) + "</SOAP-ENV:Envelope>";
+}
+
+/// An HTTP answer: its length announced, in one chunk, or up to the end.
+std::string http_answer(const std::string &body, std::size_t form) {
+    const std::string head = "HTTP/1.1 200 OK\r\nContent-Type: text/xml; charset=utf-8\r\n";
+    char length[32];
+    switch (form) {
+    case 0:
+        snprintf(length, sizeof length, "Content-Length: %zu\r\n\r\n", body.size());
+        return head + length + body;
+    case 1:
+        snprintf(length, sizeof length, "%zx\r\n", body.size());
+        return head + "Transfer-Encoding: chunked\r\n\r\n" + length + body + "\r\n0\r\n\r\n";
+    default:
+        return head + "Connection: close\r\n\r\n" + body;
+    }
+}
+
+/// The letters and digits of a text, as a value that travels as it is.
+std::string plain(const std::string &text) {
+    std::string value = text;
+    std::erase_if(value, [](unsigned char byte) { return isalnum(byte) == 0; });
+    return value;
+}
+
+/// The texts stand in a whole in this order, none overlapping another.
+bool stand_in_order(const std::string &whole, const std::vector<std::string> &texts) {
+    std::size_t at = 0;
+    for (const std::string &text : texts) {
+        at = whole.find(text, at);
+        if (at == std::string::npos) {
+            return false;
         }
-        return {element(name, "<![CDATA[" + inside + "]]>"), text};
+        at += text.size();
     }
-    default: {
-        const std::string text = plain_text(in->field());
-        return {element(name, escaped(text)), text};
+    return true;
+}
+
+/// What holds of a request that was sent, and of the status that follows.
+void check_run(const service_row &called, const fuzz::ending &seen) {
+    const std::size_t body = seen.sent.find("\r\n\r\n") + 4;
+    std::string length = "\r\nContent-Length: " + std::to_string(seen.sent.size() - body) + "\r\n";
+    std::vector<std::string> parts = {"POST /", length,
+                                      "<ns:service-" + std::string(called.name) + ">"};
+    for (const std::string &child : entries_of(called)) {
+        parts.push_back(element(child, "p"));
     }
+    fuzz::require(stand_in_order(seen.sent, parts), "the request is the operation's");
+    if (!seen.report.empty()) {
+        fuzz::require(seen.report.starts_with("SOAP 1.") || seen.report.starts_with("Error "),
+                      "the report is the runtime's");
+        fuzz::require(seen.status == (called.group == line_group::WITH_A_RESULT ? 508 : 502),
+                      "the status of a failed call");
+    }
+}
+
+std::vector<std::string> words_for(const service_row &called, const std::string &url) {
+    return {"-v", "ON",
+            "-t", "SOAP",
+            "-u", url,
+            "-f", function_name(called),
+            "-p", protocol::list_of(entries_of(called).size())};
+}
+
+constexpr char URL[] = "http://192.0.2.7/cgi-bin/lumows";
+
+void check_proper_response(const service_row &called, input *in, std::size_t form,
+                           std::size_t piece) {
+    const int number = static_cast<int>(fuzz::below(in, 256));
+    std::string children;
+    std::vector<std::string> shown;
+    for (const std::string &field : called.response) {
+        const std::string value =
+            protocol::is_result(field) ? "LMWS-" + std::to_string(number) : plain(fuzz::field(in));
+        children += element(field, value);
+        for (const protocol::result_line &line : called.lines) {
+            if (line.field == field) {
+                shown.push_back(line.text + value + line.suffix + "\033[0;39m\n");
+            }
+        }
+    }
+    const std::string answer = http_answer(envelope(response_of(called, children)), form);
+    const fuzz::ending seen = fuzz::run_program(words_for(called, URL), answer, piece);
+    check_run(called, seen);
+    fuzz::require_equal("report", seen.report, "");
+    fuzz::require(seen.status == number, "the status is the service's");
+    for (const std::string &line : shown) {
+        fuzz::require(seen.output.find(line) != std::string::npos, "each field is shown");
+    }
+}
+
+/// No answer makes a report begin as that of a url that cannot be used.
+void check_url(const service_row &called, const std::string &url) {
+    const std::string answer = http_answer(envelope(response_of(called, "")), 0);
+    const fuzz::ending seen = fuzz::run_program(words_for(called, url), answer, 0);
+    if (seen.report.starts_with("Error 3986 fault ")) {
+        fuzz::require_equal("request to a url that cannot be used", seen.sent, "");
+    } else {
+        fuzz::require(url.size() < 1024, "a long url cannot be used");
+        check_run(called, seen);
     }
 }
 
 } // namespace
 
-std::string plain_text(const std::string &bytes) {
-    std::string text;
-    for (const char character : bytes) {
-        const auto byte = static_cast<unsigned char>(character);
-        const bool is_control = byte < ' ' || (byte >= 0x7f && byte < 0xa0);
-        text += is_control ? '.' : character;
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    enum { ANY_ANSWER, ANY_BODY, ANY_CONTENT, ANY_CHILDREN, PROPER_RESPONSE, ANY_URL, SCENES };
+    input in = {data, size};
+    const std::size_t scene = fuzz::below(&in, SCENES);
+    const service_row &called =
+        protocol::SERVICE_FUNCTIONS[fuzz::below(&in, std::size(protocol::SERVICE_FUNCTIONS))];
+    const std::size_t form = fuzz::below(&in, 3);
+    const std::size_t piece = fuzz::below(&in, 256);
+    if (scene == PROPER_RESPONSE) {
+        check_proper_response(called, &in, form, piece);
+        return 0;
     }
-    return text;
-}
-
-std::string escaped(const std::string &text) {
-    std::string result;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        switch (character) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        default:
-            if (byte >= 0x80) {
-                result += static_cast<char>(0xc0U | byte >> 6U);
-                result += static_cast<char>(0x80U | (byte & 0x3fU));
-            } else {
-                result += character;
-            }
-        }
+    std::string text = fuzz::rest(&in);
+    if (scene == ANY_URL) {
+        check_url(called, text.substr(0, text.find('\0')));
+        return 0;
     }
-    return result;
+    text = scene == ANY_CHILDREN ? response_of(called, text) : text;
+    text = scene >= ANY_CONTENT ? envelope(text) : text;
+    text = scene >= ANY_BODY ? http_answer(text, form) : text;
+    check_run(called, fuzz::run_program(words_for(called, URL), text, piece));
+    return 0;
 }
-
-proper_answer write_response(const protocol::service_row &called, fuzz::input *in) {
-    proper_answer answer;
-    const std::string name = "ns:service-" + std::string(called.name) + "Response";
-    std::string children;
-    for (std::size_t left = in->below(12); left != 0; left--) {
-        const std::size_t place = in->below(called.response.size() + 3);
-        if (place < called.response.size()) {
-            const std::string &field = called.response[place];
-            const bool is_repeated = answer.fields.contains(field);
-            if (is_repeated && !answer.fields[field]) {
-                continue; // what follows a nil child of the same name is the service's own affair
-            }
-            const char *const prefixes[] = {"", "", "ns:", "xsd:"};
-            const child written = write_child(prefixes[in->below(std::size(prefixes))] + field, in);
-            children += written.text;
-            if (!is_repeated) {
-                answer.fields[field] = written.value;
-            }
-        } else if (place == called.response.size()) {
-            children += write_child(in->below(2) == 1 ? "ns:more" : "more", in).text;
-        } else if (place == called.response.size() + 1) {
-            children += "<!-- " + std::string(in->below(30), 'c') + " -->";
-        } else {
-            children += std::string(in->below(5), '\n') + std::string(in->below(30), ' ');
-        }
-    }
-    answer.bytes = element(name, children);
-    return answer;
-}
-
-std::string write_fault(fuzz::input *in, const std::string &reason) {
-    const char *const codes[] = {"SOAP-ENV:Server", "SOAP-ENV:Client", "SOAP-ENV:MustUnderstand",
-                                 "SOAP-ENV:VersionMismatch", "ns:busy"};
-    return element("SOAP-ENV:Fault", element("faultcode", codes[in->below(std::size(codes))]) +
-                                         element("faultstring", escaped(reason)));
-}
-
-std::string envelope(const std::string &content) {
-    return ENVELOPE_TAG + element("SOAP-ENV:Body", content) + "</SOAP-ENV:Envelope>";
-}
-
-std::string http_answer(const std::string &body, fuzz::input *in) {
-    enum form { LENGTH, CHUNKS, UNTIL_CLOSE, OLD_VERSION, CONTINUED, FORMS };
-    const std::string type = "Content-Type: text/xml; charset=utf-8\r\n";
-    const std::string length = "Content-Length: " + std::to_string(body.size()) + "\r\n";
-    const std::string head = "HTTP/1.1 200 OK\r\n" + type;
-    switch (in->below(FORMS)) {
-    case CHUNKS: {
-        std::string text = head + "Transfer-Encoding: chunked\r\n\r\n";
-        for (std::size_t at = 0; at < body.size();) {
-            const std::string chunk = body.substr(at, 1 + in->byte());
-            char size[sizeof("100\r\n")];
-            snprintf(size, sizeof size, "%zx\r\n", chunk.size());
-            text += size + chunk + "\r\n";
-            at += chunk.size();
-        }
-        return text + "0\r\n\r\n";
-    }
-    case UNTIL_CLOSE:
-        return head + "Connection: close\r\n\r\n" + body;
-    case OLD_VERSION:
-        return "HTTP/1.0 200 OK\r\n" + type + length + "\r\n" + body;
-    case CONTINUED:
-        return "HTTP/1.1 100 Continue\r\n\r\n" + head + length + "\r\n" + body;
-    default:
-        return head + length + "Connection: close\r\n\r\n" + body;
-    }
-}
-
-std::string request_body(const protocol::service_row &called,
-                         const std::vector<std::pair<std::string, std::string>> &children) {
-    std::string content;
-    for (const auto &[name, value] : children) {
-        content += element(name, escaped(value));
-    }
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" ENVELOPE_TAG
-           "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
-           element("ns:service-" + std::string(called.name), content) +
-           "</SOAP-ENV:Body></SOAP-ENV:Envelope>\r\n";
-}
-
-} // namespace service
