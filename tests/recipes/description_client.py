@@ -1,8 +1,9 @@
 """Calls every operation that the description holds, in its order, with a value for every child.
 usage: description_client.py DESCRIPTION URL; needs docs/examples/ among python's paths
 
-For each it prints "OPERATION VALUE|VALUE", as the simulator's log has it, the names of the children
-as "sent NAME NAME", and a line "child NAME=VALUE" for each child of the answer.
+For each it prints a line of five fields with tabs between them: OPERATION, "OPERATION VALUE|VALUE", as
+the simulator's log has it, the names of the children that are sent and of those of the answer, and the
+answer's children as they travelled.
 """
 import sys
 
@@ -42,7 +43,6 @@ for name in sorted(operations, key=turn):
     answer = service[name](**values)
     if len(answered) == 1:  # the library hands out the one child's value alone
         answer = {answered[0]: answer}
-    print(" ".join([name] + ["|".join(values.values())] * bool(values)))
-    print(" ".join(["sent"] + sent))
-    for child in answered:
-        print(f"child {child}={answer[child]}")
+    request = " ".join([name] + ["|".join(values.values())] * bool(values))
+    children = "".join(f"<{child}>{answer[child]}</{child}>" for child in answered)
+    print(name, request, " ".join(sent), " ".join(answered), children, sep="\t")

@@ -5,7 +5,6 @@
 #include "tests/simulator/simulator_process.h"
 
 #include <fstream>
-#include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
 
@@ -25,10 +24,6 @@ struct shown_script {
     std::string script;
     std::string output;
 };
-
-void PrintTo(const shown_script &shown, std::ostream *out) {
-    *out << shown.name;
-}
 
 std::string read_block(std::istringstream &lines) {
     std::string line;
@@ -61,38 +56,33 @@ std::vector<shown_script> read_scripts() {
     return scripts;
 }
 
-class ManualScript : public testing::TestWithParam<std::tuple<shown_script, shell_row>> {};
-
-TEST_P(ManualScript, PrintsWhatThePageShows) {
-    const auto &[shown, shell] = GetParam();
-    running_simulator simulator(shown.options);
-    const std::string url =
-        "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows";
-    const run_result seen =
-        shell_room(shell).run(replaced(shown.script, SHOWN_URL, url), simulator.home.path);
-    EXPECT_EQ(seen.output, shown.output);
-    EXPECT_NE(seen.output, "");
-    EXPECT_EQ(seen.errors, "");
+TEST_P(InShell, ManualScriptsPrintWhatThePageShows) {
+    for (const shown_script &shown : read_scripts()) {
+        SCOPED_TRACE(shown.name);
+        running_simulator simulator(shown.options);
+        const std::string script = replaced(shown.script, SHOWN_URL, service_url(simulator.port));
+        const run_result seen = shell_room(GetParam()).run(script, simulator.home.path);
+        EXPECT_EQ(seen.output, shown.output);
+        EXPECT_NE(seen.output, "");
+        EXPECT_EQ(seen.errors, "");
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Library, ManualScript,
-                         testing::Combine(testing::ValuesIn(read_scripts()),
-                                          testing::ValuesIn(SHELLS)),
-                         [](const auto &row) {
-                             return std::get<0>(row.param).name + "_" + std::get<1>(row.param).name;
-                         });
-
 /// A block that nothing runs may be wrong.
-TEST(LibraryManual, RunsEveryBlock) {
-    std::istringstream lines(file_text(PAGE));
+TEST(LibraryManual, RunsEveryBlockAndPleasesShellcheck) {
+    const std::string page = file_text(PAGE);
     std::size_t blocks = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line == BLOCK) {
-            blocks++;
-        }
+    for (std::size_t at = 0; (at = page.find(BLOCK, at)) != std::string::npos; at++) {
+        blocks++;
     }
     EXPECT_EQ(blocks, 2 * read_scripts().size());
     EXPECT_GT(blocks, 0U);
+    const temporary_directory directory;
+    const std::string file = directory.path + "/script";
+    for (const shown_script &shown : read_scripts()) {
+        std::ofstream(file) << replaced(shown.script, INSTALLED_LIBRARY, LIBRARY);
+        EXPECT_EQ(run({"shellcheck", "-x", "-s", "sh", file}).output, "") << shown.name;
+    }
 }
 
 TEST(LibraryManual, PleasesMandoc) {
@@ -121,15 +111,6 @@ TEST(LibraryManual, NamesWhatScriptsUse) {
     for (const char *function :
          {"call", "retry", "status", "outcome", "value", "get", "item", "list", "alive", "plain"}) {
         EXPECT_NE(page.find(std::string(".It Ic lumo_") + function), std::string::npos) << function;
-    }
-}
-
-TEST(LibraryManual, ShowsScriptsThatPleaseShellcheck) {
-    for (const shown_script &shown : read_scripts()) {
-        const temporary_directory directory;
-        const std::string file = directory.path + "/" + shown.name;
-        std::ofstream(file) << replaced(shown.script, INSTALLED_LIBRARY, LIBRARY);
-        EXPECT_EQ(run({"shellcheck", "-x", "-s", "sh", file}).output, "");
     }
 }
 

@@ -1,299 +1,226 @@
-// lumo.sh on its own, in every shell under "set -eu": a script stands for lumocmd and says what a
-// row tells it to say.
+// What else lumo.sh does, in every shell under "set -eu": a script stands for lumocmd.
 
-#include "tests/recipes/stage.h"
-
-#include <gtest/gtest.h>
-#include <sstream>
+#include "tests/recipes/shell_room.h"
 
 namespace {
 
 using namespace harness;
 
-const std::string TAGGED_UNOPENED =
-    "\x1b[1;31m<4711>\x1b[0;39m " +
-    red("FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside for function "
-        "'GETSTATE'");
-const std::string UNREADABLE =
-    red("EIBGatewayutil->eibgateway_local_request strtok parsing 'Response Status: ' response tag "
-        "failed for function SENDEIBUSSETDATAGRAM");
+const saying FORBIDDEN = {
+    red("utility->make_localtcpclient_socket connect failed with error 'Permission denied'") +
+        red("x->y error opening socket BENTELGateway clientside for function 'F'") + "BENT-1305\n",
+    25};
 
-/// What lumocmd says, and what the caller finds.
-struct call_row {
+/// What lumocmd says, what the script prints and complains, and what lumocmd is called with.
+struct script_row {
     const char *name;
-    saying said;
-    const char *code;
-    const char *prefix;
-    int returned;
-    const char *status;
-    const char *outcome;
-    std::string output = {}; ///< LUMO_OUTPUT
+    std::vector<saying> said;
+    const char *script;
+    const char *output;
+    const char *errors = "";
+    const char *calls = nullptr; ///< not looked at where there are none
+    const char *pauses = "";
+    int status = 0;
 };
 
-void PrintTo(const call_row &row, std::ostream *out) {
-    *out << row.name;
-}
-
-const call_row CALLS[] = {
-    {"Success", {"LMCM-0000\n", 0}, "0", "LMCM", 0, "LMCM-0000", "done"},
-    {"LowEightBitsAreNought", {"ECHG-256\n", 0}, "256", "ECHG", 1, "ECHG-256", "refused"},
-    {"LeadingNoughtsAreNotOctal", {"FSMC-009\n", 9}, "9", "FSMC", 9, "FSMC-009", "refused"},
-    {"Negative", {"LMCM--005\n", 251}, "-5", "LMCM", 251, "LMCM--005", "refused"},
-    {"PrefixWithDigits", {"VTS10-2401\n", 97}, "2401", "VTS10", 97, "VTS10-2401", "refused"},
-    {"Largest",
-     {"LGMG-2147483647\n", 255},
-     "2147483647",
-     "LGMG",
-     255,
-     "LGMG-2147483647",
-     "refused"},
-    {"DaemonsOwn105", {"EIBG-105\n", 105}, "105", "EIBG", 105, "EIBG-105", "refused"},
-    {"DaemonsOwn105BelowAValue",
-     {green("Parameters selected: an error opening socket X clientside for function Y") +
-          "EIBG-105\n",
-      105},
-     "105",
-     "EIBG",
-     105,
-     "EIBG-105",
-     "refused",
-     "<4711> [lumocmd] Parameters selected: an error opening socket X clientside for function Y"},
-    {"Unreachable",
-     {UNOPENED + "EIBG-105\n", 105},
-     "105",
-     "EIBG",
-     105,
-     "EIBG-105",
-     "unreachable",
-     "[lumocmd] utility->make_localtcpclient_socket connect failed with error 'Connection refused'\n"
-     "[lumocmd] EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside "
-     "for function SENDEIBUSSETDATAGRAM"},
-    {"UnreachableFsmcore",
-     {TAGGED_UNOPENED + "FSMC-006\n", 6},
-     "6",
-     "FSMC",
-     6,
-     "FSMC-006",
-     "unreachable",
-     "<4711> [lumocmd] FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside "
-     "for function 'GETSTATE'"},
-    {"UnreadableAnswer",
-     {UNREADABLE + "EIBG-107\n", 107},
-     "107",
-     "EIBG",
-     107,
-     "EIBG-107",
-     "unknown",
-     "[lumocmd] EIBGatewayutil->eibgateway_local_request strtok parsing 'Response Status: ' "
-     "response tag failed for function SENDEIBUSSETDATAGRAM"},
-    {"UnknownFunction",
-     {red("x->y error function 'F' not supported") + "BENT-1301\n", 21},
-     "1301",
-     "BENT",
-     21,
-     "BENT-1301",
-     "invalid",
-     "[lumocmd] x->y error function 'F' not supported"},
-    {"TooLong",
-     {red("x->y error request text is longer than 1023 characters for function 'F'") + "FSMC-008\n",
-      8},
-     "8",
-     "FSMC",
-     8,
-     "FSMC-008",
-     "invalid",
-     "[lumocmd] x->y error request text is longer than 1023 characters for function 'F'"},
-    {"UnsupportedFunction", {"LMCM-503\n", 247}, "503", "LMCM", 247, "LMCM-503", "invalid"},
-    {"TextThatAServiceReports",
-     {"LMCM-502\n", 246, UNUSABLE_URL},
-     "502",
-     "LMCM",
-     246,
-     "LMCM-502",
-     "unknown",
-     "Error 3986 fault at source [no subcode]\n\"url 'u' cannot be used\"\nDetail: one like v is "
-     "needed"},
-    {"RefusedCommandLine",
-     {red("utility->parse_cmd_line malformed request"), 249},
-     "",
-     "",
-     249,
-     "exit 249",
-     "invalid",
-     "[lumocmd] utility->parse_cmd_line malformed request"},
-    {"Help", {"", 250, "Usage: lumocmd\n"}, "", "", 250, "exit 250", "invalid", "Usage: lumocmd"},
-    {"OutOfMemory", {"", 1}, "", "", 1, "exit 1", "unknown"},
-    {"NoStatusAtAll", {"", 0}, "", "", 1, "exit 0", "unknown"},
-    {"CutShort",
-     {green("Status: OFF"), 124},
-     "",
-     "",
-     124,
-     "exit 124",
-     "unknown",
-     "<4711> [lumocmd] Status: OFF"},
-    {"ExitStatusOfAnother", {"LMCM-0000\n", 143}, "", "", 143, "exit 143", "unknown", "LMCM-0000"},
-    {"ValueLikeAStatus",
-     {green("Parameters selected: a\nLMCM-0250"), 250},
-     "",
-     "",
-     250,
-     "exit 250",
-     "invalid",
-     "<4711> [lumocmd] Parameters selected: a\nLMCM-0250"},
-};
-
-class Call : public testing::TestWithParam<std::tuple<call_row, shell_row>> {};
-
-TEST_P(Call, TellsItsCaller) {
-    const auto &[row, shell] = GetParam();
-    const stage stage(shell, {row.said});
-    const run_result seen = stage.run(R"sh(returned=0
-lumo_call -p 'a b|*' '' || returned=$?
-printf '%s\n' "$LUMO_CODE" "$LUMO_PREFIX" "$LUMO_EXIT" "$returned" "$LUMO_OUTPUT"
-lumo_status
-lumo_outcome)sh");
-    std::ostringstream expected;
-    expected << row.code << "\n"
-             << row.prefix << "\n"
-             << row.said.exit << "\n"
-             << row.returned << "\n"
-             << row.output << "\n"
-             << row.status << "\n"
-             << row.outcome << "\n";
-    EXPECT_EQ(seen.output, expected.str());
-    EXPECT_EQ(seen.errors, "");
-    EXPECT_EQ(stage.noted("calls"), "<-p><a b|*><>\n");
-}
-
-INSTANTIATE_TEST_SUITE_P(Library, Call,
-                         testing::Combine(testing::ValuesIn(CALLS), testing::ValuesIn(SHELLS)),
-                         [](const auto &row) {
-                             return std::string(std::get<0>(row.param).name) + "_" +
-                                    std::get<1>(row.param).name;
-                         });
-
-const saying NOT_REACHED = {UNOPENED + "EIBG-105\n", 105};
-
-class InShell : public testing::TestWithParam<shell_row> {};
-
-TEST_P(InShell, CallEndsAScriptThatStopsAtFailures) {
-    const stage stage(GetParam(), {{"BENT-1302\n", 22}});
-    const run_result seen = stage.run("lumo_call -f F\necho 'went on'");
-    EXPECT_EQ(seen.output, "");
-    EXPECT_EQ(seen.status, 22);
-}
-
-TEST_P(InShell, CallNeedsNoStandardError) {
-    const stage stage(GetParam(), {{"BENT-1302\n", 22, "a report\n"}});
-    const run_result seen = stage.run("exec 2>&-\nlumo_call -f F || echo \"$LUMO_CODE\"");
-    EXPECT_EQ(seen.output, "1302\n");
-}
-
-TEST_P(InShell, CallSaysWhenThereIsNoProgram) {
-    const stage stage(GetParam(), {});
-    const run_result seen =
-        stage.run("PATH=/nowhere\nlumo_call -f F || echo \"$LUMO_EXIT $(lumo_outcome)\"");
-    EXPECT_EQ(seen.output, "127 invalid\n");
-    EXPECT_EQ(seen.errors, "");
-}
-
-TEST_P(InShell, NothingIsKnownBeforeTheFirstCall) {
-    const stage stage(GetParam(), {});
-    const run_result seen = stage.run(R"sh(lumo_status
+const script_row SCRIPTS[] = {
+    {.name = "a call ends a script that stops at failures",
+     .said = {{"BENT-1302\n", 22}},
+     .script = "lumo_call -f F\necho 'went on'",
+     .output = "",
+     .status = 22},
+    {"no standard error",
+     {{"BENT-1302\n", 22, "a report\n"}},
+     "exec 2>&-\nlumo_call -f F || echo \"$LUMO_CODE\"",
+     "1302\n"},
+    {"no program",
+     {},
+     "PATH=/nowhere\nlumo_call -f F || echo \"$LUMO_EXIT $(lumo_outcome)\"",
+     "127 invalid\n"},
+    {"nothing is known before the first call",
+     {},
+     R"sh(lumo_status
 lumo_outcome
 lumo_value Status 2>/dev/null || echo none
-echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT>")sh");
-    EXPECT_EQ(seen.output, "exit\nunknown\nnone\n<>\n");
-    EXPECT_EQ(seen.errors, "");
-}
-
-TEST_P(InShell, CallBearsAnySeparators) {
-    const stage stage(GetParam(), {NOT_REACHED, {"LMCM-503\n", 247}, {"LMCM-503\n", 247}});
-    const run_result seen = stage.run(R"sh(IFS='0123456789 -|LMCabcdefghijklmnopqrstuvwxyz'
+echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT>")sh",
+     "exit\nunknown\nnone\n<>\n"},
+    {"any separators",
+     {UNREACHED, {"LMCM-503\n", 247}, {"LMCM-503\n", 247}},
+     R"sh(IFS='0123456789 -|LMCabcdefghijklmnopqrstuvwxyz'
 lumo_retry -f F -t SOAP || lumo_status
 lumo_retry -t SOAP -f F || lumo_outcome
-lumo_list 1 2)sh");
-    EXPECT_EQ(seen.output, "EIBG-105\ninvalid\n1|2\n");
-    EXPECT_EQ(seen.errors, "");
-}
-
-TEST_P(InShell, CallTakesATimeLimit) {
-    const stage stage(GetParam(), {{"LMCM-0000\n", 0}});
-    stage.room.add_script("timeout", "echo \"$*\" >>limits\nshift\nexec \"$@\"");
-    const run_result seen = stage.run("LUMO_LIMIT=7\nlumo_call -f F\nlumo_status");
-    EXPECT_EQ(seen.output, "LMCM-0000\n");
-    EXPECT_EQ(stage.noted("limits"), "7 lumocmd -f F\n");
-}
-
-TEST_P(InShell, ValueIsTakenWholeAndByItsWholeName) {
-    const stage stage(GetParam(),
-                      {{green("Url selected: http://x") + green("Payload Length: 11") +
-                            green("Payload: one\ntwo [*] \xe9") + green("Url: ") + "LMCM-0000\n",
-                        0}});
-    const run_result seen = stage.run(R"sh(lumo_call -f F
+lumo_list 1 2)sh",
+     "EIBG-105\ninvalid\n1|2\n"},
+    {"a time limit",
+     {DONE},
+     R"sh(timeout() { echo "$*"; shift; "$@"; }
+LUMO_LIMIT=7
+lumo_call -f F
+echo "$LUMO_OUTPUT"
+lumo_status)sh",
+     "7 lumocmd -f F\nLMCM-0000\n"},
+    {"a value is taken whole and by its whole name",
+     {{green("Url selected: http://x") + green("Payload Length: 11") +
+           green("Payload: one\ntwo [*] \xe9") + green("Url: ") + "LMCM-0000\n",
+       0}},
+     R"sh(lumo_call -f F
 lumo_value Payload
 lumo_value Url
 lumo_value 'Payload Length'
-lumo_value 'Payload L' || echo none)sh");
-    EXPECT_EQ(seen.output, "one\ntwo [*] \xe9\n\n11\nnone\n");
-}
+lumo_value 'Payload L' || echo none)sh",
+     "one\ntwo [*] \xe9\n\n11\nnone\n"},
+    {"pauses are longer and longer",
+     {UNREACHED, UNREACHED, UNREACHED, DONE},
+     "lumo_retry -f F\nlumo_status",
+     "LMCM-0000\n",
+     "",
+     "<-f><F>\n<-f><F>\n<-f><F>\n<-f><F>\n",
+     "1\n2\n4\n"},
+    {"tries end, without pauses",
+     {UNREACHED, UNREACHED, UNREACHED},
+     "LUMO_TRIES=2\nLUMO_DELAY=0\nlumo_retry -f F || echo \"$? $(lumo_status)\"",
+     "105 EIBG-105\n",
+     "",
+     "<-f><F>\n<-f><F>\n"},
+    {"a list of what it can carry",
+     {},
+     "lumo_list -n ' b ' '*' \"it's\" 'perché'\nlumo_list one\nlumo_list",
+     "-n| b |*|it's|perché\none\n\n"},
+    {"a list of what it cannot carry",
+     {},
+     R"sh(feed='
+'
+complain() { lumo_list "$@" 2>>complaints || echo refused; }
+complain a ''
+complain ''
+complain 'a|b'
+complain '|'
+complain "a$feed"
+complain "a${feed}b" c
+uniq complaints >&2)sh",
+     "refused\nrefused\nrefused\nrefused\nrefused\nrefused\n",
+     "lumo_list: a value is empty or holds a bar or a line feed\n"},
+    {"colours alone are taken away",
+     {},
+     "printf 'a\\033[1;32mb\\033[0;39mc [0;1m \\351 \\033[2J\\n' | lumo_plain",
+     "abc [0;1m \xe9 \x1b[2J\n"},
+    {"the directory of sockets",
+     {DONE, DONE, DONE, DONE},
+     R"sh(LUMO_DIRECTORY='/run/a b'
+lumo_call -t EIBLOCAL -s eib.socket -p -s
+lumo_call -seib.socket -p ''
+lumo_call -s ./eib.socket -s/tmp/eib.socket -p eib
+LUMO_DIRECTORY=
+lumo_call -s eib.socket)sh",
+     "",
+     "",
+     "<-t><EIBLOCAL><-s></run/a b/eib.socket><-p><-s>\n"
+     "<-s/run/a b/eib.socket><-p><>\n"
+     "<-s><./eib.socket><-s/tmp/eib.socket><-p><eib>\n"
+     "<-s><eib.socket>\n"},
+    {"forgotten verbosity",
+     {DONE, {green("Soap request selected") + "LMCM-0000\n", 0}},
+     R"sh(lumo_call -f F
+lumo_value Status || echo forgotten
+lumo_call -v ON -f F
+lumo_value Status || echo absent)sh",
+     "forgotten\nabsent\n",
+     "lumo_value: no result lines were shown: -v ON has to be the first option\n"},
+    {"items",
+     {},
+     R"sh(IFS='0123456789;='
+list='A=ON;B= 2 *=x;;C=;A=2'
+for which in A= B= C= D= 1 2 3 5 6 0 '' x; do
+    lumo_item "$list" "$which" || echo none
+done
+lumo_item 'one, two' 2 ', '
+lumo_item '' 1)sh",
+     "ON\n 2 *=x\n\nnone\nA=ON\nB= 2 *=x\n\nA=2\nnone\nnone\nnone\nnone\ntwo\n\n"},
+    {"an element without a session",
+     {},
+     R"sh(lumo_get LAMP || echo "$? $(lumo_outcome) <$LUMO_STATE>"
+LUMO_SESSION=S
+lumo_get 'A|B' || echo "$? $(lumo_outcome)")sh",
+     "1 invalid <>\n1 invalid\n",
+     "lumo_get: no session, neither as second argument nor in LUMO_SESSION\n"
+     "lumo_list: a value is empty or holds a bar or a line feed\n"
+     "lumo_get: the element or the session is none\n",
+     ""},
+    {"an element at the usual address",
+     {{green("Status: ON\nand on") + green("Current Value: 7") + "LMCM-0000\n", 0},
+      {green("Status: ON") + "LMCM-0000\n", 0},
+      {"LMCM-256\n", 0}},
+     R"sh(lumo_get LAMP SESSION
+echo "<$LUMO_STATE> <$LUMO_VALUE>"
+LUMO_URL=http://x/y
+LUMO_SESSION=OTHER
+lumo_get LAMP || echo "$? $LUMO_CODE"
+lumo_get LAMP || echo "$? $LUMO_CODE <$LUMO_STATE>")sh",
+     "<ON\nand on> <7>\n1 0\n1 256 <>\n",
+     "lumo_get: the answer lacks the status or the value of LAMP\n",
+     "<-v><ON><-t><SOAP><-u><http://localhost/cgi-bin/lumows><-f><SERVICE_GETELEMENTSTATUS><-p>"
+     "<SESSION|LAMP>\n"
+     "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"
+     "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"},
+    {"alive cannot be told",
+     {FORBIDDEN, CUT_SHORT, {"LMCM-502\n", 246, UNUSABLE_URL}, {"", 127}},
+     R"sh(timeout() { echo "$1" >>limits; shift; "$@"; }
+for type in BENTELLOCAL FSMCORE SOAP EIBLOCAL ECHOBUSLOCAL; do
+    lumo_alive "$type" /x || echo "$? $(lumo_status)"
+    LUMO_LIMIT=3
+done
+while read -r limit; do echo "$limit"; done <limits)sh",
+     "2 BENT-1305\n2 exit 124\n2 LMCM-502\n2 exit 127\n2 exit 126\n5\n3\n3\n3\n",
+     "lumo_alive: no type 'ECHOBUSLOCAL' that can be tried\n"},
+    {"the clock of the machine",
+     {},
+     R"sh(up=$(date +%s) idle=1
+[ ! -r /proc/uptime ] || read -r up idle </proc/uptime
+now=$(lumo_clock)
+[ "$now" -ge "${up%.*}" ] && [ "$now" -lt "$((${up%.*} + 60))" ] && echo "goes ${idle:+on}")sh",
+     "goes on\n"},
+    // The clock goes on in pauses alone, and by what a try takes.
+    {"a deadline ends the tries",
+     {UNREACHED, UNREACHED, UNREACHED},
+     R"sh(clock=100
+lumo_clock() { echo "$clock"; }
+sleep() { clock=$((clock + $1)); }
+LUMO_TRIES=9 LUMO_DEADLINE=7
+lumo_retry -f F || echo "$? $((clock - 100))")sh",
+     "105 3\n",
+     "",
+     "<-f><F>\n<-f><F>\n<-f><F>\n"},
+    {"a deadline limits each try",
+     {UNREACHED, UNREACHED, UNREACHED, DONE, DONE, DONE, UNREACHED, DONE},
+     R"sh(clock=100
+lumo_clock() { echo "$clock"; }
+sleep() { clock=$((clock + $1)); }
+timeout() { echo "$1" >>limits; shift; "$@"; }
+LUMO_DEADLINE=10 LUMO_LIMIT=3.5
+lumo_retry -f F
+LUMO_LIMIT=
+lumo_retry -f F
+LUMO_LIMIT=0 LUMO_DEADLINE=2
+lumo_retry -f F
+sleep() { clock=$((clock + 9)); } # longer than it was asked for
+lumo_retry -f F
+while read -r limit; do echo "$limit"; done <limits)sh",
+     "3.5\n3.5\n3.5\n3\n10\n2\n2\n1\n"},
+};
 
-TEST_P(InShell, RetryPausesLongerAndLonger) {
-    const stage stage(GetParam(), {NOT_REACHED, NOT_REACHED, NOT_REACHED, {"LMCM-0000\n", 0}});
-    const run_result seen = stage.run("lumo_retry -f F\nlumo_status");
-    EXPECT_EQ(seen.output, "LMCM-0000\n");
-    EXPECT_EQ(stage.noted("pauses"), "1\n2\n4\n");
-    EXPECT_EQ(stage.noted("calls"), "<-f><F>\n<-f><F>\n<-f><F>\n<-f><F>\n");
-}
-
-TEST_P(InShell, RetryGivesUp) {
-    const stage stage(GetParam(), {NOT_REACHED, NOT_REACHED, NOT_REACHED});
-    const run_result seen =
-        stage.run("LUMO_TRIES=2\nLUMO_DELAY=0\nlumo_retry -f F || echo \"$? $(lumo_status)\"");
-    EXPECT_EQ(seen.output, "105 EIBG-105\n");
-    EXPECT_EQ(stage.noted("pauses"), "");
-    EXPECT_EQ(stage.noted("calls"), "<-f><F>\n<-f><F>\n");
-}
-
-/// Everything that is not known to be unsent is sent once.
-TEST_P(InShell, RetrySendsNothingTwice) {
-    for (const call_row &row : CALLS) {
+TEST_P(InShell, ScriptsGetWhatTheLibraryPromises) {
+    for (const script_row &row : SCRIPTS) {
         SCOPED_TRACE(row.name);
-        const stage stage(GetParam(), {row.said, row.said});
-        const run_result seen =
-            stage.run("LUMO_TRIES=2\nreturned=0\nlumo_retry -f F || returned=$?\necho $returned");
-        EXPECT_EQ(seen.output, std::to_string(row.returned) + "\n");
-        const bool again = row.outcome == std::string("unreachable");
-        EXPECT_EQ(stage.noted("calls"), again ? "<-f><F>\n<-f><F>\n" : "<-f><F>\n");
+        const shell_room room(GetParam(), row.said);
+        const run_result seen = room.run_with_library(row.script);
+        EXPECT_EQ(seen.output, row.output);
+        EXPECT_EQ(seen.errors, row.errors);
+        EXPECT_EQ(seen.status, row.status);
+        EXPECT_EQ(room.noted("pauses"), row.pauses);
+        if (row.calls != nullptr) {
+            EXPECT_EQ(room.noted("calls"), row.calls);
+        }
     }
 }
-
-TEST_P(InShell, ListJoinsWhatItCanCarry) {
-    const stage stage(GetParam(), {});
-    const run_result seen = stage.run(R"sh(lumo_list -n ' b ' '*' "it's" 'perché'
-lumo_list one
-lumo_list)sh");
-    EXPECT_EQ(seen.output, "-n| b |*|it's|perché\none\n\n");
-}
-
-TEST_P(InShell, ListRefusesWhatItCannotCarry) {
-    const stage stage(GetParam(), {});
-    for (const char *values : {"a ''", "''", "'a|b'", "'|'", "\"a\n\"", "\"a\nb\" c"}) {
-        const run_result seen = stage.run("lumo_list " + std::string(values) + " || echo refused");
-        EXPECT_EQ(seen.output, "refused\n") << values;
-        EXPECT_EQ(seen.errors, "lumo_list: a value is empty or holds a bar or a line feed\n");
-    }
-}
-
-TEST_P(InShell, PlainTakesColoursAloneAway) {
-    const stage stage(GetParam(), {});
-    const run_result seen =
-        stage.run("printf 'a\\033[1;32mb\\033[0;39mc [0;1m \\351 \\033[2J\\n' | lumo_plain");
-    EXPECT_EQ(seen.output, "abc [0;1m \xe9 \x1b[2J\n");
-}
-
-INSTANTIATE_TEST_SUITE_P(Library, InShell, testing::ValuesIn(SHELLS),
-                         [](const auto &row) { return row.param.name; });
 
 } // namespace

@@ -6,8 +6,6 @@
 #include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
 
@@ -33,9 +31,9 @@ std::vector<std::string> lines_below(const std::string &mark) {
     return lines;
 }
 
-std::string bytes(const char *name) {
+std::string bytes(const std::string &name) {
     std::string text;
-    for (const std::string &line : lines_below(std::string("bytes ") + name)) {
+    for (const std::string &line : lines_below("bytes " + name)) {
         text += line + "\n";
     }
     return text;
@@ -43,7 +41,7 @@ std::string bytes(const char *name) {
 
 /// An HTTP message as it travels: its head's lines with carriage returns, its XML unbroken. What
 /// ends the XML is left to the caller.
-std::string http_bytes(const char *name) {
+std::string http_bytes(const std::string &name) {
     const std::string text = bytes(name);
     const std::size_t body = text.find("\n\n") + 2;
     std::string xml = text.substr(body);
@@ -93,20 +91,13 @@ run_result call(const words &request, const std::string &path) {
     return lumocmd(arguments);
 }
 
-struct exchange_row {
-    const char *request;
-    const char *answer;
-    words arguments;
-};
-
 TEST(Protocols, ShowExchangesOfDaemons) {
-    const exchange_row rows[] = {{"gateway_request", "gateway_answer", BENTEL},
-                                 {"fsmcore_request", "fsmcore_answer", FSMCORE}};
-    for (const exchange_row &row : rows) {
-        ASSERT_NE(bytes(row.answer), "");
-        meeting_point daemon(family::UNIX_SOCKET, {expect(bytes(row.request)),
-                                                   reply(bytes(row.answer)), close_connection()});
-        EXPECT_EQ(call(row.arguments, daemon.path).output, "LMCM-0000\n");
+    for (const auto &[name, arguments] : {std::pair("gateway", BENTEL), {"fsmcore", FSMCORE}}) {
+        const std::string answer = bytes(name + std::string("_answer"));
+        ASSERT_NE(answer, "");
+        meeting_point daemon(family::UNIX_SOCKET, {expect(bytes(name + std::string("_request"))),
+                                                   reply(answer), close_connection()});
+        EXPECT_EQ(call(arguments, daemon.path).output, "LMCM-0000\n");
         EXPECT_EQ(daemon.daemon->finish(), "");
     }
 }
@@ -125,26 +116,19 @@ TEST(Protocols, ShowRequestsThatDaemonsTake) {
     EXPECT_NE(service.find("<result>LMWS-000</result>"), std::string::npos) << service;
 }
 
-void try_answers(const char *table, const words &arguments) {
-    for (const answer_row &row : answers(table)) {
-        SCOPED_TRACE(row.answer);
-        script steps = {collect_until("\n\n")};
-        if (!row.closes) {
-            steps.push_back(reply(row.answer));
+TEST(Protocols, ShowWhatBecomesOfDaemonsAnswers) {
+    for (const auto &[name, arguments] : {std::pair("gateway", BENTEL), {"fsmcore", FSMCORE}}) {
+        for (const answer_row &row : answers(name)) {
+            SCOPED_TRACE(row.answer);
+            script steps = {collect_until("\n\n"), close_connection()};
+            if (!row.closes) {
+                steps.insert(steps.begin() + 1, reply(row.answer));
+            }
+            const meeting_point daemon(family::UNIX_SOCKET, steps);
+            EXPECT_EQ(last_line(call(arguments, daemon.path).output), row.last_line);
+            EXPECT_EQ(daemon.daemon->finish(), "");
         }
-        steps.push_back(close_connection());
-        const meeting_point daemon(family::UNIX_SOCKET, steps);
-        EXPECT_EQ(last_line(call(arguments, daemon.path).output), row.last_line);
-        EXPECT_EQ(daemon.daemon->finish(), "");
     }
-}
-
-TEST(Protocols, ShowWhatBecomesOfGatewaysAnswers) {
-    try_answers("gateway", BENTEL);
-}
-
-TEST(Protocols, ShowWhatBecomesOfFsmcoresAnswers) {
-    try_answers("fsmcore", FSMCORE);
 }
 
 TEST(Protocols, ShowTheServicesExchange) {
@@ -200,28 +184,19 @@ struct example_daemon {
 TEST(ExampleDaemon, ServesTheProgram) {
     example_daemon daemon;
     ASSERT_TRUE(daemon.ready) << daemon.program.errors();
-    EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
-    EXPECT_TRUE(daemon.program.wait_for_output("hall: ARM 1\n"));
-    EXPECT_EQ(
-        call({"-t", "BENTELLOCAL", "-f", "sendbentelcommanddatagram", "-p", "hall|9|ARM|1", "-s"},
-             daemon.path)
-            .output,
-        "BENT-1303\n");
+    const auto arm = [&](const char *function, const std::string &list) {
+        return call({"-t", "BENTELLOCAL", "-f", function, "-p", list, "-s"}, daemon.path).output;
+    };
+    const char *const function = "SENDBENTELCOMMANDDATAGRAM";
+    EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");
+    EXPECT_EQ(arm("sendbentelcommanddatagram", "hall|9|ARM|1"), "BENT-1303\n");
     // The program connects and sends nothing; the daemon goes on.
-    EXPECT_EQ(last_line(call({"-t", "BENTELLOCAL", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p",
-                              std::string(400, 'a') + "|" + std::string(400, 'b') + "|" +
-                                  std::string(400, 'c') + "|1",
-                              "-s"},
-                             daemon.path)
-                            .output),
-              "BENT-1306");
+    const std::string text(400, 'a');
+    EXPECT_EQ(last_line(arm(function, text + "|" + text + "|" + text + "|1")), "BENT-1306");
     // A value with a line feed brings a line of its own.
-    EXPECT_EQ(call({"-t", "BENTELLOCAL", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p",
-                    "hall|1234|ARM\nPayload: 0|1", "-s"},
-                   daemon.path)
-                  .output,
-              "BENT-1302\n");
-    EXPECT_EQ(call(BENTEL, daemon.path).output, "LMCM-0000\n");
+    EXPECT_EQ(arm(function, "hall|1234|ARM\nPayload: 0|1"), "BENT-1302\n");
+    EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");
+    EXPECT_TRUE(daemon.program.wait_for_output("hall: ARM 1\n"));
 }
 
 struct daemon_row {
@@ -253,13 +228,6 @@ TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
     const std::string endless(2000, 'x');
     const std::string answer = ask_daemon(daemon.path, endless);
     EXPECT_EQ(answer.rfind("Response Status: BENG-1302\n", 0), 0U) << answer;
-}
-
-/// Short enough to be read in one sitting.
-TEST(ExampleDaemon, IsShort) {
-    const std::string text = file_text(PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py");
-    EXPECT_NE(text, "");
-    EXPECT_LE(std::count(text.begin(), text.end(), '\n'), 60);
 }
 
 } // namespace

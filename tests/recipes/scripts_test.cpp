@@ -6,7 +6,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <set>
 #include <unistd.h>
 
@@ -17,11 +16,10 @@ using namespace harness;
 const char *const DIRECTORY = PROJECT_DIRECTORY "/docs/examples/";
 
 struct script_row {
-    const char *name;
     const char *script;
-    words options; ///< the simulator's
-    const char *arguments;
-    const char *output;
+    words options = {}; ///< the simulator's
+    const char *arguments = "";
+    const char *output = "";
     int status = 0;
     const char *requests = nullptr; ///< not looked at where there are none
     const char *syslog = "";
@@ -30,254 +28,180 @@ struct script_row {
     const char *before = ""; ///< what the shell does first
 };
 
-void PrintTo(const script_row &row, std::ostream *out) {
-    *out << row.name;
-}
-
-const char *const LIGHTS =
-    "printf '%s\\n' '# upstairs' '' 'living 1/1/3 the lamp' >lights; printf 'hall 1/1/4 door' >>lights";
+const char *const LIGHTS = "printf '%s\\n' '# upstairs' '' 'living 1/1/3 the lamp' >lights\n"
+                           "printf 'hall 1/1/4 door' >>lights";
 const char *const CODE = "printf 4321 >code";
 const char *const WATCHED = "EIBLOCAL lumo_eibgateway.socket touch restarted";
 
 const script_row SCRIPTS[] = {
-    {"Lights",
-     "all-lights-off",
-     {},
-     "lights",
-     "2 of 2 lights are off\n",
-     0,
-     "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
-     "EIB: SENDEIBUSSETDATAGRAM hall|1/1/4|1|0 -> EIBG-000\n",
-     "",
-     "",
-     "",
-     LIGHTS},
-    {"LightsThatFail",
-     "all-lights-off",
-     {"--answer", "eib=103,0"},
-     "lights",
-     "the lamp (1/1/3): EIBG-103 refused\n1 of 2 lights are off\n",
-     1,
-     "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-103\n"
-     "EIB: SENDEIBUSSETDATAGRAM hall|1/1/4|1|0 -> EIBG-000\n",
-     "",
-     "",
-     "",
-     LIGHTS},
-    {"LightsWithoutGateway",
-     "all-lights-off",
-     {"--refuse", "eib"},
-     "lights",
-     "the lamp (1/1/3): EIBG-105 unreachable\ndoor (1/1/4): EIBG-105 unreachable\n"
-     "0 of 2 lights are off\n",
-     1,
-     "",
-     "",
-     "1\n2\n4\n8\n",
-     "",
-     LIGHTS},
-    {"LightsUsage", "all-lights-off", {}, "", "", 2, "", "", "", "usage: all-lights-off LIST\n"},
+    {.script = "all-lights-off",
+     .arguments = "lights",
+     .output = "2 of 2 lights are off\n",
+     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
+                 "EIB: SENDEIBUSSETDATAGRAM hall|1/1/4|1|0 -> EIBG-000\n",
+     .before = LIGHTS},
+    {.script = "all-lights-off",
+     .options = {"--answer", "eib=103,0"},
+     .arguments = "lights",
+     .output = "the lamp (1/1/3): EIBG-103 refused\n1 of 2 lights are off\n",
+     .status = 1,
+     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-103\n"
+                 "EIB: SENDEIBUSSETDATAGRAM hall|1/1/4|1|0 -> EIBG-000\n",
+     .before = LIGHTS},
+    {.script = "all-lights-off",
+     .options = {"--refuse", "eib"},
+     .arguments = "lights",
+     .output = "the lamp (1/1/3): EIBG-105 unreachable\ndoor (1/1/4): EIBG-105 unreachable\n"
+               "0 of 2 lights are off\n",
+     .status = 1,
+     .requests = "",
+     .pauses = "1\n2\n4\n8\n",
+     .before = LIGHTS},
+    {.script = "arm-alarm",
+     .arguments = "hall code W1 W2",
+     .output = "armed\n",
+     .requests = "SOAP: service-getelementstatus DEMO-SESSION|W1|(absent)|0 -> LMWS-000\n"
+                 "SOAP: service-getelementstatus DEMO-SESSION|W2|(absent)|0 -> LMWS-000\n"
+                 "BENTEL: SENDBENTELCOMMANDDATAGRAM hall|4321|ARM|1 -> BENG-0000\n",
+     .before = CODE},
+    {.script = "arm-alarm",
+     .arguments = "hall code W1 W3 W9",
+     .output = "W3: OPEN\nW9: LMWS-404\nnot armed\n",
+     .status = 1,
+     .requests = "SOAP: service-getelementstatus DEMO-SESSION|W1|(absent)|0 -> LMWS-000\n"
+                 "SOAP: service-getelementstatus DEMO-SESSION|W3|(absent)|0 -> LMWS-000\n"
+                 "SOAP: service-getelementstatus DEMO-SESSION|W9|(absent)|0 -> LMWS-404\n",
+     .before = CODE},
+    {.script = "arm-alarm",
+     .options = {"--answer", "bentel=1302"},
+     .arguments = "hall code W1",
+     .output = "not armed: BENT-1302\n",
+     .status = 1,
+     .before = CODE},
+    {.script = "arm-alarm",
+     .options = {"--close", "bentel"},
+     .arguments = "hall code W1",
+     .output = "perhaps armed: BENT-1307\n",
+     .status = 3,
+     .before = CODE},
+    {.script = "watch-daemon", .arguments = WATCHED},
+    {.script = "watch-daemon",
+     .arguments = "EIBLOCAL away.socket ln -s lumo_eibgateway.socket away.socket",
+     .syslog = "-t watch-daemon -p user.err away.socket: was away and is back\n",
+     .pauses = "5\n"},
+    {.script = "watch-daemon",
+     .options = {"--refuse", "eib"},
+     .arguments = "EIBLOCAL lumo_eibgateway.socket false",
+     .status = 1,
+     .requests = "",
+     .syslog = "-t watch-daemon -p user.err lumo_eibgateway.socket: 'false' failed\n"
+               "-t watch-daemon -p user.err lumo_eibgateway.socket: is away\n",
+     .pauses = "5\n1\n2\n4\n8\n0\n"},
+    {.script = "watch-daemon", // another one holds its lock
+     .options = {"--refuse", "eib"},
+     .arguments = WATCHED,
+     .requests = "",
+     .before = "exec 8>>watch-daemon.lumo_eibgateway.socket; flock 8"},
+    {.script = "watch-daemon",
+     .arguments = "EIB lumo_eibgateway.socket touch restarted",
+     .status = 1,
+     .requests = "",
+     .syslog = "-t watch-daemon -p user.err lumo_eibgateway.socket: cannot be tried: exit 126\n",
+     .pauses = "5\n",
+     .errors = "lumo_alive: no type 'EIB' that can be tried\n"
+               "lumo_alive: no type 'EIB' that can be tried\n"},
+    {.script = "check-daemons", .output = "LUMOTRON OK - 9 of 9 are there\n"},
+    {.script = "check-daemons",
+     .options = {"--answer", "soap=403"},
+     .arguments = "EIBLOCAL SOAP ECHOBUSLOCAL",
+     .output = "LUMOTRON WARNING - SOAP answers LMWS-403, ECHOBUSLOCAL cannot be tried\n",
+     .status = 1},
+    {.script = "check-daemons",
+     .options = {"--refuse", "bentel", "--close", "soap"},
+     .output = "LUMOTRON CRITICAL - BENTELLOCAL is not there, SOAP does not answer\n",
+     .status = 2},
+    {.script = "check-daemons",
+     .arguments = "ECHOBUSLOCAL FSMCORE",
+     .output = "LUMOTRON UNKNOWN - ECHOBUSLOCAL cannot be tried\n",
+     .status = 3},
+    {.script = "check-daemons",
+     .arguments = "-h",
+     .output = "usage: check-daemons [TYPE...]\n",
+     .status = 3,
+     .requests = ""},
 
-    {"Arm",
-     "arm-alarm",
-     {},
-     "hall code W1 W2",
-     "armed\n",
-     0,
-     "SOAP: service-getelementstatus DEMO-SESSION|W1|(absent)|0 -> LMWS-000\n"
-     "SOAP: service-getelementstatus DEMO-SESSION|W2|(absent)|0 -> LMWS-000\n"
-     "BENTEL: SENDBENTELCOMMANDDATAGRAM hall|4321|ARM|1 -> BENG-0000\n",
-     "",
-     "",
-     "",
-     CODE},
-    {"ArmWithAnOpenWindow",
-     "arm-alarm",
-     {},
-     "hall code W1 W3 W9",
-     "W3: OPEN\nW9: LMWS-404\nnot armed\n",
-     1,
-     "SOAP: service-getelementstatus DEMO-SESSION|W1|(absent)|0 -> LMWS-000\n"
-     "SOAP: service-getelementstatus DEMO-SESSION|W3|(absent)|0 -> LMWS-000\n"
-     "SOAP: service-getelementstatus DEMO-SESSION|W9|(absent)|0 -> LMWS-404\n",
-     "",
-     "",
-     "",
-     CODE},
-    {"ArmRefused",
-     "arm-alarm",
-     {"--answer", "bentel=1302"},
-     "hall code W1",
-     "not armed: BENT-1302\n",
-     1,
-     nullptr,
-     "",
-     "",
-     "",
-     CODE},
-    {"ArmWithoutAnswer",
-     "arm-alarm",
-     {"--close", "bentel"},
-     "hall code W1",
-     "perhaps armed: BENT-1307\n",
-     3,
-     nullptr,
-     "",
-     "",
-     "",
-     CODE},
-    {"ArmUsage",
-     "arm-alarm",
-     {},
-     "hall code",
-     "",
-     2,
-     "",
-     "",
-     "",
-     "usage: arm-alarm SECTION CODE-FILE WINDOW...\n"},
-
-    {"WatchFindsIt", "watch-daemon", {}, WATCHED, "", 0},
-    {"WatchBringsItBack",
-     "watch-daemon",
-     {},
-     "EIBLOCAL away.socket ln -s lumo_eibgateway.socket away.socket",
-     "",
-     0,
-     nullptr,
-     "-t watch-daemon -p user.err away.socket: was away and is back\n",
-     "5\n"},
-    {"WatchInVain",
-     "watch-daemon",
-     {"--refuse", "eib"},
-     "EIBLOCAL lumo_eibgateway.socket false",
-     "",
-     1,
-     "",
-     "-t watch-daemon -p user.err lumo_eibgateway.socket: 'false' failed\n"
-     "-t watch-daemon -p user.err lumo_eibgateway.socket: is away\n",
-     "5\n1\n2\n4\n8\n0\n"},
-    {"WatchOnce",
-     "watch-daemon",
-     {"--refuse", "eib"},
-     WATCHED,
-     "",
-     0,
-     "",
-     "",
-     "",
-     "",
-     "exec 8>>watch-daemon.lumo_eibgateway.socket; flock 8"},
-    {"WatchWhatCannotBeTried",
-     "watch-daemon",
-     {},
-     "EIB lumo_eibgateway.socket touch restarted",
-     "",
-     1,
-     "",
-     "-t watch-daemon -p user.err lumo_eibgateway.socket: cannot be tried: exit 126\n",
-     "5\n",
-     "lumo_alive: no type 'EIB' that can be tried\nlumo_alive: no type 'EIB' that can be tried\n"},
-    {"WatchUsage",
-     "watch-daemon",
-     {},
-     "EIBLOCAL s",
-     "",
-     2,
-     "",
-     "",
-     "",
-     "usage: watch-daemon TYPE SOCKET COMMAND [ARGUMENT...]\n"},
-
-    {"CheckAll", "check-daemons", {}, "", "LUMOTRON OK - 9 of 9 are there\n", 0},
-    {"CheckWarning",
-     "check-daemons",
-     {"--answer", "soap=403"},
-     "EIBLOCAL SOAP ECHOBUSLOCAL",
-     "LUMOTRON WARNING - SOAP answers LMWS-403, ECHOBUSLOCAL cannot be tried\n",
-     1},
-    {"CheckCritical",
-     "check-daemons",
-     {"--refuse", "bentel", "--close", "soap"},
-     "",
-     "LUMOTRON CRITICAL - BENTELLOCAL is not there, SOAP does not answer\n",
-     2},
-    {"CheckUnknown",
-     "check-daemons",
-     {},
-     "ECHOBUSLOCAL FSMCORE",
-     "LUMOTRON UNKNOWN - ECHOBUSLOCAL cannot be tried\n",
-     3},
-    {"CheckUsage", "check-daemons", {}, "-h", "usage: check-daemons [TYPE...]\n", 3, ""},
-
-    {"Night",
-     "night-scene",
-     {},
-     "",
-     "",
-     0,
-     "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
-     "EIB: SENDEIBUSSETDATAGRAM living|1/2/1|1|1 -> EIBG-000\n"
-     "LINTRONIC: SENDLINTRONICDATAGRAM garden|07|012|on -> LINT-000\n"
-     "TUTONDO: SENDTUTONDOSETDATAGRAM audio|VOLUME|3|0 -> TUTG-0000\n"
-     "VIVALDI: SENDVIVALDISETDATAGRAM audio|1|1|4|0|0|0|0|0|0|0|0 -> VIVG-0000\n"},
-    {"NightWithFailures",
-     "night-scene",
-     {"--answer", "lintronic=1003", "--close", "tutondo"},
-     "+390000001",
-     "garden: LINT-1003 refused\nkitchen-radio: TUTG-1507 unknown\n",
-     1,
-     "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
-     "EIB: SENDEIBUSSETDATAGRAM living|1/2/1|1|1 -> EIBG-000\n"
-     "LINTRONIC: SENDLINTRONICDATAGRAM garden|07|012|on -> LINT-1003\n"
-     "TUTONDO: SENDTUTONDOSETDATAGRAM audio|VOLUME|3|0 -> closed without an answer\n"
-     "VIVALDI: SENDVIVALDISETDATAGRAM audio|1|1|4|0|0|0|0|0|0|0|0 -> VIVG-0000\n"
-     "SMSTOOL: SENDSMSTOOLDATAGRAM modem|+390000001|night scene failed: garden kitchen-radio -> "
-     "SMST-000\n"},
-    {"NightUsage", "night-scene", {}, "a b", "", 2, "", "", "", "usage: night-scene [PHONE]\n"},
+    {.script = "night-scene",
+     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
+                 "EIB: SENDEIBUSSETDATAGRAM living|1/2/1|1|1 -> EIBG-000\n"
+                 "LINTRONIC: SENDLINTRONICDATAGRAM garden|07|012|on -> LINT-000\n"
+                 "TUTONDO: SENDTUTONDOSETDATAGRAM audio|VOLUME|3|0 -> TUTG-0000\n"
+                 "VIVALDI: SENDVIVALDISETDATAGRAM audio|1|1|4|0|0|0|0|0|0|0|0 -> VIVG-0000\n"},
+    {.script = "night-scene",
+     .options = {"--answer", "lintronic=1003", "--close", "tutondo"},
+     .arguments = "+390000001",
+     .output = "garden: LINT-1003 refused\nkitchen-radio: TUTG-1507 unknown\n",
+     .status = 1,
+     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
+                 "EIB: SENDEIBUSSETDATAGRAM living|1/2/1|1|1 -> EIBG-000\n"
+                 "LINTRONIC: SENDLINTRONICDATAGRAM garden|07|012|on -> LINT-1003\n"
+                 "TUTONDO: SENDTUTONDOSETDATAGRAM audio|VOLUME|3|0 -> closed without an answer\n"
+                 "VIVALDI: SENDVIVALDISETDATAGRAM audio|1|1|4|0|0|0|0|0|0|0|0 -> VIVG-0000\n"
+                 "SMSTOOL: SENDSMSTOOLDATAGRAM modem|+390000001|night scene failed: garden "
+                 "kitchen-radio -> SMST-000\n"},
 };
 
-class ExampleScript : public testing::TestWithParam<std::tuple<script_row, shell_row>> {};
+const char *const USAGES[][3] = {
+    {"all-lights-off", "", "usage: all-lights-off LIST\n"},
+    {"arm-alarm", "hall code", "usage: arm-alarm SECTION CODE-FILE WINDOW...\n"},
+    {"watch-daemon", "EIBLOCAL s", "usage: watch-daemon TYPE SOCKET COMMAND [ARGUMENT...]\n"},
+    {"night-scene", "a b", "usage: night-scene [PHONE]\n"},
+};
 
-TEST_P(ExampleScript, DoesItsWork) {
-    const auto &[row, shell] = GetParam();
-    const temporary_directory state;
-    std::ofstream(state.path + "/house")
-        << R"({"elements": {"W1": {"status": "CLOSED", "value": "0"},
-                            "W2": {"status": "CLOSED", "value": "0"},
-                            "W3": {"status": "OPEN", "value": "1"}}})";
-    words options = row.options;
-    options.insert(options.end(), {"--state", state.path + "/house"});
-    running_simulator simulator(options);
-    const shell_room room(shell);
-    room.add_program("flock");
-    const run_result seen = room.run(
-        "export LUMO_DIRECTORY=. LOCK_DIRECTORY=. LUMO_LIMIT=20 LUMO_URL=http://127.0.0.1:" +
-            std::to_string(simulator.port) + "/cgi-bin/lumows\n" + row.before + "\nset -- " +
-            row.arguments + "\n" + file_text(DIRECTORY + std::string(row.script)),
-        simulator.home.path);
-    EXPECT_EQ(seen.output, row.output);
-    EXPECT_EQ(seen.errors, row.errors);
-    EXPECT_EQ(seen.status, row.status);
-    EXPECT_EQ(file_text(simulator.home.path + "/syslog"), row.syslog);
-    EXPECT_EQ(file_text(simulator.home.path + "/pauses"), row.pauses);
-    EXPECT_FALSE(std::filesystem::exists(simulator.home.path + "/restarted"));
-
-    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
-    if (row.requests != nullptr) {
-        const std::string said = simulator.program.output();
-        const std::string ready = "\nready\n";
-        EXPECT_EQ(said.substr(said.find(ready) + ready.size()),
-                  row.requests + std::string("stopped\n"));
+TEST_P(InShell, ExampleScriptsSayHowTheyAreUsed) {
+    const shell_room room(GetParam(), {});
+    for (const auto &[script, arguments, usage] : USAGES) {
+        const run_result seen = room.run("set -- " + std::string(arguments) + "\n" +
+                                             file_text(std::string(DIRECTORY) + script),
+                                         room.directory.path);
+        EXPECT_EQ(seen.output, "");
+        EXPECT_EQ(seen.errors, usage);
+        EXPECT_EQ(seen.status, 2);
+        EXPECT_EQ(room.noted("calls"), "");
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Library, ExampleScript,
-                         testing::Combine(testing::ValuesIn(SCRIPTS), testing::ValuesIn(SHELLS)),
-                         [](const auto &row) {
-                             return std::string(std::get<0>(row.param).name) + "_" +
-                                    std::get<1>(row.param).name;
-                         });
+TEST_P(InShell, ExampleScriptsDoTheirWork) {
+    for (const script_row &row : SCRIPTS) {
+        SCOPED_TRACE(std::string(row.script) + " " + row.arguments);
+        const temporary_directory state;
+        std::ofstream(state.path + "/house")
+            << R"({"elements": {"W1": {"status": "CLOSED", "value": "0"},
+                                "W2": {"status": "CLOSED", "value": "0"},
+                                "W3": {"status": "OPEN", "value": "1"}}})";
+        words options = row.options;
+        options.insert(options.end(), {"--state", state.path + "/house"});
+        running_simulator simulator(options);
+        const shell_room room(GetParam());
+        room.add_script("flock", "exec /usr/bin/flock \"$@\""); // no shell brings it
+        const std::string &home = simulator.home.path;
+        const run_result seen =
+            room.run("export LUMO_DIRECTORY=. LOCK_DIRECTORY=. LUMO_LIMIT=20 LUMO_URL=" +
+                         service_url(simulator.port) + "\n" + row.before + "\nset -- " +
+                         row.arguments + "\n" + file_text(DIRECTORY + std::string(row.script)),
+                     home);
+        EXPECT_EQ(seen.output, row.output);
+        EXPECT_EQ(seen.errors, row.errors);
+        EXPECT_EQ(seen.status, row.status);
+        EXPECT_EQ(file_text(home + "/syslog"), row.syslog);
+        EXPECT_EQ(file_text(home + "/pauses"), row.pauses);
+        EXPECT_FALSE(std::filesystem::exists(home + "/restarted"));
+        EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
+        if (row.requests != nullptr) {
+            EXPECT_EQ(requests_in(simulator.program.output()),
+                      row.requests + std::string("stopped\n"));
+        }
+    }
+}
 
 /// Copied to a controller together, each script finds the library beside it.
 TEST(LibraryExamples, FindTheLibraryAndPleaseShellcheck) {
@@ -285,7 +209,7 @@ TEST(LibraryExamples, FindTheLibraryAndPleaseShellcheck) {
     for (const script_row &row : SCRIPTS) {
         files.insert(DIRECTORY + std::string(row.script));
     }
-    const shell_room room(SHELLS[0]);
+    const shell_room room({"sh", {"/bin/sh"}, false});
     room.add_script("lumo.sh", "echo beside; exit");
     for (const std::string &file : files) {
         EXPECT_EQ(room.run(file_text(file), DIRECTORY).output, "beside\n") << file;

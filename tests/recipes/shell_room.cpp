@@ -4,30 +4,25 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 using namespace harness;
-
-const std::vector<shell_row> SHELLS = {
-    {"dash", {"/usr/bin/dash"}, false},
-    {"bash", {"/usr/bin/bash"}, false},
-    {"ash", {"/usr/bin/busybox", "ash"}, true},
-};
-
-void PrintTo(const shell_row &shell, std::ostream *out) {
-    *out << shell.name;
-}
-
-const char *const INSTALLED_LIBRARY = "/usr/share/lumocmd/lumo.sh";
-const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
 
 namespace {
 
 const char *const MACHINE_PATH = "/usr/bin:/bin";
 
+const shell_row SHELLS[] = {
+    {"dash", {"/usr/bin/dash"}, false},
+    {"bash", {"/usr/bin/bash"}, false},
+    {"ash", {"/usr/bin/busybox", "ash"}, true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Library, InShell, testing::ValuesIn(SHELLS),
+                         [](const auto &row) { return row.param.name; });
+
 } // namespace
 
-shell_room::shell_room(const shell_row &shell) : shell_(shell) {
+shell_room::shell_room(const shell_row &of) : shell(of), path(programs.path + ":" + MACHINE_PATH) {
     // The scripts below are run by the machine's sh, which finds its programs where they are.
     const char *wrapper = getenv("LUMOCMD_WRAPPER");
     add_script("lumocmd", std::string("PATH=") + MACHINE_PATH + " exec " +
@@ -35,41 +30,51 @@ shell_room::shell_room(const shell_row &shell) : shell_(shell) {
                               "' \"$@\"");
     add_script("logger", "echo \"$*\" >>syslog");
     add_script("sleep", "echo \"$*\" >>pauses");
-    path_ = programs_.path + ":" + MACHINE_PATH;
     if (shell.brings_programs) {
-        const std::string applets = programs_.path + "/applets";
+        const std::string applets = programs.path + "/applets";
         std::filesystem::create_directory(applets);
-        if (harness::run({"/usr/bin/busybox", "--install", "-s", applets}).status != 0) {
-            throw std::runtime_error("busybox does not install its programs");
-        }
-        path_ = programs_.path + ":" + applets;
+        EXPECT_EQ(harness::run({"/usr/bin/busybox", "--install", "-s", applets}).status, 0);
+        path = programs.path + ":" + applets;
     }
 }
 
-void shell_room::add_program(const std::string &name) const {
-    const std::string link = programs_.path + "/" + name;
-    for (const char *directory : {"/usr/bin/", "/bin/"}) {
-        if (std::filesystem::exists(directory + name)) {
-            std::filesystem::create_symlink(directory + name, link);
-            return;
-        }
+shell_room::shell_room(const shell_row &of, const std::vector<saying> &sayings) : shell_room(of) {
+    add_script("lumocmd", R"sh(printf '<%s>' "$@" >>calls
+echo >>calls
+number=$(wc -l <calls)
+cat "fault.$number" >&2
+cat "say.$number"
+exit "$(cat "exit.$number")")sh");
+    for (std::size_t i = 0; i < sayings.size(); i++) {
+        const std::string number = std::to_string(i + 1);
+        std::ofstream(directory.path + "/say." + number) << sayings[i].output;
+        std::ofstream(directory.path + "/fault." + number) << sayings[i].errors;
+        std::ofstream(directory.path + "/exit." + number) << sayings[i].exit;
     }
-    throw std::runtime_error("no program " + name);
 }
 
 void shell_room::add_script(const std::string &name, const std::string &text) const {
-    const std::string path = programs_.path + "/" + name;
-    std::ofstream(path) << "#!/bin/sh\n" << text << "\n";
-    std::filesystem::permissions(path, std::filesystem::perms::all);
+    const std::string file = programs.path + "/" + name;
+    std::ofstream(file) << "#!/bin/sh\n" << text << "\n";
+    std::filesystem::permissions(file, std::filesystem::perms::all);
 }
 
-run_result shell_room::run(const std::string &script, const std::string &directory) const {
-    const std::string file = programs_.path + "/script";
+run_result shell_room::run(const std::string &script, const std::string &in) const {
+    const std::string file = programs.path + "/script";
     std::ofstream(file) << replaced(script, INSTALLED_LIBRARY, LIBRARY);
-    words command = {"/usr/bin/env", "PATH=" + path_};
-    command.insert(command.end(), shell_.command.begin(), shell_.command.end());
+    words command = {"/usr/bin/env", "PATH=" + path};
+    command.insert(command.end(), shell.command.begin(), shell.command.end());
     command.push_back(file);
-    return harness::run(command, {.directory = directory});
+    return harness::run(command, {.directory = in});
+}
+
+run_result shell_room::run_with_library(const std::string &script, const std::string &in) const {
+    return run(std::string("set -eu\n. ") + INSTALLED_LIBRARY + "\n" + script,
+               in.empty() ? directory.path : in);
+}
+
+std::string shell_room::noted(const char *file) const {
+    return file_text(directory.path + "/" + file);
 }
 
 std::string file_text(const std::string &path) {
@@ -82,4 +87,13 @@ std::string replaced(std::string text, const std::string &from, const std::strin
         text.replace(at, from.size(), to);
     }
     return text;
+}
+
+std::string service_url(int port) {
+    return "http://127.0.0.1:" + std::to_string(port) + "/cgi-bin/lumows";
+}
+
+std::string requests_in(const std::string &said) {
+    const std::string ready = "\nready\n";
+    return said.substr(said.find(ready) + ready.size());
 }

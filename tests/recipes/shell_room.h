@@ -4,6 +4,7 @@
 
 #include "tests/harness/process.h"
 
+#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,39 +14,78 @@ struct shell_row {
     const char *name;
     harness::words command;
     bool brings_programs; ///< finds no program but its own
+
+    friend void PrintTo(const shell_row &shell, std::ostream *out) {
+        *out << shell.name;
+    }
 };
 
-extern const std::vector<shell_row> SHELLS;
+/// A test in each of the shells.
+class InShell : public testing::TestWithParam<shell_row> {};
 
-void PrintTo(const shell_row &shell, std::ostream *out);
+/// What lumocmd says in one call, and what it exits with.
+struct saying {
+    std::string output;
+    int exit;
+    std::string errors = {};
+};
 
-/// The directories of one shell's programs. `lumocmd` is the program under test; `logger` and
-/// `sleep` write their arguments, a line each, to `syslog` and `pauses` in the working directory
-/// instead of doing what they are for.
-class shell_room {
-  public:
+/// The directories of one shell's programs and of its scripts. `lumocmd` is the program under test;
+/// `logger` and `sleep` write their arguments, a line each, to `syslog` and `pauses` in the working
+/// directory instead of doing what they are for.
+struct shell_room {
     explicit shell_room(const shell_row &shell);
-
-    /// Lets the shell find a program of the machine that does not come with it.
-    void add_program(const std::string &name) const;
+    /// Here a script stands for lumocmd. It says this call by call, and notes a line of
+    /// "<argument>"s in `calls`.
+    shell_room(const shell_row &shell, const std::vector<saying> &sayings);
 
     /// Replaces or adds a program by a script for sh.
     void add_script(const std::string &name, const std::string &text) const;
-
     /// Runs a script in the directory.
-    harness::run_result run(const std::string &script, const std::string &directory) const;
+    harness::run_result run(const std::string &script, const std::string &in) const;
+    /// Runs one that includes lumo.sh and stops at failures, in `directory` where no other is
+    /// named.
+    harness::run_result run_with_library(const std::string &script,
+                                         const std::string &in = {}) const;
+    /// A file of `directory`.
+    std::string noted(const char *file) const;
 
-  private:
-    const shell_row &shell_;
-    harness::temporary_directory programs_;
-    std::string path_;
+    shell_row shell;
+    harness::temporary_directory programs, directory;
+    std::string path;
 };
 
 /// Where an installation puts the library, and where its source is.
-extern const char *const INSTALLED_LIBRARY;
-extern const char *const LIBRARY;
+inline const char *const INSTALLED_LIBRARY = "/usr/share/lumocmd/lumo.sh";
+inline const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
 
 std::string file_text(const std::string &path);
 
 /// The text with every occurrence of `from` replaced.
 std::string replaced(std::string text, const std::string &from, const std::string &to);
+
+std::string service_url(int port);
+
+/// What the simulator said of the requests that came.
+std::string requests_in(const std::string &said);
+
+/// A red line and a green one with its process, as lumocmd writes them.
+inline std::string red(const std::string &message) {
+    return "\x1b[0;31m[lumocmd] " + message + "\x1b[0;39m\n";
+}
+inline std::string green(const std::string &text) {
+    return "\x1b[1;32m<4711>\x1b[0;39m \x1b[0;32m[lumocmd] " + text + "\x1b[0;39m\n";
+}
+
+/// What lumocmd says of a gateway that cannot be reached, and of a url that cannot be used.
+inline const std::string CONNECT =
+    "utility->make_localtcpclient_socket connect failed with error 'Connection refused'";
+inline const std::string OPEN =
+    "EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside for "
+    "function SENDEIBUSSETDATAGRAM";
+inline const saying UNREACHED = {red(CONNECT) + red(OPEN) + "EIBG-105\n", 105};
+inline const std::string UNUSABLE_URL =
+    "Error 3986 fault at source [no subcode]\n"
+    "\"url 'u' cannot be used\"\nDetail: one like v is needed\n";
+inline const saying DONE = {"LMCM-0000\n", 0};
+inline const saying CUT_SHORT = {"", 124};
