@@ -15,15 +15,13 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <link.h>
 #include <netdb.h>
-#include <poll.h>
 #include <stdarg.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/select.h>
+#include <sys/auxv.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -41,8 +39,7 @@ static int onwards;
 
 static int armed;
 static int journal;
-static uintptr_t program_start;
-static uintptr_t program_end;
+static const void *program_base;
 
 #define CALL_NAMES 32
 static struct {
@@ -109,12 +106,7 @@ static ssize_t bytes_left(const char *name, size_t length) {
 
 WATCHED(socket, (int domain, int type, int protocol), (domain, type, protocol))
 WATCHED(connect, (int one, __CONST_SOCKADDR_ARG address, socklen_t size), (one, address, size))
-WATCHED(poll, (struct pollfd * watched, nfds_t count, int limit), (watched, count, limit))
-WATCHED(select, (int count, fd_set *in, fd_set *out, fd_set *odd, struct timeval *limit),
-        (count, in, out, odd, limit))
 WATCHED(setsockopt, (int one, int level, int option, const void *value, socklen_t size),
-        (one, level, option, value, size))
-WATCHED(getsockopt, (int one, int level, int option, void *value, socklen_t *size),
         (one, level, option, value, size))
 WATCHED(shutdown, (int one, int how), (one, how))
 
@@ -159,9 +151,15 @@ int getaddrinfo(const char *node, const char *service, const struct addrinfo *hi
 /* ------------------------------------------------------------------------------------------------
  * Memory */
 
+/* Where the program or library begins that this address lies in. */
+static const void *object_of(const void *address) {
+    Dl_info found = {NULL, NULL, NULL, NULL};
+    dladdr(address, &found);
+    return found.dli_fbase;
+}
+
 static int finds_no_memory(const char *name, size_t size, const void *caller) {
-    const uintptr_t from = (uintptr_t)caller;
-    const char *who = from >= program_start && from < program_end ? "program" : "library";
+    const char *who = object_of(caller) == program_base ? "program" : "library";
     char detail[64];
     snprintf(detail, sizeof detail, " %s %s %zu", who, name, size);
     if (!is_chosen("allocation", detail)) {
@@ -215,19 +213,6 @@ __attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int flag, 
 /* ------------------------------------------------------------------------------------------------
  * Arming */
 
-static int find_program(struct dl_phdr_info *object, size_t size, void *unused) {
-    (void)size;
-    (void)unused;
-    for (int i = 0; i < object->dlpi_phnum; i++) {
-        const ElfW(Phdr) *segment = &object->dlpi_phdr[i];
-        if (segment->p_type == PT_LOAD && (segment->p_flags & PF_X) != 0) {
-            program_start = object->dlpi_addr + segment->p_vaddr;
-            program_end = program_start + segment->p_memsz;
-        }
-    }
-    return 1; /* the first object is the program */
-}
-
 static int number_of(const char *name) {
     const char *text = getenv(name);
     return text == NULL ? 0 : (int)strtol(text, NULL, 10);
@@ -241,7 +226,7 @@ __attribute__((constructor)) static void arm(void) {
     const int file = (int)syscall(SYS_openat, AT_FDCWD, getenv("FAULT_JOURNAL"), O_WRONLY, 0);
     journal = (int)syscall(SYS_fcntl, file, F_DUPFD_CLOEXEC, 100);
     syscall(SYS_close, file);
-    dl_iterate_phdr(find_program, NULL);
+    program_base = object_of((const void *)getauxval(AT_ENTRY));
     faulty_call = getenv("FAULT_CALL");
     faulty_number = number_of("FAULT_NUMBER");
     faulty_error = number_of("FAULT_ERROR");

@@ -91,11 +91,10 @@ void expect_verdicts(std::initializer_list<answer_case> rows) {
 }
 
 TEST(ServiceAnswer, OfAnOddLength) {
-    for (const char *odd : {"-1", "10", "0", "2147483648", "99999999999999999999", "many", ""}) {
+    for (const char *odd : {"-1", "10", "0", "2147483648", "99999999999999999999", "many"}) {
         expect_verdicts({{with_length(odd)}});
     }
     expect_verdicts({{with_length(LENGTH + "\r\nContent-Length: " + LENGTH), READ},
-                     {with_length(LENGTH + "\r\nContent-Length: 10")},
                      {with_length("10\r\nContent-Length: " + LENGTH)},
                      {chunked(chunk(GOOD) + LAST_CHUNK, "Content-Length: 10\r\n"), READ}});
 }

@@ -23,9 +23,6 @@ step ignore() {
 step reply(std::string bytes, std::size_t times) {
     return {step_kind::SEND, std::move(bytes), times};
 }
-step reply_numbered(std::string before, std::size_t times, std::string behind) {
-    return {step_kind::SEND, std::move(before), times, std::move(behind)};
-}
 step endless(std::string bytes) {
     return {step_kind::SEND, std::move(bytes), SIZE_MAX};
 }
@@ -50,9 +47,6 @@ void send_step(int connection, const step &sending) {
     std::string waiting;
     for (std::size_t i = 0; i < sending.times; i++) {
         waiting += sending.bytes;
-        if (!sending.behind.empty()) {
-            waiting += std::to_string(i) + sending.behind;
-        }
         while (waiting.size() >= at_once || (i + 1 == sending.times && !waiting.empty())) {
             const std::size_t length = std::min(at_once, waiting.size());
             const ssize_t sent = send(connection, waiting.data(), length, MSG_NOSIGNAL);

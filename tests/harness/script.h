@@ -26,8 +26,7 @@ enum class step_kind {
 struct step {
     step_kind kind;
     std::string bytes = {};
-    std::size_t times = 1;   ///< how often they are sent; they never stand in memory as a whole
-    std::string behind = {}; ///< what follows them each time behind its number, if anything does
+    std::size_t times = 1; ///< how often they are sent; they never stand in memory as a whole
 };
 
 // The vocabulary of scripts.
@@ -37,7 +36,6 @@ step await_bytes();
 step await_end();
 step ignore();
 step reply(std::string bytes, std::size_t times = 1);
-step reply_numbered(std::string before, std::size_t times, std::string behind);
 step endless(std::string bytes);
 step drip(std::string bytes);
 step close_connection();
