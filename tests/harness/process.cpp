@@ -6,12 +6,15 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
+#include <pty.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+#include <utmp.h>
 
 namespace harness {
 
@@ -50,8 +53,10 @@ std::vector<char *> pointers(const words &texts) {
     std::vector<char *> environment = pointers(settings);
     const std::string file = options.file.empty() && !command.empty() ? command[0] : options.file;
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-    dup2(output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);
+    if (!options.on_terminal || login_tty(output) != 0) {
+        dup2(output, STDOUT_FILENO);
+    }
     signal(SIGPIPE, SIG_DFL);
     environ = environment.data();
     if (options.directory.empty() || chdir(options.directory.c_str()) == 0) {
@@ -61,6 +66,14 @@ std::vector<char *> pointers(const words &texts) {
         execvp(file.c_str(), pointers(command).data());
     }
     _exit(127);
+}
+
+int open_terminal(int ends[2]) {
+    const winsize size = {100, 240, 0, 0};
+    return openpty(&ends[0], &ends[1], nullptr, nullptr, &size) == 0 &&
+                   fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0
+               ? 0
+               : -1;
 }
 
 std::string setting(const char *name, const char *usual) {
@@ -73,8 +86,9 @@ std::string setting(const char *name, const char *usual) {
 started_program::started_program(const words &command, const start_options &options) {
     int output[2];
     int errors[2];
-    if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
-        throw std::runtime_error("pipe2 failed");
+    if ((options.on_terminal ? open_terminal(output) : pipe2(output, O_CLOEXEC)) != 0 ||
+        pipe2(errors, O_CLOEXEC) != 0) {
+        throw std::runtime_error("no pipe or terminal");
     }
     result_.pid = fork();
     if (result_.pid == 0) {
@@ -125,14 +139,28 @@ bool started_program::read_some(int milliseconds) {
     return true;
 }
 
-bool started_program::wait_for_output(const std::string &text) {
+std::string started_program::take_output() {
+    return std::exchange(result_.output, std::string());
+}
+
+bool started_program::wait_until(const std::function<bool()> &holds) {
     const auto deadline = end_of_patience();
-    while (result_.output.find(text) == std::string::npos) {
+    while (!holds()) {
         if (!read_some(milliseconds_until(deadline))) {
             return false;
         }
     }
     return true;
+}
+
+bool started_program::wait_for_output(const std::string &text) {
+    return wait_until([&] { return output().find(text) != std::string::npos; });
+}
+
+void started_program::type(const std::string &keys) const {
+    if (write(output_, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
+        throw std::runtime_error("the terminal takes no keys");
+    }
 }
 
 bool started_program::wait_for_change(int change) const {

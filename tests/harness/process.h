@@ -22,6 +22,7 @@ struct start_options {
     std::string file = {};              ///< what is started; empty: the command's first word
     words settings = {};                ///< "NAME=value", before the environment
     bool empty_environment = false;     ///< but for the settings
+    bool on_terminal = false;           ///< a wide one: what it shows is the output
     std::function<void()> prepare = {}; ///< the last thing before the start, in the new process
 };
 
@@ -54,8 +55,18 @@ class started_program {
         return result_.errors;
     }
 
-    /// Waits until standard output holds a text; false when it ends without.
+    /// Forgets what has been put out so far and returns it.
+    std::string take_output();
+
+    /// Reads on until a condition about what has been said holds; false when the program ends
+    /// without.
+    bool wait_until(const std::function<bool()> &holds);
+
+    /// Waits until standard output holds a text.
     bool wait_for_output(const std::string &text);
+
+    /// Types to the program on a terminal.
+    void type(const std::string &keys) const;
 
     /// Waits until a signal has stopped it (WSTOPPED) or let it go on (WCONTINUED); false when it
     /// ended instead.

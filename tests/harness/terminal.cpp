@@ -1,22 +1,15 @@
 #include "tests/harness/terminal.h"
 
 #include <cerrno>
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <poll.h>
 #include <pty.h>
 #include <regex>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace harness {
 
 namespace {
-
-using clock = std::chrono::steady_clock;
 
 std::string plain(const std::string &shown) {
     static const std::regex noise(
@@ -36,60 +29,23 @@ std::string missing_terminal() {
     return "";
 }
 
-terminal::terminal(const words &command) {
-    std::vector<char *> arguments;
-    for (const std::string &word : command) {
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
-    const winsize size = {100, 240, 0, 0};
-    child_ = forkpty(&master_, nullptr, nullptr, &size);
-    if (child_ < 0) {
-        throw std::runtime_error("forkpty failed");
-    }
-    if (child_ == 0) {
-        setenv("TERM", "dumb", 1);
-        execvp(arguments[0], arguments.data());
-        _exit(127);
-    }
-}
-
-terminal::~terminal() {
-    close(master_);
-    kill(child_, SIGKILL);
-    waitpid(child_, nullptr, 0);
-}
-
-void terminal::type(const std::string &keys) const {
-    if (write(master_, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
-        throw std::runtime_error("the terminal takes no keys");
-    }
-}
+terminal::terminal(const words &command)
+    : program_(command, {.settings = {"TERM=dumb"}, .on_terminal = true}) {}
 
 std::string terminal::shown_until(const std::string &end) {
-    const auto deadline = clock::now() + std::chrono::milliseconds(PATIENCE_MS);
-    for (;;) {
-        const std::string shown = plain(unread_);
-        const std::size_t found = shown.find(end);
-        if (found != std::string::npos) {
-            unread_ = shown.substr(found + end.size());
-            return shown.substr(0, found + end.size());
-        }
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
-        pollfd waiting = {master_, POLLIN, 0};
-        char bytes[4096];
-        ssize_t count = 0;
-        if (left.count() > 0 && poll(&waiting, 1, static_cast<int>(left.count())) > 0) {
-            count = read(master_, bytes, sizeof bytes);
-        }
-        if (count <= 0) {
-            std::string complaint = end;
-            complaint.append(" was not shown, only: ").append(shown);
-            throw std::runtime_error(complaint);
-        }
-        unread_.append(bytes, static_cast<std::size_t>(count));
+    std::string shown;
+    std::size_t found = 0;
+    const bool has_come = program_.wait_until([&] {
+        unread_ += program_.take_output();
+        shown = plain(unread_);
+        found = shown.find(end);
+        return found != std::string::npos;
+    });
+    if (!has_come) {
+        throw std::runtime_error(end + " was not shown, only: " + shown);
     }
+    unread_ = shown.substr(found + end.size());
+    return shown.substr(0, found + end.size());
 }
 
 } // namespace harness

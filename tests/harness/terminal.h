@@ -5,7 +5,6 @@
 #include "tests/harness/process.h"
 
 #include <string>
-#include <sys/types.h>
 
 namespace harness {
 
@@ -14,24 +13,18 @@ std::string missing_terminal();
 
 class terminal {
   public:
-    /// Starts the program on a wide dumb terminal.
     explicit terminal(const words &command);
 
-    /// Kills the program.
-    ~terminal();
-
-    terminal(const terminal &) = delete;
-    terminal &operator=(const terminal &) = delete;
-
-    void type(const std::string &keys) const;
+    void type(const std::string &keys) const {
+        program_.type(keys);
+    }
 
     /// Everything shown since the last call, up to and including `end`, without carriage returns
     /// and escape sequences. Throws with what was shown when `end` does not come.
     std::string shown_until(const std::string &end);
 
   private:
-    int master_ = -1;
-    pid_t child_ = -1;
+    started_program program_;
     std::string unread_;
 };
 

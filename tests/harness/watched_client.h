@@ -1,10 +1,10 @@
-// Watches and disturbs the socket calls of a client that runs in the test's own thread. The calls
-// of every other thread, a peer's among them, pass untouched.
+// Watches and disturbs the socket calls of a client that runs in the test's own thread: the
+// library's exchanges that no command line reaches. The calls of every other thread, a peer's among
+// them, pass untouched.
 
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <sys/socket.h>
 #include <sys/types.h>
 #include <vector>
@@ -13,8 +13,7 @@ namespace harness {
 
 /// Watches this thread's connect, send and recv calls while it is in scope; one at a time. What the
 /// client left open is closed at the end.
-class watched_client {
-  public:
+struct watched_client {
     watched_client();
     ~watched_client();
     watched_client(const watched_client &) = delete;
@@ -24,9 +23,6 @@ class watched_client {
     int connect_error = 0; ///< no connection is attempted
     int send_error = 0;
     int recv_error = 0;
-    std::size_t send_at_most = 0; ///< a send takes no more bytes than this; 0: all of them
-    /// What happens between connecting and sending.
-    std::function<void(int connection)> before_send;
 
     // What the client called.
     int connects = 0;
@@ -36,18 +32,16 @@ class watched_client {
     int flags = 0;                ///< all send and recv flags together
     std::size_t receive_size = 0; ///< size of the last receive
 
-    /// Closes what the client connected and left open.
-    /// @return whether there was any such connection.
-    bool close_left_open();
-
-  private:
-    friend struct call_watch;
-    struct socket_mark {
+    struct used_socket {
         int descriptor;
         ino_t inode; ///< tells the socket from a later one of the same number
+        bool is_connected;
     };
-    std::vector<socket_mark> connected_;
-    std::vector<socket_mark> refused_;
+    std::vector<used_socket> used;
+
+    /// Closes what the client left open.
+    /// @return whether a connection was among it.
+    bool close_left_open();
 };
 
 } // namespace harness
