@@ -158,12 +158,6 @@ TEST_F(Callers, ControlCharactersOfACaller) {
              "or directory'") +
              red(fsmcore_message(LOCAL, 1, ODD)) + "FSMC-006\n",
          6});
-
-    const meeting_point point(gateway.where, gateway.answered);
-    std::string list = gateway.arguments.back();
-    lumocmd(gateway_call(point.path, list.replace(0, list.find('|'), ODD)));
-    point.daemon->finish();
-    EXPECT_NE(point.daemon->received().find(": " + ODD + "\n"), std::string::npos);
 }
 
 /// A length line shorter than its tag is complained about and counts as empty.

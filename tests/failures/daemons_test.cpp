@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -106,23 +107,57 @@ TEST_P(Daemon, DripIsJudgedAsFarAsItCame) {
 // ---------------------------------------------------------------------------------------------
 // Silence, and sockets that are none
 
-TEST_P(Daemon, SilenceIsWaitedForUntilItsEndOrASignal) {
-    for (const bool by_signal : {false, true}) {
-        const meeting_point point(daemon.where,
-                                  {expect(daemon.text), await_end(), close_connection()});
-        started_program program(command(point.path));
-        ASSERT_TRUE(point.daemon->wait_for_await());
+/// A client that waits for the answer of a daemon, which the test lets it have.
+struct waiting_client {
+    waiting_client(const request &daemon, const step &answer)
+        : point(daemon.where, {expect(daemon.text), await_end(), answer, await_end()}),
+          program(lumocmd_command(arguments_of(daemon, point))) {
+        EXPECT_TRUE(point.daemon->wait_for_await());
         EXPECT_TRUE(program.keeps_running());
-        if (by_signal) {
-            program.send_signal(SIGTERM);
-        } else {
-            point.daemon->go_on();
-        }
-        const run_result seen = program.finish();
-        EXPECT_EQ(seen.output, by_signal ? "" : unread().output);
-        EXPECT_EQ(seen.status, by_signal ? 128 + SIGTERM : unread().status);
+    }
+
+    void let_it_have_its_answer() const {
+        point.daemon->go_on();
+        EXPECT_TRUE(point.daemon->wait_for_await());
+    }
+
+    void expect_end(const outcome &wanted) {
+        expect_outcome(program.finish(), wanted);
         EXPECT_EQ(point.daemon->finish(), "");
     }
+
+    meeting_point point;
+    started_program program;
+};
+
+TEST_P(Daemon, SilenceIsWaitedForUntilItsEnd) {
+    waiting_client client(daemon, half_close());
+    client.let_it_have_its_answer();
+    client.expect_end(unread());
+}
+
+TEST_P(Daemon, SilenceIsLeftOnASignal) {
+    for (const int number : {SIGHUP, SIGINT, SIGALRM, SIGTERM, SIGUSR1}) {
+        waiting_client client(daemon, half_close());
+        client.program.send_signal(number);
+        client.expect_end({"", 128 + number});
+    }
+}
+
+/// Signals without an effect are waited out, and so is a stop.
+TEST_P(Daemon, SilenceBehindHarmlessSignalsIsWaitedFor) {
+    if (is_wrapped()) {
+        GTEST_SKIP() << "the signals would hit the wrapper";
+    }
+    waiting_client client(daemon, reply(answer_of(daemon, "0042")));
+    for (const int number : {SIGWINCH, SIGCHLD, SIGURG, SIGCONT, SIGPIPE}) {
+        client.program.send_signal(number);
+    }
+    client.program.send_signal(SIGSTOP);
+    EXPECT_TRUE(client.program.wait_for_change(WSTOPPED));
+    client.let_it_have_its_answer();
+    client.program.send_signal(SIGCONT);
+    client.expect_end(accepted());
 }
 
 TEST_P(Daemon, NeverAcceptingIsWaitedForUntilItCloses) {

@@ -1,6 +1,5 @@
 // Callers that leave little: streams, descriptors, stack, address space, room for output.
 
-#include "tests/failures/fault.h"
 #include "tests/failures/requests.h"
 
 #include <cerrno>
@@ -81,26 +80,6 @@ TEST_F(Limits, OutputThatIsNotTaken) {
     }
 }
 
-const struct {
-    words arguments;
-    int status;
-} REFUSED[] = {{{"-?"}, 506},
-               {{}, 506},
-               {{"-t", "NOSUCH"}, 505},
-               {{"-t", "SOAP", "-w", "x"}, 502},
-               {{"-t", "SOAP", "-u", "http://127.0.0.1:1/", "-f", "SERVICE_TEST"}, 502},
-               {{"-t", "FSMCORE", "-s", "/n", "-f", "F", "-p", "a"}, 6}};
-
-TEST_F(Limits, FullDevicesOfARefusedRequest) {
-    const start_options options = {.prepare = [] {
-        dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
-        dup2(STDOUT_FILENO, STDERR_FILENO);
-    }};
-    for (const auto &row : REFUSED) {
-        expect_outcome(lumocmd(row.arguments, options), {"", row.status});
-    }
-}
-
 /// The daemon gets the request alone, what is open shows its part, and the status is true. An
 /// unreadable number leaves the connection open to the end, when what was printed is written out:
 /// in the place of standard output it would receive that.
@@ -163,35 +142,6 @@ TEST_F(Limits, SmallStack) {
         expect_answered(daemon, lumocmd(arguments_of(daemon, point), smaller));
     }
     EXPECT_EQ(lumocmd({"-?"}, smaller).status, 506 & 0xff);
-}
-
-/// From the least space in which the program is reached at all to the least in which it works: it
-/// ends out of memory, properly.
-TEST_F(Limits, TooLittleAddressSpaceIsOutOfMemory) {
-    SKIP_WHERE_MISSING(unreachable_reason());
-    constexpr rlim_t step = 16 * 1024;
-    const request &wanted = daemon_requests().front();
-    int out_of_memory = 0;
-    for (rlim_t space = step; space <= 4096 * step; space += step) {
-        SCOPED_TRACE(space);
-        const meeting_point point(wanted.where, wanted.answered);
-        const faulty_run seen = lumocmd_with({}, arguments_of(wanted, point),
-                                             {.prepare = [space] { limit(RLIMIT_AS, space); }});
-        if (seen.journal.empty()) {
-            ASSERT_NE(seen.run.status, 0) << "the program was not reached";
-        } else if (seen.run.status != 1) {
-            expect_answered(wanted, seen.run);
-            EXPECT_EQ(point.daemon->finish(), "");
-            EXPECT_GT(out_of_memory, 0) << "memory was never short";
-            return;
-        } else {
-            ASSERT_EQ(seen.records.size(), 1U);
-            ASSERT_TRUE(seen.records[0].starts_with("0 xmalloc failed for size="));
-            expect_outcome(seen.run, {"", 1});
-            out_of_memory++;
-        }
-    }
-    FAIL() << "no space was enough";
 }
 
 } // namespace
