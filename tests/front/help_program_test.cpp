@@ -41,7 +41,7 @@ const char OWN_TYPES[] = R"(]
 
 )";
 
-/// The lines about a gateway's type, from those about one.
+/// What the help says of a gateway's type; the capitals stand for texts of its row.
 const char GATEWAY_LINES[] = R"(   TYPE-s: unix socket of Lumotron-DAEMON service
                       [SOCKET]
    TYPE-f: request Lumotron-DAEMON service function name
