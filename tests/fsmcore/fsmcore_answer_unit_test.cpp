@@ -176,7 +176,7 @@ TEST(FsmcoreAnswer, IsReadAlikeFromNearAndFarInLittleMemory) {
     const std::size_t before = in_use();
     for (const fsmcore_exchange *x : FSMCORE_EXCHANGES) {
         for (const answer_row &row : ANSWERS) {
-            SCOPED_TRACE(std::string(x->name) + " " + row.name);
+            SCOPED_TRACE(x->tag + " " + row.name);
             expect_outcome(*x, row);
         }
     }

@@ -18,23 +18,16 @@ struct holders {
 };
 
 struct fsmcore_exchange {
-    const char *name;
     harness::family where;
     std::string tag;
-    const char *waittime_line;
+    std::string waittime_line;
     const char *socket; ///< in the message about a failed connection
-    const char *connector;
 };
 
-inline const fsmcore_exchange LOCAL = {"Local",
-                                       harness::family::UNIX_SOCKET,
-                                       "FSMCoreutil->fsmcore_requeststatic",
-                                       "Waittime: 5\n",
-                                       "socket",
-                                       "utility->make_localtcpclient_socket"};
+inline const fsmcore_exchange LOCAL = {
+    harness::family::UNIX_SOCKET, "FSMCoreutil->fsmcore_requeststatic", "Waittime: 5\n", "socket"};
 inline const fsmcore_exchange REMOTE = {
-    "Remote", harness::family::LOOPBACK, "FSMCoreutil->fsmcore_m2mrequeststatic",
-    "",       "remote socket",           "utility->make_internettcpclient_socket"};
+    harness::family::LOOPBACK, "FSMCoreutil->fsmcore_m2mrequeststatic", "", "remote socket"};
 inline const fsmcore_exchange *const FSMCORE_EXCHANGES[] = {&LOCAL, &REMOTE};
 
 /// What one call wrote, returned and left behind.
