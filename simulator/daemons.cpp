@@ -16,22 +16,8 @@ namespace {
 constexpr std::size_t LINE_LIMIT = std::size_t{64} * 1024;
 constexpr std::size_t HTTP_LIMIT = HTTP_BODY_LIMIT + std::size_t{64} * 1024;
 
-constexpr header_line EIB_LINES[] = {{"SectionName"}, {"Destination"}, {"EISType"}, {"Payload"}};
-constexpr header_line SMS_SEND_LINES[] = {{"SectionName"}, {"To"}, {"Msg"}};
-constexpr header_line SMS_RECEIVE_LINES[] = {{"From"}, {"Msg"}};
-constexpr header_line LINTRONIC_LINES[] = {
-    {"SectionName"}, {"Device", "", 2}, {"Command", "", 3}, {"Payload"}};
-constexpr header_line ALARM_LINES[] = {{"SectionName"}, {"UserCode"}, {"Command"}, {"Payload"}};
-constexpr header_line VIVALDI_SET_LINES[] = {{"SectionName"}, {"CentralNumber"}, {"Command", "1"},
-                                             {"RC20_Number"}, {"RC20_OnOff"},    {"RC20_Volume"},
-                                             {"RC20_High"},   {"RC20_Low"},      {"RC20_Channel"},
-                                             {"RC20_Cd"},     {"RC20_Track"},    {"RC20_Tuner"}};
-constexpr header_line VIVALDI_GET_LINES[] = {
-    {"SectionName"}, {"CentralNumber"}, {"Command", "2"}, {"RC20_Number"}};
-// The zone follows the command on the wire, whatever the order in which users name them.
-constexpr header_line TUTONDO_SET_LINES[] = {
-    {"SectionName"}, {"Command"}, {"Zone_Number"}, {"Payload"}};
-constexpr header_line TUTONDO_GET_LINES[] = {{"SectionName"}, {"Command"}, {"Zone_Number"}};
+constexpr const char *EIB_LINES = "SectionName Destination EISType Payload";
+constexpr const char *ALARM_LINES = "SectionName UserCode Command Payload";
 
 constexpr linked_lines EIB_LINKED = {{"Destination"}, "Payload", "Payload"};
 constexpr linked_lines LINTRONIC_LINKED = {{"Device"}, "Payload", "Payload"};
@@ -43,20 +29,26 @@ constexpr gateway_request EIB_REQUESTS[] = {
     {"SENDEIBUSSETDATAGRAM", EIB_LINES, "living|1/1/3|1|1", &EIB_LINKED},
     {"SENDEIBUSGETDATAGRAM", EIB_LINES, "living|1/1/3|1|0"}};
 constexpr gateway_request SMSTOOL_REQUESTS[] = {
-    {"SENDSMSTOOLDATAGRAM", SMS_SEND_LINES, "modem|+390550001|hello"},
-    {"RECVSMSTOOLDATAGRAM", SMS_RECEIVE_LINES, "+390550001|hello"}};
-constexpr gateway_request LINTRONIC_REQUESTS[] = {
-    {"SENDLINTRONICDATAGRAM", LINTRONIC_LINES, "garden|07|012|on", &LINTRONIC_LINKED}};
+    {"SENDSMSTOOLDATAGRAM", "SectionName To Msg", "modem|+390550001|hello"},
+    {"RECVSMSTOOLDATAGRAM", "From Msg", "+390550001|hello"}};
+constexpr gateway_request LINTRONIC_REQUESTS[] = {{"SENDLINTRONICDATAGRAM",
+                                                   "SectionName Device:2 Command:3 Payload",
+                                                   "garden|07|012|on", &LINTRONIC_LINKED}};
 constexpr gateway_request TECNOUT_REQUESTS[] = {
     {"SENDTECNOUTCOMMANDDATAGRAM", ALARM_LINES, "alarm|1234|arm|all"}};
 constexpr gateway_request VIVALDI_REQUESTS[] = {
-    {"SENDVIVALDISETDATAGRAM", VIVALDI_SET_LINES, "audio|1|4|1|40|5|5|1|1|1|1", &VIVALDI_LINKED},
-    {"SENDVIVALDIGETDATAGRAM", VIVALDI_GET_LINES}};
+    {"SENDVIVALDISETDATAGRAM",
+     "SectionName CentralNumber Command=1 RC20_Number RC20_OnOff RC20_Volume RC20_High RC20_Low "
+     "RC20_Channel RC20_Cd RC20_Track RC20_Tuner",
+     "audio|1|4|1|40|5|5|1|1|1|1", &VIVALDI_LINKED},
+    {"SENDVIVALDIGETDATAGRAM", "SectionName CentralNumber Command=2 RC20_Number"}};
 constexpr gateway_request BENTEL_REQUESTS[] = {
     {"SENDBENTELCOMMANDDATAGRAM", ALARM_LINES, "alarm|1234|arm|all"}};
+// The zone follows the command on the wire, whatever the order in which users name them.
 constexpr gateway_request TUTONDO_REQUESTS[] = {
-    {"SENDTUTONDOSETDATAGRAM", TUTONDO_SET_LINES, "audio|3|VOLUME|20", &TUTONDO_LINKED},
-    {"SENDTUTONDOGETDATAGRAM", TUTONDO_GET_LINES, "audio|3|VOLUME|0"}};
+    {"SENDTUTONDOSETDATAGRAM", "SectionName Command Zone_Number Payload", "audio|3|VOLUME|20",
+     &TUTONDO_LINKED},
+    {"SENDTUTONDOGETDATAGRAM", "SectionName Command Zone_Number", "audio|3|VOLUME|0"}};
 
 /// In the order of arrival_kind.
 constexpr const char *ARRIVAL_WORDS[] = {"",

@@ -41,14 +41,6 @@ struct exchange_result {
     passed_request web = {}; ///< the request, where it is one of the web
 };
 
-/// One header line of a gateway's request: "Name: value". A gateway may fix the value, or its
-/// width in bytes.
-struct header_line {
-    std::string_view name;
-    std::string_view fixed_value = {};
-    std::size_t width = 0;
-};
-
 /// Which lines of a datagram that sets say what, and of what.
 struct linked_lines {
     std::array<std::string_view, 2> address; ///< the parts, a slash between them; or one alone
@@ -56,10 +48,11 @@ struct linked_lines {
     std::string_view value;
 };
 
-/// A request that a gateway knows, with the lines after the one that names it.
+/// A request that a gateway knows. The lines after the one that names it are words: the name of the
+/// header, then "=" and the only value that is right, or ":" and its width in bytes, if it has any.
 struct gateway_request {
     std::string_view function;
-    std::span<const header_line> lines;
+    std::string_view lines;
     std::string_view sample = {};         ///< parameters of the client; empty: it never sends it
     const linked_lines *linked = nullptr; ///< where it sets something
 };

@@ -21,17 +21,17 @@ struct request_verdict {
     std::string complaint = {};
 };
 
-request_verdict check_value(const header_line &expected, const std::string &tag,
+/// @param rule such as "=1", ":2" or nothing.
+request_verdict check_value(const std::string &rule, const std::string &tag,
                             std::string_view value) {
     if (value.find('\0') != std::string_view::npos) {
         return {MALFORMED, tag + "holds a zero byte"};
     }
-    if (!expected.fixed_value.empty() && value != expected.fixed_value) {
-        return {REFUSED_VALUE, tag + "must be " + std::string(expected.fixed_value)};
+    if (rule.starts_with('=') && value != rule.substr(1)) {
+        return {REFUSED_VALUE, tag + "must be " + rule.substr(1)};
     }
-    if (expected.width != 0 && value.size() != expected.width) {
-        return {REFUSED_VALUE,
-                tag + "must be " + std::to_string(expected.width) + " characters long"};
+    if (rule.starts_with(':') && std::to_string(value.size()) != rule.substr(1)) {
+        return {REFUSED_VALUE, tag + "must be " + rule.substr(1) + " characters long"};
     }
     return {PROPER_REQUEST};
 }
@@ -39,20 +39,22 @@ request_verdict check_value(const header_line &expected, const std::string &tag,
 /// Checks the lines after the first, and adds their values to the request in words.
 request_verdict check_lines(const gateway_request &request, std::span<const std::string_view> lines,
                             std::string &shown) {
-    for (std::size_t i = 0; i < request.lines.size(); ++i) {
-        const std::string tag = std::string(request.lines[i].name) + ": ";
+    const std::vector<std::string_view> headers = split_text(request.lines, ' ');
+    for (std::size_t i = 0; i < headers.size(); ++i) {
+        const std::size_t end = std::min(headers[i].find_first_of("=:"), headers[i].size());
+        const std::string tag = std::string(headers[i].substr(0, end)) + ": ";
         if (i + 1 >= lines.size() || !lines[i + 1].starts_with(tag)) {
             return {MALFORMED, "line " + std::to_string(i + 2) + " is not '" + tag + "...'"};
         }
         const std::string_view value = lines[i + 1].substr(tag.size());
         shown += (i == 0 ? " " : "|") + show_value(value);
-        request_verdict verdict = check_value(request.lines[i], tag, value);
+        request_verdict verdict = check_value(std::string(headers[i].substr(end)), tag, value);
         if (verdict.error != PROPER_REQUEST) {
             return verdict;
         }
     }
-    return lines.size() > request.lines.size() + 1 ? request_verdict{MALFORMED, "a line too many"}
-                                                   : request_verdict{PROPER_REQUEST};
+    return lines.size() > headers.size() + 1 ? request_verdict{MALFORMED, "a line too many"}
+                                             : request_verdict{PROPER_REQUEST};
 }
 
 /// The request of this name, null when the gateway knows none.
