@@ -3,6 +3,8 @@
 #include "tests/protocol/texts.h"
 #include "tests/webservice/http_peer.h"
 
+#include <gtest/gtest.h>
+
 namespace harness {
 
 namespace {
@@ -48,6 +50,13 @@ http_reply post_message(int port, const std::string &message, const std::string 
 
 std::string call_service(int port, const std::string &operation, const std::string &children) {
     return post_message(port, wrap_request(element("ns:service-" + operation, children))).body;
+}
+
+void expect_response(int port, const std::string &operation, const std::string &request,
+                     const std::string &response) {
+    EXPECT_EQ(call_service(port, operation, children(request)),
+              wrap_response(operation, children(response)))
+        << request;
 }
 
 } // namespace harness

@@ -27,4 +27,8 @@ http_reply post_message(int port, const std::string &message,
 /// Calls service-OPERATION with these children and returns the answer body.
 std::string call_service(int port, const std::string &operation, const std::string &children);
 
+/// Calls service-OPERATION with a list of children and compares the answer with such a list.
+void expect_response(int port, const std::string &operation, const std::string &request,
+                     const std::string &response);
+
 } // namespace harness
