@@ -63,10 +63,10 @@ void forget(void *block) {
 
 /// Sends the answer ahead of its request, one record for each receive.
 void send_answer() {
-    constexpr std::size_t most_pieces = 100; // all have to fit into the connection's buffer
     const std::string &answer = *run.answer;
-    const std::size_t piece =
-        run.piece == 0 ? answer.size() : std::max(run.piece, answer.size() / most_pieces + 1);
+    // A hundred of them fit into the connection's buffer.
+    const std::size_t least = run.piece == 0 ? answer.size() : answer.size() / 100 + 1;
+    const std::size_t piece = std::max(run.piece, least);
     for (std::size_t at = 0; at < answer.size(); at += piece) {
         const std::size_t size = std::min(piece, answer.size() - at);
         send(run.other_end, answer.data() + at, size, MSG_DONTWAIT);
@@ -183,8 +183,8 @@ std::size_t below(input *in, std::size_t bound) {
 }
 
 std::string field(input *in) {
-    const std::string text(reinterpret_cast<const char *>(in->at),
-                           strnlen(reinterpret_cast<const char *>(in->at), in->left));
+    std::string text(reinterpret_cast<const char *>(in->at),
+                     strnlen(reinterpret_cast<const char *>(in->at), in->left));
     const std::size_t taken = std::min(text.size() + 1, in->left);
     in->at += taken;
     in->left -= taken;
@@ -276,13 +276,12 @@ int __wrap_setsockopt() {
 /// Every name is a host.
 int __wrap_getaddrinfo(const char * /*host*/, const char * /*service*/,
                        const struct addrinfo * /*hints*/, struct addrinfo **found) {
-    static sockaddr_in address = {
-        .sin_family = AF_INET, .sin_port = 0, .sin_addr = {}, .sin_zero = {}};
+    static sockaddr_in address = {};
     static addrinfo entry = {};
-    entry.ai_family = AF_INET;
-    entry.ai_socktype = SOCK_STREAM;
     entry.ai_addr = reinterpret_cast<sockaddr *>(&address);
     entry.ai_addrlen = sizeof address;
+    address.sin_family = AF_INET;
+    entry.ai_family = AF_INET;
     *found = &entry;
     return 0;
 }

@@ -34,10 +34,10 @@ struct saying {
 /// `logger` and `sleep` write their arguments, a line each, to `syslog` and `pauses` in the working
 /// directory instead of doing what they are for.
 struct shell_room {
-    explicit shell_room(const shell_row &shell);
+    explicit shell_room(const shell_row &of);
     /// Here a script stands for lumocmd. It says this call by call, and notes a line of
     /// "<argument>"s in `calls`.
-    shell_room(const shell_row &shell, const std::vector<saying> &sayings);
+    shell_room(const shell_row &of, const std::vector<saying> &sayings);
 
     /// Replaces or adds a program by a script for sh.
     void add_script(const std::string &name, const std::string &text) const;
