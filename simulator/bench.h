@@ -14,7 +14,7 @@ struct daemon_turns {
 };
 
 struct test_bench {
-    const simulator_settings &settings;
+    simulator_settings &settings; ///< what the daemons are told may change
     home_state home = {};
     request_journal journal = {};
     replay_list replay = {};

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/status.hpp>
 #include <boost/beast/http/string_body.hpp>
@@ -104,24 +105,63 @@ http_answer answer_call(daemon_conversation &conversation, const http::fields &f
     return {200, write_response(*call.operation, response), ANSWER_TYPE};
 }
 
-/// Lets only those in who name this machine: a page from elsewhere whose name was made to lead
-/// here must not read the home. The answer to /events is only the sign to start streaming.
-http_answer answer_watcher(daemon_conversation &conversation, const http::fields &fields,
-                           bool page) {
-    const std::string &origin = conversation.home.origin;
-    const std::string host = "http://" + header_value(fields, "Host");
-    if (host != origin && host != "http://localhost" + origin.substr(origin.rfind(':'))) {
-        return {403};
+/// A name that a browser looks up may be made to lead here by whoever owns it; localhost and an
+/// address in digits may not.
+bool is_own_host(std::string_view host) {
+    std::string name(host.substr(0, host.find_last_not_of("0123456789") + 1));
+    if (name.ends_with(':')) {
+        name.pop_back();
+    } else {
+        name = host;
     }
-    conversation.exchange.audience = page ? audience_kind::PAGE : audience_kind::EVENTS;
-    return page
-               ? http_answer{200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY}
-               : http_answer{200};
+    if (name.starts_with('[') && name.ends_with(']')) {
+        name = name.substr(1, name.size() - 2);
+    }
+    boost::system::error_code error;
+    boost::asio::ip::make_address(name, error);
+    return !error || equal_ignoring_case(name, "localhost");
+}
+
+/// Why a request may be one that a browser sends for a page from elsewhere; empty when it is not.
+/// Other clients need not say where they are going, and never say where they come from.
+std::string complain_about_sender(const http::fields &fields) {
+    const std::string host = header_value(fields, "Host");
+    const std::string origin = header_value(fields, "Origin");
+    if (!host.empty() && !is_own_host(host)) {
+        return "foreign Host";
+    }
+    return origin.empty() || origin == "http://" + host ? "" : "foreign Origin";
+}
+
+http_answer refuse_stranger(exchange_result &exchange, const std::string &complaint) {
+    exchange.audience = audience_kind::STRANGER;
+    exchange.outcome = "HTTP 403 (" + complaint + ")";
+    return {403};
+}
+
+/// What the page asks for; all but itself is the server's to answer.
+http_answer answer_page(daemon_conversation &conversation, const http::fields &fields,
+                        bool changes) {
+    exchange_result &exchange = conversation.exchange;
+    if (exchange.web.path == PAGE_PATH) {
+        exchange.audience = audience_kind::PAGE;
+        return {200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY};
+    }
+    if (changes && header_value(fields, TOKEN_HEADER) != conversation.home.token) {
+        return refuse_stranger(exchange, "not from this page");
+    }
+    exchange.audience =
+        exchange.web.path == EVENTS_PATH ? audience_kind::EVENTS : audience_kind::BENCH;
+    return {200};
 }
 
 http_answer route(daemon_conversation &conversation,
                   const http::request<http::string_body> &request) {
     const std::string &path = conversation.exchange.web.path;
+    const std::string complaint = complain_about_sender(request);
+    if (!complaint.empty()) {
+        return refuse_stranger(conversation.exchange, complaint);
+    }
     const bool fetches =
         request.method() == http::verb::get || request.method() == http::verb::head;
     if (request.method() == http::verb::post && path == SERVICE_PATH) {
@@ -130,8 +170,10 @@ http_answer route(daemon_conversation &conversation,
     if (fetches && path == "/configuration") {
         return {200, conversation.home.configuration, "text/plain; charset=utf-8"};
     }
-    if (fetches && (path == PAGE_PATH || path == EVENTS_PATH)) {
-        return answer_watcher(conversation, request, path == PAGE_PATH);
+    const bool changes = request.method() == http::verb::post && path == CONTROL_PATH;
+    if (changes ||
+        (fetches && (path == PAGE_PATH || path == EVENTS_PATH || path.starts_with(DETAILS_PATH)))) {
+        return answer_page(conversation, request, changes);
     }
     return {404};
 }
@@ -176,6 +218,10 @@ request_progress http_progress(std::string_view received) {
     const bool asks_first =
         unfinished && header_value(reading.parser.get(), "Expect") == "100-continue";
     return asks_first ? request_progress::AWAITS_CONTINUE : request_progress::INCOMPLETE;
+}
+
+std::string write_http(unsigned status, const std::string &body) {
+    return write_answer({status, body, "text/plain; charset=utf-8"}, true);
 }
 
 void answer_http(daemon_conversation &conversation) {

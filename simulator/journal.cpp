@@ -3,6 +3,7 @@
 #include "simulator/report.h"
 #include "simulator/text.h"
 
+#include <chrono>
 #include <fcntl.h>
 
 namespace {
@@ -14,6 +15,14 @@ std::string recorded_lines(const journal_entry &entry) {
         lines += bytes_words(*entry.daemon, "->", *entry.answer) + "\n";
     }
     return lines;
+}
+
+/// An upload of a megabyte must not be kept thousands of times.
+void cut_bytes(std::string &bytes) {
+    if (bytes.size() > WATCHED_BYTES + 1) {
+        bytes.resize(WATCHED_BYTES + 1); // the last one tells that there were more
+        bytes.shrink_to_fit();
+    }
 }
 
 } // namespace
@@ -51,14 +60,25 @@ void add_entry(request_journal &journal, journal_entry entry) {
         std::fputs(recorded_lines(entry).c_str(), journal.recording);
         std::fflush(journal.recording);
     }
-    latest_requests &latest = journal.latest[row_of(*entry.daemon)];
-    latest.asked++;
-    latest.entries.push_front({entry.daemon, entry.request, entry.outcome, {}});
-    if (latest.entries.size() > LATEST_ENTRIES) {
-        latest.entries.pop_back();
-    }
+    journal.asked[row_of(*entry.daemon)]++;
     if (journal.keep) {
-        journal.entries.push_back(std::move(entry));
+        journal.entries.push_back(entry);
+        journal.entries.back().received.clear();
+    }
+    show_entry(journal, std::move(entry));
+}
+
+void show_entry(request_journal &journal, journal_entry entry) {
+    using namespace std::chrono;
+    cut_bytes(entry.received);
+    if (entry.answer) {
+        cut_bytes(*entry.answer);
+    }
+    entry.number = ++journal.count;
+    entry.time = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    journal.watched.push_front(std::move(entry));
+    if (journal.watched.size() > WATCHED_ENTRIES) {
+        journal.watched.pop_back();
     }
     if (journal.watch) {
         journal.watch();

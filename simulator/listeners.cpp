@@ -205,11 +205,32 @@ std::string announce_listeners(const simulator_settings &settings, const listene
     return "";
 }
 
+bool stop_listening(event_loop &loop, daemon_listener &listener, bool counted) {
+    const asio::local::stream_protocol::endpoint place(listener.path);
+    error_code error;
+    listener.acceptor.close(error);
+    unlink(listener.path.c_str());
+    error = start_listening(listener.acceptor, place, true);
+    struct stat made {};
+    lstat(listener.path.c_str(), &made);
+    listener.device = made.st_dev;
+    listener.inode = made.st_ino;
+    return !error && (!counted || can_count(loop, listener.path, place));
+}
+
+void listen_again(daemon_listener &listener) {
+    error_code ignored;
+    listener.acceptor.listen(BACKLOG, ignored);
+}
+
 void refuse_connections(event_loop &loop, daemon_listener &listener, int count,
                         std::function<void()> refused, std::function<void()> then) {
     const auto pause = std::make_shared<loop_timer>(loop.context, ATTEMPT_PAUSE);
     pause->async_wait([&loop, &listener, count, refused = std::move(refused),
-                       then = std::move(then), pause](const error_code &) {
+                       then = std::move(then), pause, order = listener.orders](const error_code &) {
+        if (order != listener.orders) {
+            return;
+        }
         const bool attempt = was_accessed(listener.path);
         const int left = attempt ? count - 1 : count;
         if (attempt) {
@@ -218,8 +239,7 @@ void refuse_connections(event_loop &loop, daemon_listener &listener, int count,
         if (left > 0 && !loop.stopping) {
             refuse_connections(loop, listener, left, refused, then);
         } else if (!loop.stopping) {
-            error_code ignored;
-            listener.acceptor.listen(BACKLOG, ignored);
+            listen_again(listener);
             then();
         }
     });

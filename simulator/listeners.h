@@ -19,6 +19,7 @@ struct daemon_listener {
     std::string path; ///< socket file; empty for the TCP port
     dev_t device;     ///< device and inode of the socket file, to remove no other
     ino_t inode;
+    unsigned orders = 0; ///< how often it was told anew; a wait for an older order is over
 };
 
 struct listener_set {
@@ -37,6 +38,13 @@ std::string open_listeners(event_loop &loop, const simulator_settings &settings,
 /// DAEMONS. Returns what went wrong.
 std::string announce_listeners(const simulator_settings &settings, const listener_set &listeners,
                                std::vector<std::string> &places);
+
+/// Puts a socket that refuses connections in the place of one that listens. False when it cannot,
+/// or cannot count them as it should.
+bool stop_listening(event_loop &loop, daemon_listener &listener, bool counted);
+
+/// Lets a socket listen that refused connections.
+void listen_again(daemon_listener &listener);
 
 /// Refuses this many more connections, and lets the socket listen then. Tells of each that was
 /// refused.

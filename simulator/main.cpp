@@ -80,7 +80,7 @@ int conclude(test_bench &bench, const std::vector<listed_request> &expected) {
     return status;
 }
 
-int serve_bench(const simulator_settings &settings, script_run &script) {
+int serve_bench(simulator_settings &settings, script_run &script) {
     test_bench bench{settings};
     std::vector<listed_request> expected;
     std::string complaint = prepare(bench, expected);

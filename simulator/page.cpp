@@ -1,7 +1,9 @@
-// The event stream. Every event has the whole state, so that a page that lost some has no gap.
+// The event stream. Every event has the whole state but for the requests, of which there may be
+// thousands: it has those after the last event.
 #include "simulator/page.h"
 
 #include "page_text.h"
+#include "simulator/client_commands.h"
 #include "simulator/forward.h"
 #include "simulator/text.h"
 
@@ -11,39 +13,51 @@ namespace {
 
 using json_value = nlohmann::ordered_json;
 
-/// What the daemon was told to do, in words; empty for a proper one.
-std::string told_words(const test_bench &bench, const daemon_row &daemon) {
-    const simulator_settings &settings = bench.settings;
-    const told_behaviour &told = settings.behaviours[row_of(daemon)];
-    const daemon_turns &turns = bench.turns[row_of(daemon)];
+/// How often a daemon does what it was told from now on, in words.
+std::string times_words(int told, std::size_t done) {
+    const auto left = static_cast<std::size_t>(told) - done;
+    return told == FOR_EVER ? "" : left == 1 ? " once" : " " + std::to_string(left) + " times";
+}
+
+/// Whether a daemon still does, after so many times, what it was told to do some times.
+bool is_due(int told, std::size_t done) {
+    return static_cast<std::size_t>(told) > done;
+}
+
+std::string statuses_words(const daemon_row &daemon, const std::vector<int> &statuses) {
     std::string words;
-    if (told.refusals > turns.refusals) {
-        words = "refuses connections";
-    } else if (told.closes > turns.requests) {
-        words = CLOSED;
-    } else if (told.raw) {
-        words = "answers " + std::to_string(told.raw->size()) + " raw bytes";
-    } else if (!told.statuses.empty()) {
-        for (const int status : told.statuses) {
-            words += (words.empty() ? "answers " : ", ") + format_status(daemon, status);
-        }
-    } else if (!settings.replay_file.empty()) {
-        words = "answers from a recording";
-    } else if (is_forwarded(settings, daemon)) {
-        words = "asks the real controller";
-    }
-    if (told.delay > 0 && told.delays > turns.requests) {
-        words.append(words.empty() ? "" : ", ") += "waits " + std::to_string(told.delay) + " ms";
+    for (const int status : statuses) {
+        words += (words.empty() ? "answers " : ", ") + format_status(daemon, status);
     }
     return words;
+}
+
+/// How a daemon is, in one word.
+const char *daemon_condition(const test_bench &bench, const daemon_row &daemon,
+                             const std::string &words) {
+    const told_behaviour &told = bench.settings.behaviours[row_of(daemon)];
+    if (words.starts_with("refuses")) {
+        return "refusing";
+    }
+    const bool waits_alone = words.starts_with("waits");
+    const bool others = words.starts_with("asks") || words.ends_with("recording");
+    if (words.empty() || (others && told.delay == 0)) {
+        return "healthy";
+    }
+    return waits_alone || others ? "slow" : "told to fail";
 }
 
 json_value elements_picture(const home_state &home) {
     json_value list = json_value::array();
     for (const auto &[name, element] : home.elements) {
+        std::string places;
+        for (const auto &[place, linked] : home.links) {
+            places += linked == name ? (places.empty() ? "" : ", ") + place : "";
+        }
         list.push_back({{"key", name},
                         {"status", show_value(element.status)},
-                        {"value", show_value(element.value)}});
+                        {"value", show_value(element.value)},
+                        {"links", places}});
     }
     return list;
 }
@@ -51,32 +65,123 @@ json_value elements_picture(const home_state &home) {
 json_value daemons_picture(const test_bench &bench) {
     json_value list = json_value::array();
     for (const daemon_row &daemon : DAEMONS) {
-        const latest_requests &latest = bench.journal.latest[row_of(daemon)];
-        const bool refuses = bench.settings.behaviours[row_of(daemon)].refusals >
-                             bench.turns[row_of(daemon)].refusals;
-        json_value entries = json_value::array();
-        for (const journal_entry &entry : latest.entries) {
-            entries.push_back({{"request", entry.request}, {"outcome", entry.outcome}});
-        }
+        const std::string words = told_words(bench, daemon);
         list.push_back({{"key", daemon.key},
                         {"label", daemon.label},
                         {"place", bench.places[row_of(daemon)]},
-                        {"told", told_words(bench, daemon)},
-                        {"refuses", refuses},
-                        {"asked", latest.asked},
-                        {"latest", entries}});
+                        {"told", words},
+                        {"condition", daemon_condition(bench, daemon, words)},
+                        {"base", daemon.base},
+                        {"asked", bench.journal.asked[row_of(daemon)]}});
     }
     return list;
 }
 
+json_value commands_picture(const test_bench &bench) {
+    json_value commands;
+    for (const daemon_row &daemon : DAEMONS) {
+        commands[std::string(daemon.key)] = client_commands(daemon, bench.places[row_of(daemon)]);
+    }
+    return commands;
+}
+
+/// What became of a request, in one word.
+const char *outcome_word(const journal_entry &entry) {
+    const std::string &outcome = entry.outcome;
+    if (outcome == REFUSED) {
+        return "refused";
+    }
+    if (!entry.answer) {
+        return "closed";
+    }
+    if (outcome.starts_with(format_status(*entry.daemon, 0)) || outcome.starts_with("HTTP 2")) {
+        return "done";
+    }
+    return outcome.ends_with(" raw bytes") ? "raw" : "failed";
+}
+
+/// The requests after this one, the oldest first.
+json_value requests_picture(const request_journal &journal, std::size_t seen) {
+    json_value list = json_value::array();
+    const std::size_t count = std::min(journal.count - seen, journal.watched.size());
+    for (std::size_t i = count; i > 0; --i) {
+        const journal_entry &entry = journal.watched[i - 1];
+        list.push_back({{"number", entry.number},
+                        {"time", entry.time},
+                        {"daemon", entry.daemon->key},
+                        {"request", entry.request},
+                        {"outcome", entry.outcome},
+                        {"word", outcome_word(entry)}});
+    }
+    return list;
+}
+
+/// Bytes as they would be written for --answer-raw, a line of them on each line.
+std::string byte_lines(std::string_view bytes) {
+    const bool kept_all = bytes.size() <= WATCHED_BYTES;
+    bytes = bytes.substr(0, WATCHED_BYTES);
+    std::string lines;
+    while (!bytes.empty()) {
+        const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
+        lines += quote_bytes(bytes.substr(0, end)) + "\n";
+        bytes.remove_prefix(end);
+    }
+    return lines + (lines.empty() ? "nothing" : kept_all ? "" : "and more");
+}
+
 } // namespace
+
+std::string told_words(const test_bench &bench, const daemon_row &daemon) {
+    const simulator_settings &settings = bench.settings;
+    const told_behaviour &told = settings.behaviours[row_of(daemon)];
+    const auto requests = static_cast<std::size_t>(bench.turns[row_of(daemon)].requests);
+    const auto refusals = static_cast<std::size_t>(bench.turns[row_of(daemon)].refusals);
+    const auto given = bench.home.statuses_given.find(daemon.key);
+    const std::size_t answered = given == bench.home.statuses_given.end() ? 0 : given->second;
+    std::string words;
+    if (is_due(told.refusals, refusals)) {
+        words = "refuses connections" + times_words(told.refusals, refusals);
+    } else if (is_due(told.closes, requests)) {
+        words = "closes without an answer" + times_words(told.closes, requests);
+    } else if (told.raw) {
+        words = "answers " + std::to_string(told.raw->size()) + " raw bytes";
+    } else if (!told.statuses.empty() && is_due(told.answers, answered)) {
+        words = statuses_words(daemon, told.statuses) + times_words(told.answers, answered);
+    } else if (!settings.replay_file.empty()) {
+        words = "answers from a recording";
+    } else if (is_forwarded(settings, daemon)) {
+        words = "asks the real controller";
+    }
+    if (told.delay > 0 && is_due(told.delays, requests)) {
+        words.append(words.empty() ? "" : ", ") +=
+            "waits " + std::to_string(told.delay) + " ms" + times_words(told.delays, requests);
+    }
+    return words;
+}
 
 std::string_view page_text() {
     return PAGE_TEXT;
 }
 
-std::string picture_event(const test_bench &bench) {
-    const json_value picture{{"elements", elements_picture(bench.home)},
-                             {"daemons", daemons_picture(bench)}};
+std::string picture_event(const test_bench &bench, std::size_t &seen) {
+    json_value picture{{"run", bench.home.token},
+                       {"elements", elements_picture(bench.home)},
+                       {"daemons", daemons_picture(bench)},
+                       {"requests", requests_picture(bench.journal, seen)}};
+    if (seen == 0) {
+        picture["commands"] = commands_picture(bench);
+    }
+    seen = bench.journal.count;
     return "data: " + picture.dump(-1, ' ', false, json_value::error_handler_t::replace) + "\n\n";
+}
+
+std::optional<std::string> request_details(const test_bench &bench, std::string_view number) {
+    for (const journal_entry &entry : bench.journal.watched) {
+        if (std::to_string(entry.number) == number) {
+            return json_value({{"received", byte_lines(entry.received)},
+                               {"sent", byte_lines(entry.answer.value_or(""))}})
+                .dump();
+        }
+    }
+    return std::nullopt;
 }

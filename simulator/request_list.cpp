@@ -13,9 +13,9 @@ namespace {
 /// Lines of a log that are no requests.
 constexpr std::array<std::string_view, 2> BARE_LINES{"ready", "stopped"};
 constexpr std::array<std::string_view, 3> PLACE_LINES{" listens on ", " refuses on ", " <- "};
-constexpr std::array<std::string_view, 4> NOTES{
-    ": no request, ", ": connection dropped: ", ": the client did not take its answer",
-    ": too many connections, "};
+constexpr std::array<std::string_view, 6> NOTES{
+    ": no request, ",           ": connection dropped: ", ": the client did not take its answer",
+    ": too many connections, ", ": listens from now on",  ": told on the page: "};
 
 bool tells_of_no_request(std::string_view after_label) {
     const auto opens = [after_label](std::string_view text) {

@@ -9,6 +9,7 @@
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <cstdio>
+#include <random>
 
 namespace {
 
@@ -30,7 +31,8 @@ void finish(const session_ptr &session) {
     const daemon_row &daemon = session->conversation.daemon;
     const exchange_result &exchange = session->conversation.exchange;
     add_entry(session->server.bench.journal,
-              {&daemon, exchange.request, exchange.outcome, exchange.answer});
+              {&daemon, exchange.request, exchange.outcome, exchange.answer,
+               std::string(session->conversation.received)});
     if (!exchange.answer) {
         end_connection(session->client);
         return;
@@ -82,6 +84,10 @@ void answer(const session_ptr &session, arrival_kind arrival) {
     conversation.daemon.answer(conversation);
     if (conversation.exchange.audience == audience_kind::EVENTS) {
         stream_events(session);
+    } else if (conversation.exchange.audience == audience_kind::BENCH) {
+        answer_bench(session);
+    } else if (conversation.exchange.audience == audience_kind::STRANGER) {
+        finish(session); // as it is: it must not reach what a real controller answers
     } else if (conversation.exchange.audience == audience_kind::PAGE) {
         send_all(session->client, *conversation.exchange.answer,
                  [session](bool /*sent*/) { end_connection(session->client); });
@@ -124,6 +130,9 @@ void accepted(simulator_server &server, daemon_listener &listener, const error_c
     if (server.loop.stopping) {
         return;
     }
+    if (error == asio::error::operation_aborted) { // it was told to refuse
+        return;
+    }
     if (error) {
         const auto pause = std::make_shared<loop_timer>(server.loop.context, ACCEPT_PAUSE);
         pause->async_wait(
@@ -147,25 +156,14 @@ void accept_next(simulator_server &server, daemon_listener &listener) {
     }
 }
 
-/// Accepts connections once enough of them were refused.
-void serve_listener(simulator_server &server, daemon_listener &listener) {
-    test_bench &bench = server.bench;
-    const std::size_t row = row_of(*listener.daemon);
-    const int refusals = bench.settings.behaviours[row].refusals;
-    if (refusals == 0) {
-        accept_next(server, listener);
-    } else if (refusals != FOR_EVER) {
-        refuse_connections(
-            server.loop, listener, refusals,
-            [&bench, row]() {
-                bench.turns[row].refusals++;
-                bench.journal.watch();
-            },
-            [&server, &listener]() {
-                print_note(*listener.daemon, "listens from now on");
-                accept_next(server, listener);
-            });
+/// A text that nobody can guess.
+std::string random_token() {
+    std::random_device source;
+    std::array<char, 33> text{};
+    for (std::size_t i = 0; i < 32; i += 8) {
+        std::snprintf(&text[i], 9, "%08x", source());
     }
+    return text.data();
 }
 
 /// Serves until a signal comes, with a command until its end: the other signals are passed on to
@@ -197,6 +195,27 @@ void run(simulator_server &server) {
 
 } // namespace
 
+void follow_refusals(simulator_server &server, daemon_listener &listener) {
+    test_bench &bench = server.bench;
+    const std::size_t row = row_of(*listener.daemon);
+    const int refusals = bench.settings.behaviours[row].refusals;
+    if (refusals == 0) {
+        accept_next(server, listener);
+    } else if (refusals != FOR_EVER) {
+        refuse_connections(
+            server.loop, listener, refusals,
+            [&bench, row]() {
+                bench.turns[row].refusals++;
+                show_entry(bench.journal,
+                           {&DAEMONS[row], "a connection", std::string(REFUSED), {}});
+            },
+            [&server, &listener]() {
+                print_note(*listener.daemon, "listens from now on");
+                accept_next(server, listener);
+            });
+    }
+}
+
 std::string serve(test_bench &bench) {
     const simulator_settings &settings = bench.settings;
     simulator_server server{bench};
@@ -209,6 +228,7 @@ std::string serve(test_bench &bench) {
         return complaint;
     }
     bench.home.origin = server.listeners.origin;
+    bench.home.token = random_token();
     complaint = announce_listeners(settings, server.listeners, bench.places);
     if (!complaint.empty()) {
         close_listeners(server.listeners);
@@ -223,7 +243,7 @@ std::string serve(test_bench &bench) {
         }
     };
     for (daemon_listener &row : server.listeners.rows) {
-        serve_listener(server, row);
+        follow_refusals(server, row);
     }
     if (!settings.script.empty()) {
         complaint =

@@ -33,7 +33,8 @@ struct client_session {
     simulator_server &server;
     connection_ptr client;
     daemon_conversation conversation;
-    int turn = 0; ///< which of its daemon's requests this is
+    int turn = 0;         ///< which of its daemon's requests this is
+    std::size_t seen = 0; ///< number of the last entry that a watcher saw
     bool told_to_continue = false;
     bool idle = false;    ///< a watcher that waits for something to see
     bool changed = false; ///< and has not seen the last change
@@ -45,3 +46,9 @@ using session_ptr = std::shared_ptr<client_session>;
 /// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
 /// or the simulator shuts down.
 void stream_events(const session_ptr &session);
+
+/// Answers what else the page asks for: the bytes of a request, or a change.
+void answer_bench(const session_ptr &session);
+
+/// Lets a daemon listen, or refuse connections, as it is told by now.
+void follow_refusals(simulator_server &server, daemon_listener &listener);

@@ -18,7 +18,8 @@ void next_event(const session_ptr &session) {
             return;
         }
         const bool changed = std::exchange(session->changed, false);
-        send_all(session->client, changed ? picture_event(session->server.bench) : STILL_HERE,
+        send_all(session->client,
+                 changed ? picture_event(session->server.bench, session->seen) : STILL_HERE,
                  [session](bool sent) {
                      session->left = session->left || !sent;
                      next_event(session);
@@ -35,7 +36,7 @@ void stream_events(const session_ptr &session) {
         session->client->timer.cancel();
         session->client->socket.cancel();
     });
-    send_all(session->client, STREAM_HEAD + picture_event(session->server.bench),
+    send_all(session->client, STREAM_HEAD + picture_event(session->server.bench, session->seen),
              [session](bool sent) {
                  session->left = session->left || !sent;
                  next_event(session);

@@ -69,6 +69,13 @@ std::string open_session(Browser &browser) {
     return answer.is_object() ? "/session/" + answer["sessionId"].get<std::string>() : "";
 }
 
+/// What the driver answers to a question about the session; null when it does not.
+json fetch(Browser &browser, const std::string &path) {
+    const http_reply answer = ask_http(browser.port, "GET " + browser.session + path);
+    const json whole = json::parse(answer.body, nullptr, false);
+    return answer.status == 200 && whole.is_object() ? whole["value"] : json();
+}
+
 std::string decode_base64(const std::string &text) {
     constexpr std::string_view letters =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -144,6 +151,34 @@ nlohmann::json command(Browser &browser, const std::string &path, const nlohmann
     return json::parse(answer.body, nullptr, false)["value"];
 }
 
+void choose_scheme(Browser &browser, const std::string &scheme) {
+    const json feature{{"name", "prefers-color-scheme"}, {"value", scheme}};
+    command(browser, browser.session + "/goog/cdp/execute",
+            {{"cmd", "Emulation.setEmulatedMedia"},
+             {"params", {{"features", json::array({feature})}}}});
+}
+
+std::string focus_words(Browser &browser) {
+    const json active = fetch(browser, "/element/active");
+    if (!active.is_object()) {
+        return "nothing";
+    }
+    const std::string path = "/element/" + active.front().get<std::string>();
+    const json role = fetch(browser, path + "/computedrole");
+    const json label = fetch(browser, path + "/computedlabel");
+    return role.get<std::string>() + ": " + label.get<std::string>();
+}
+
+void click(Browser &browser, const std::string &selector) {
+    const json found = command(browser, browser.session + "/element",
+                               {{"using", "css selector"}, {"value", selector}});
+    if (found.is_object()) {
+        command(browser,
+                browser.session + "/element/" + found.front().get<std::string>() + "/click",
+                json::object());
+    }
+}
+
 void open_page(Browser &browser, const std::string &address) {
     command(browser, browser.session + "/url", {{"url", address}});
 }
@@ -180,7 +215,6 @@ void resize(Browser &browser, int width, int height) {
 }
 
 std::string take_screenshot(Browser &browser) {
-    const http_reply answer = ask_http(browser.port, "GET " + browser.session + "/screenshot");
-    const json whole = json::parse(answer.body, nullptr, false);
-    return whole.is_object() && whole["value"].is_string() ? decode_base64(whole["value"]) : "";
+    const json picture = fetch(browser, "/screenshot");
+    return picture.is_string() ? decode_base64(picture) : "";
 }

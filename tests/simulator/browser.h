@@ -42,6 +42,16 @@ bool wait_until(Browser &browser, const std::string &expression);
 /// Presses and releases one key, given as the protocol's character for it.
 void press(Browser &browser, const std::string &key);
 
+/// The role and the name that a screen reader tells of what has the focus, and what is computed of
+/// it in the page.
+std::string focus_words(Browser &browser);
+
+/// Clicks the first element that the selector finds, as a mouse does.
+void click(Browser &browser, const std::string &selector);
+
+/// Chooses a light or a dark scheme for the page.
+void choose_scheme(Browser &browser, const std::string &scheme);
+
 /// Makes the page as wide and high as a screen.
 void resize(Browser &browser, int width, int height);
 

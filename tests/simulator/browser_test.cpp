@@ -1,128 +1,168 @@
-// The page as people see it: Chromium shows it while the built lumocmd sends requests.
-#include "tests/simulator/browser.h"
-
-#include <csignal>
-#include <fstream>
-#include <gtest/gtest.h>
+// The page as people use it: Chromium shows it while the built lumocmd sends requests.
+#include "tests/simulator/browser_page.h"
 
 namespace {
 
 using namespace harness;
 
-/// The characters by which the protocol names keys.
-const std::string TAB = "\xEE\x80\x84";
-const std::string ENTER = "\xEE\x80\x87";
+const std::string LAMP = "document.querySelector('[data-key=LIVING-LAMP]')";
+const std::string EIB = "document.querySelector('[data-key=eib]')";
+const std::string ROWS = "document.querySelectorAll('#requests li:not([hidden])')";
 
-constexpr int PHONE_WIDTH = 360;
-constexpr std::size_t LARGEST_PICTURE = std::size_t{150} * 1000;
-
-const std::string LAMP = "document.querySelector('[data-key=LIVING-LAMP]')?.textContent";
-const std::string EIB = "document.querySelector('[data-key=eib] summary')";
-const std::string CONNECTION = "document.getElementById('connection').textContent";
-
-class PageInABrowser : public testing::Test {
-  protected:
-    void SetUp() override {
-        const std::string missing = missing_browser();
-        if (!missing.empty()) {
-            GTEST_SKIP() << missing;
-        }
-        browser = std::make_unique<Browser>();
-        if (browser->port == 0 && !has_ipv6_loopback()) {
-            GTEST_SKIP() << "no ::1, which the driver wants: " << browser->complaint;
-        }
-        ASSERT_FALSE(browser->session.empty()) << browser->complaint;
-        open_page(*browser, origin());
-        ASSERT_TRUE(sees(LAMP + " === 'LIVING-LAMPOFF0'")) << browser->complaint;
-    }
-
-    std::string origin() const {
-        return "http://127.0.0.1:" + std::to_string(simulator.port) + "/";
-    }
-
-    bool sees(const std::string &expression) {
-        return wait_until(*browser, expression);
-    }
-
-    /// Runs the built lumocmd with these options; its exit status.
-    static int lumocmd(const words &options) {
-        return harness::lumocmd(options).status;
-    }
-
-    int run_on_lamp(const std::string &values) const {
-        return lumocmd({"-t", "SOAP", "-u", origin() + "cgi-bin/lumows", "-f",
-                        "SERVICE_RUNONELEMENT", "-p", "DEMO-SESSION|" + values + "||||"});
-    }
-
-    int ask_eib() const {
-        return lumocmd({"-t", "EIBLOCAL", "-s", simulator.home.path + "/lumo_eibgateway.socket",
-                        "-f", "SENDEIBUSSETDATAGRAM", "-p", "living|1/1/3|1|1"});
-    }
-
-    running_simulator simulator;
-    std::unique_ptr<Browser> browser;
-};
-
-TEST_F(PageInABrowser, ShowsTheLampAsLumocmdSwitchesIt) {
-    ASSERT_EQ(run_on_lamp("LIVING-LAMP|ON|80"), 0);
-    EXPECT_TRUE(sees(LAMP + " === 'LIVING-LAMPON80'")) << evaluate(*browser, LAMP);
-    ASSERT_EQ(ask_eib(), 0);
-    EXPECT_TRUE(sees(EIB + ".textContent === 'EIB EIBG-0001 request'"))
-        << evaluate(*browser, EIB + ".textContent");
-    EXPECT_TRUE(sees("document.querySelector('[data-key=eib] li').textContent === "
-                     "'SENDEIBUSSETDATAGRAM living|1/1/3|1|1 → EIBG-000'"));
-
-    evaluate(*browser, "document.querySelector('[data-key=eib]').open = true");
-    resize(*browser, 900, 640);
-    const std::string picture = take_screenshot(*browser);
-    EXPECT_TRUE(picture.starts_with("\x89PNG\r\n")) << picture.size();
-    EXPECT_LT(picture.size(), LARGEST_PICTURE);
-    std::ofstream(PAGE_PICTURE, std::ios::binary) << picture;
+/// The texts of the parts of an element, with a blank between them.
+std::string words_of(const std::string &node) {
+    return "[..." + node + "?.children ?? []].map((part) => part.textContent).join(' ').trim()";
 }
 
-TEST_F(PageInABrowser, TakesNothingFromElsewhere) {
+/// The newest request without its time.
+const std::string NEWEST =
+    words_of("document.querySelector('#requests li:not([hidden]) summary')") + ".slice(13)";
+
+TEST_F(PageInABrowser, ShowsWhatLumocmdDoes) {
+    ASSERT_EQ(run_on_element("LIVING-LAMP|ON|80"), 0);
+    EXPECT_TRUE(sees(words_of(LAMP) + " === 'LIVING-LAMP eib 1/1/3 ON 80'"));
+    ASSERT_EQ(ask_eib(), 0);
+    EXPECT_TRUE(sees(words_of(LAMP) + " === 'LIVING-LAMP eib 1/1/3 ON 1'"));
+    EXPECT_TRUE(sees(words_of(EIB + ".firstElementChild") + " === 'EIB healthy 1 request'"));
+    EXPECT_TRUE(sees(NEWEST + " === 'EIB SENDEIBUSSETDATAGRAM living|1/1/3|1|1 done EIBG-000'"));
+    click(*browser, "#requests summary");
+    EXPECT_TRUE(sees("document.querySelector('pre').textContent === '" +
+                     std::string(R"("Request: SENDEIBUSSETDATAGRAM\\n"\n)"
+                                 R"("SectionName: living\\n"\n"Destination: 1/1/3\\n"\n)"
+                                 R"("EISType: 1\\n"\n"Payload: 1\\n"\n"\\n"\n')")));
+    EXPECT_TRUE(sees("document.querySelectorAll('pre')[1].textContent === "
+                     R"('"Response Status: EIBG-000\\n"\n')"));
+}
+
+TEST_F(PageInABrowser, SwitchesAnElementByAClick) {
+    click(*browser, "[data-key=LIVING-LAMP]");
+    EXPECT_TRUE(sees(LAMP + ".ariaChecked === 'true'"));
+    EXPECT_TRUE(sees("said.textContent === 'done'"));
+    ASSERT_EQ(element_status("LIVING-LAMP"), 0);
+    EXPECT_TRUE(simulator.program.wait_for_output("SOAP: told on the page: LIVING-LAMP ON 1\n"));
+    EXPECT_TRUE(sees(words_of(LAMP) + " === 'LIVING-LAMP eib 1/1/3 ON 1'"));
+}
+
+TEST_F(PageInABrowser, TellsADaemonWhatToDo) {
+    const std::string condition = EIB + ".querySelector('.condition').textContent";
+    click(*browser, "[data-key=eib] summary");
+    click(*browser, "[data-key=eib] [data-option='--answer'][data-once]");
+    EXPECT_TRUE(sees(condition + " === 'told to fail'"));
+    EXPECT_EQ(evaluate(*browser, EIB + ".querySelector('.told:not(.condition)').textContent"),
+              "answers EIBG-103 once");
+    EXPECT_EQ(ask_eib(), 103);
+    EXPECT_TRUE(sees(condition + " === 'healthy'"));
+    EXPECT_EQ(ask_eib(), 0);
+    click(*browser, "[data-key=eib] [data-option='--refuse']:not([data-once])");
+    EXPECT_TRUE(sees(condition + " === 'refusing'"));
+    EXPECT_EQ(ask_eib(), 105);
+    click(*browser, "[data-key=eib] .back");
+    EXPECT_TRUE(sees(condition + " === 'healthy'"));
+    EXPECT_EQ(ask_eib(), 0);
+
+    evaluate(*browser, EIB + ".querySelector('input').value = 'x'");
+    click(*browser, "[data-key=eib] [data-option='--answer']");
+    EXPECT_TRUE(sees("said.textContent.startsWith('needs a number')"));
+    click(*browser, "[data-key=eib] .copy");
+    EXPECT_TRUE(sees("said.textContent === 'copied'"));
+    EXPECT_EQ(evaluate(*browser, EIB + ".querySelector('textarea').value"),
+              "lumocmd -v ON -t EIBLOCAL -s '" + simulator.home.path +
+                  "/lumo_eibgateway.socket' -f SENDEIBUSSETDATAGRAM -p 'living|1/1/3|1|1'");
+}
+
+TEST_F(PageInABrowser, ShowsWhatIsAskedForOnly) {
+    ASSERT_EQ(ask_eib(), 0);
+    ASSERT_NE(element_status("NOBODY"), 0);
+    EXPECT_TRUE(sees(ROWS + ".length === 2"));
+    const auto choose = [this](const std::string &daemon) {
+        evaluate(*browser,
+                 "(filter.value = '" + daemon + "', filter.dispatchEvent(new Event('change')))");
+        return evaluate(*browser, "[..." + ROWS + "].map((row) => row.dataset.daemon).join()");
+    };
+    EXPECT_EQ(choose("eib"), "eib");
+    EXPECT_EQ(choose("soap"), "soap");
+    EXPECT_EQ(choose(""), "soap,eib");
+    click(*browser, "#failures");
+    EXPECT_EQ(choose(""), "soap");
+    EXPECT_EQ(choose("eib"), "");
+    EXPECT_EQ(evaluate(*browser, "count.textContent"), "0 of the last 2");
+    ASSERT_EQ(ask_eib(), 0);
+    EXPECT_TRUE(sees("count.textContent === '0 of the last 3'"));
+}
+
+TEST_F(PageInABrowser, ShowsMarkupAsText) {
+    ASSERT_EQ(run_on_element("<img src=x onerror=alert(1)>|<b>ON</b>|&lt;"), 0);
+    EXPECT_TRUE(sees("[...document.querySelectorAll('.element')].some((row) => " + words_of("row") +
+                     " === '<img src=x onerror=alert(1)>  <b>ON</b> &lt;')"));
+    EXPECT_TRUE(sees(NEWEST + ".includes('<b>ON</b>')"));
+    EXPECT_EQ(evaluate(*browser, "document.querySelectorAll('img').length"), 0);
     const nlohmann::json others =
         evaluate(*browser, "performance.getEntriesByType('resource').map((entry) => entry.name)"
                            ".filter((name) => !name.startsWith(location.origin + '/') && "
                            "!name.startsWith('data:'))");
-    EXPECT_EQ(others, nlohmann::json::array());
+    EXPECT_EQ(others, nlohmann::json::array()) << "the page takes nothing from elsewhere";
 }
 
-TEST_F(PageInABrowser, ShowsMarkupAsText) {
-    const std::string name = "<img src=x onerror=alert(1)>";
-    ASSERT_EQ(run_on_lamp(name + "|<b>ON</b>|&lt;"), 0);
-    EXPECT_TRUE(sees("[...document.querySelectorAll('#elements tr')].some((row) => "
-                     "row.textContent === '" +
-                     name + "<b>ON</b>&lt;')"));
-    EXPECT_EQ(evaluate(*browser, "document.querySelectorAll('img, b').length"), 0);
-}
-
-TEST_F(PageInABrowser, IsUsedWithTheKeyboard) {
-    press(*browser, TAB);
-    EXPECT_EQ(evaluate(*browser, "document.activeElement.closest('details')?.dataset.key"),
-              "fsmcore");
-    press(*browser, TAB);
-    EXPECT_EQ(evaluate(*browser, "document.activeElement === " + EIB), true);
-    press(*browser, ENTER);
-    EXPECT_EQ(evaluate(*browser, EIB + ".parentNode.open"), true);
-    ASSERT_EQ(ask_eib(), 0);
-    EXPECT_TRUE(sees(EIB + ".textContent === 'EIB EIBG-0001 request'"));
-    EXPECT_EQ(evaluate(*browser, EIB + ".parentNode.open"), true);
-    EXPECT_EQ(evaluate(*browser, "document.activeElement === " + EIB), true);
-}
-
-TEST_F(PageInABrowser, FitsThePhone) {
-    resize(*browser, PHONE_WIDTH, 740);
-    ASSERT_EQ(run_on_lamp(std::string(300, 'A') + "|" + std::string(150, 'B') + "|1"), 0);
-    EXPECT_TRUE(sees("document.querySelectorAll('#elements tr').length === 3"));
-    EXPECT_EQ(evaluate(*browser, "document.documentElement.clientWidth"), PHONE_WIDTH);
-    EXPECT_LE(evaluate(*browser, "document.documentElement.scrollWidth"), PHONE_WIDTH);
-}
-
-TEST_F(PageInABrowser, SaysWhenTheSimulatorIsGone) {
-    EXPECT_TRUE(sees(CONNECTION + " === 'shows what happens as it happens'"));
+TEST_F(PageInABrowser, FollowsTheSimulator) {
     simulator.end();
-    EXPECT_TRUE(sees(CONNECTION + " === 'the simulator does not answer; trying again'"));
+    EXPECT_TRUE(sees("connection.textContent === 'the simulator does not answer; trying again'"));
+    started_program next({LUMOSIM_PROGRAM, "--directory", simulator.home.path, "--port",
+                          std::to_string(simulator.port)});
+    ASSERT_TRUE(next.wait_for_output("ready\n"));
+    EXPECT_TRUE(sees("connection.textContent === 'live'"));
+    ASSERT_EQ(ask_eib(), 0);
+    EXPECT_TRUE(sees(ROWS + ".length === 1"));
+    click(*browser, "[data-key=GARDEN-LAMP]");
+    EXPECT_TRUE(next.wait_for_output("told on the page: GARDEN-LAMP ON 1\n"));
+}
+
+/// Many elements and requests: each list scrolls in its own place, the newest request is on top.
+TEST_F(PageInABrowser, StaysUsable) {
+    constexpr int elements = 150;
+    constexpr int requests = 5010;
+    for (int number = 5; number < elements; ++number) {
+        ASSERT_EQ(run_on_element("ELEMENT-" + std::to_string(number) + "|ON|80"), 0);
+    }
+    for (int number = 1; number <= requests; ++number) {
+        const std::string name = "f" + std::to_string(number);
+        simulator.ask(CORE_SOCKET, "Request: " + name + "\nParameter Count: 0\nWaittime: 5\n\n");
+        // The log is read at times: a pipe that is full would stop the simulator.
+        ASSERT_TRUE(number % 1000 != 0 ||
+                    simulator.program.wait_for_output("FSMCORE: " + name + " -> FSMC-000\n"));
+    }
+    open();
+    EXPECT_EQ(evaluate(*browser, "elements.childElementCount"), elements);
+    EXPECT_EQ(evaluate(*browser, ROWS + ".length"), 5000);
+    ASSERT_EQ(ask_eib(), 0);
+    EXPECT_TRUE(sees(NEWEST + ".startsWith('EIB SENDEIBUSSETDATAGRAM')"));
+    EXPECT_EQ(evaluate(*browser, ROWS + ".length"), 5000);
+    for (const auto &[width, height] : {std::pair(1280, 860), std::pair(PHONE_WIDTH, 740)}) {
+        resize(*browser, width, height);
+        for (const char *list : {"elements", "requests"}) {
+            EXPECT_EQ(evaluate(*browser, std::string(list) + ".clientHeight < innerHeight && " +
+                                             list + ".scrollHeight > 2 * " + list +
+                                             ".clientHeight"),
+                      true)
+                << list;
+        }
+        EXPECT_EQ(evaluate(*browser, "document.documentElement.scrollWidth"), width);
+    }
+    click(*browser, "#failures");
+    EXPECT_TRUE(sees("count.textContent === '0 of the last 5000'"));
+    click(*browser, "#failures");
+    EXPECT_EQ(evaluate(*browser, ROWS + ".length"), 5000);
+    // The reader's place stays while requests come.
+    evaluate(*browser, "requests.scrollTo(0, 3000)");
+    const std::string place = "document.elementFromPoint(180, requests.getBoundingClientRect().top "
+                              "+ 5).closest('li').querySelector('.asked').textContent";
+    evaluate(*browser, "requests.scrollIntoView()");
+    const nlohmann::json before = evaluate(*browser, place);
+    ASSERT_EQ(ask_eib(), 0);
+    EXPECT_TRUE(sees("requests.firstElementChild.textContent.includes('EIB')"));
+    EXPECT_EQ(evaluate(*browser, place), before);
+    evaluate(*browser, "document.querySelector('#find').value = 'element-14'");
+    evaluate(*browser, "document.querySelector('#find').dispatchEvent(new Event('input'))");
+    EXPECT_EQ(evaluate(*browser, "document.querySelectorAll('.element:not([hidden])').length"), 11);
 }
 
 } // namespace

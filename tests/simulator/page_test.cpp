@@ -1,71 +1,16 @@
 // The page and its stream as HTTP, without a browser.
 #include "tests/protocol/daemons.h"
-#include "tests/simulator/simulator_process.h"
 #include "tests/simulator/soap_client.h"
+#include "tests/simulator/watcher.h"
 
-#include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace harness;
+using nlohmann::json;
 using protocol::daemon_row;
 using protocol::daemons;
-
-using Json = nlohmann::json;
-
-/// Somebody who watches the stream.
-struct Watcher {
-    explicit Watcher(int port) : descriptor(connect_port(port)) {
-        const std::string host = "127.0.0.1:" + std::to_string(port);
-        send_bytes(descriptor, "GET /events HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
-    }
-
-    ~Watcher() {
-        close(descriptor);
-    }
-
-    Watcher(const Watcher &) = delete;
-    Watcher &operator=(const Watcher &) = delete;
-
-    /// The next event; null when none comes in time.
-    Json next() {
-        std::size_t end = 0;
-        while ((end = text.find("\n\n")) == std::string::npos) {
-            std::array<char, 4096> chunk{};
-            pollfd watched{descriptor, POLLIN, 0};
-            const ssize_t count = poll(&watched, 1, PATIENCE_MS) > 0
-                                      ? recv(descriptor, chunk.data(), chunk.size(), 0)
-                                      : -1;
-            if (count <= 0) {
-                return nullptr;
-            }
-            text.append(chunk.data(), static_cast<std::size_t>(count));
-        }
-        const std::size_t start = text.find("data: ") + std::string("data: ").size();
-        Json event = Json::parse(text.substr(start, end - start), nullptr, false);
-        text.erase(0, end + 2);
-        return event;
-    }
-
-    int descriptor;
-    std::string text;
-};
-
-/// The record of this key in a list of them; null when there is none.
-Json find_record(const Json &list, std::string_view key) {
-    for (const Json &record : list) {
-        if (record["key"] == key) {
-            return record;
-        }
-    }
-    return nullptr;
-}
 
 TEST(Page, IsServedWithAPolicy) {
     running_simulator simulator;
@@ -79,102 +24,158 @@ TEST(Page, IsServedWithAPolicy) {
     EXPECT_TRUE(page.body.ends_with("</html>\n")) << page.body;
 }
 
-struct HostCase {
-    std::string host; ///< PORT stands for the port
-    int status;
+/// Who a request says that it goes to and comes from; PORT stands for the port.
+struct sender_case {
+    const char *headers;
+    const char *foreign; ///< what is foreign, null when nothing is
 };
 
-const HostCase HOSTS[] = {{"127.0.0.1:PORT", 200},
-                          {"localhost:PORT", 200},
-                          {"127.0.0.1", 403},
-                          {"house.example", 403},
-                          {"house.example:PORT", 403}};
+const sender_case SENDERS[] = {
+    {"Host: 127.0.0.1:PORT\r\n", nullptr},
+    {"Host: LocalHost:PORT\r\n", nullptr},
+    {"Host: localhost:1\r\n", nullptr},
+    {"Host: 192.168.1.2\r\n", nullptr},
+    {"Host: [::1]:PORT\r\n", nullptr},
+    {"Host: \r\n", nullptr},
+    {"Host: localhost:PORT\r\nOrigin: http://localhost:PORT\r\n", nullptr},
+    {"Host: house.example\r\n", "Host"},
+    {"Host: house.example:PORT\r\nOrigin: http://house.example:PORT\r\n", "Host"},
+    {"Host: localhost.example:PORT\r\n", "Host"},
+    {"Host: 127.0.0.1.example:PORT\r\n", "Host"},
+    {"Host: 1:2:3\r\n", "Host"},
+    {"Host: localhost:PORT\r\nOrigin: http://house.example\r\n", "Origin"},
+    {"Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n", "Origin"},
+    {"Host: localhost:PORT\r\nOrigin: http://127.0.0.1:PORT\r\n", "Origin"},
+    {"Host: localhost:PORT\r\nOrigin: https://localhost:PORT\r\n", "Origin"},
+    {"Host: localhost:PORT\r\nOrigin: null\r\n", "Origin"},
+};
 
-TEST(Page, IsForThisMachineOnly) {
+/// What may be asked, and the status where the sender is none to refuse.
+const std::pair<const char *, int> ASKED[] = {
+    {"GET /", 200},        {"GET /configuration", 200}, {"GET /requests/1", 200},
+    {"GET /nothing", 404}, {"POST /control", 403},      {"POST /cgi-bin/lumows", 500}};
+
+TEST(Page, AndTheServiceRefuseWhoComesFromElsewhere) {
     running_simulator simulator;
-    for (const HostCase &row : HOSTS) {
-        std::string host = row.host;
-        if (const std::size_t at = host.find("PORT"); at != std::string::npos) {
-            host.replace(at, host.size() - at, std::to_string(simulator.port));
+    simulator.ask(CORE_SOCKET, CORE_REQUEST);
+    for (const sender_case &row : SENDERS) {
+        std::string headers = row.headers;
+        for (std::size_t at = 0; (at = headers.find("PORT")) != std::string::npos;) {
+            headers.replace(at, 4, std::to_string(simulator.port));
         }
-        const std::string header = "Host: " + host + "\r\n";
-        EXPECT_EQ(ask_http(simulator.port, "GET /", header).status, row.status) << host;
-        if (row.status != 200) {
-            EXPECT_EQ(ask_http(simulator.port, "GET /events", header).status, row.status) << host;
+        for (const auto &[asked, status] : ASKED) {
+            EXPECT_EQ(ask_http(simulator.port, asked, headers).status,
+                      row.foreign == nullptr ? status : 403)
+                << asked << "\n"
+                << headers;
+        }
+        if (row.foreign != nullptr) {
+            EXPECT_EQ(ask_http(simulator.port, "GET /events", headers).status, 403) << headers;
+            EXPECT_TRUE(simulator.program.wait_for_output(
+                std::string("SOAP: GET /events -> HTTP 403 (foreign ") + row.foreign + ")\n"));
         }
     }
+}
+
+TEST(Page, LetsNobodyFromElsewhereAskTheRealController) {
+    running_simulator house;
+    running_simulator desk({"--forward-url", "http://127.0.0.1:" + std::to_string(house.port)});
+    EXPECT_EQ(ask_http(desk.port, "GET /configuration", "Host: house.example\r\n").status, 403);
+    EXPECT_EQ(house.end(), "");
 }
 
 TEST(Page, StreamsWhatHappens) {
     running_simulator simulator;
     Watcher watcher(simulator.port);
-    const Json first = watcher.next();
-    EXPECT_EQ(find_record(first["elements"], "LIVING-LAMP"),
-              Json({{"key", "LIVING-LAMP"}, {"status", "OFF"}, {"value", "0"}}));
+    const json first = watcher.next();
+    EXPECT_EQ(
+        find_record(first["elements"], "LIVING-LAMP"),
+        json({{"key", "LIVING-LAMP"}, {"status", "OFF"}, {"value", "0"}, {"links", "eib 1/1/3"}}));
+    EXPECT_EQ(first["requests"], json::array());
     EXPECT_EQ(first["daemons"].size(), daemons().size());
     for (const daemon_row &row : daemons()) {
-        const Json daemon = find_record(first["daemons"], protocol::lower(row.name));
-        EXPECT_EQ(daemon["label"], row.name);
-        EXPECT_EQ(daemon["asked"], 0);
-        EXPECT_EQ(daemon["latest"], Json::array());
+        json daemon = find_record(first["daemons"], protocol::lower(row.name));
+        daemon.erase("place");
+        EXPECT_EQ(daemon, json({{"key", protocol::lower(row.name)},
+                                {"label", row.name},
+                                {"told", ""},
+                                {"condition", "healthy"},
+                                {"base", row.base},
+                                {"asked", 0}}));
     }
     call_service(simulator.port, "runonelement",
-                 "<sessionid>DEMO-SESSION</sessionid><idobject>LIVING-LAMP</idobject>"
-                 "<operation>ON</operation><payload>80</payload>");
-    const Json second = watcher.next();
-    EXPECT_EQ(find_record(second["elements"], "LIVING-LAMP"),
-              Json({{"key", "LIVING-LAMP"}, {"status", "ON"}, {"value", "80"}}));
-    const Json soap = find_record(second["daemons"], "soap");
-    EXPECT_EQ(soap["asked"], 1);
-    EXPECT_EQ(soap["latest"][0]["outcome"], "LMWS-000");
+                 children("sessionid=DEMO-SESSION|idobject=LIVING-LAMP|operation=ON|payload=80"));
+    const json second = watcher.next();
+    EXPECT_EQ(find_record(second["elements"], "LIVING-LAMP")["value"], "80");
+    EXPECT_EQ(find_record(second["daemons"], "soap")["asked"], 1);
+    simulator.ask(CORE_SOCKET, "Request: f\n\n");
+    json third = watcher.next();
+    ASSERT_EQ(third["requests"].size(), 1) << "what was seen comes only once";
+    third["requests"][0].erase("time");
+    EXPECT_EQ(third["requests"][0],
+              json({{"number", 2},
+                    {"daemon", "fsmcore"},
+                    {"request", "f"},
+                    {"outcome", "FSMC-002 (expected \"Parameter Count: \" before )"},
+                    {"word", "failed"}}));
+    EXPECT_FALSE(third.contains("commands"));
 }
 
-TEST(Page, HoldsTheLastRequestsOfEachDaemon) {
-    running_simulator simulator;
-    constexpr std::size_t asked = 8;
-    for (std::size_t i = 1; i <= asked; ++i) {
-        simulator.ask("lumo_fsmcore.socket",
-                      "Request: " + std::to_string(i) + "\nParameter Count: 0\nWaittime: 5\n\n");
+TEST(Page, ShowsTheBytesOfBothDirections) {
+    running_simulator simulator({"--close", "fsmcore=1"});
+    simulator.ask(CORE_SOCKET, std::string(9000, 'x'));
+    simulator.ask(CORE_SOCKET, "Request: \xFF\r\n\n");
+    EXPECT_EQ(json::parse(ask_http(simulator.port, "GET /requests/2").body),
+              json({{"received", "\"Request: \\xFF\\r\\n\"\n\"\\n\"\n"},
+                    {"sent", "\"Response Status: FSMC-002\\n\"\n\"Parameter Count: 0\\n\"\n"}}));
+    EXPECT_EQ(
+        json::parse(ask_http(simulator.port, "GET /requests/1").body),
+        json({{"received", "\"" + std::string(8192, 'x') + "\"\nand more"}, {"sent", "nothing"}}));
+    for (const char *number : {"0", "3", "x", ""}) {
+        EXPECT_EQ(ask_http(simulator.port, std::string("GET /requests/") + number).status, 404);
     }
-    Watcher watcher(simulator.port);
-    const Json daemon = find_record(watcher.next()["daemons"], "fsmcore");
-    EXPECT_EQ(daemon["asked"], asked);
-    Json latest = Json::array();
-    for (const char *number : {"8", "7", "6", "5", "4"}) {
-        latest.push_back({{"request", number}, {"outcome", "FSMC-000"}});
-    }
-    EXPECT_EQ(daemon["latest"], latest);
 }
 
-struct ToldCase {
-    std::vector<std::string> options;
-    const char *words;
+struct told_case {
+    words options;
+    const char *told;
+    const char *condition;
+    const char *word; ///< what becomes of a request
 };
 
-const ToldCase TOLD[] = {
-    {{}, ""},
-    {{"--answer", "eib=107,0"}, "answers EIBG-107, EIBG-000"},
-    {{"--answer-raw", "eib=abc"}, "answers 3 raw bytes"},
-    {{"--close", "eib"}, "closed without an answer"},
-    {{"--refuse", "eib"}, "refuses connections"},
-    {{"--delay", "eib=20"}, "waits 20 ms"},
-    {{"--close", "eib", "--delay", "eib=20"}, "closed without an answer, waits 20 ms"},
-    {{"--replay", "/dev/null"}, "answers from a recording"},
-    {{"--forward-sockets", "/tmp"}, "asks the real controller"},
+const told_case TOLD[] = {
+    {{}, "", "healthy", "done"},
+    {{"--answer", "fsmcore=107,0"}, "answers FSMC-107, FSMC-000", "told to fail", "failed"},
+    {{"--answer-raw", "fsmcore=abc"}, "answers 3 raw bytes", "told to fail", "raw"},
+    {{"--close", "fsmcore"}, "closes without an answer", "told to fail", "closed"},
+    {{"--close", "fsmcore=2"}, "closes without an answer 2 times", "told to fail", "closed"},
+    {{"--refuse", "fsmcore=1"}, "refuses connections once", "refusing", "refused"},
+    {{"--delay", "fsmcore=20"}, "waits 20 ms", "slow", "done"},
+    {{"--delay", "fsmcore=20,1"}, "waits 20 ms once", "slow", "done"},
+    {{"--close", "fsmcore", "--delay", "fsmcore=20"},
+     "closes without an answer, waits 20 ms",
+     "told to fail",
+     "closed"},
+    {{"--replay", "/dev/null"}, "answers from a recording", "healthy", "done"},
+    {{"--forward-sockets", "/nowhere/at/all"}, "asks the real controller", "healthy", "closed"},
 };
 
-TEST(Page, SaysWhatADaemonWasTold) {
-    for (const ToldCase &row : TOLD) {
+TEST(Page, SaysWhatADaemonWasToldAndWhatBecameOfARequest) {
+    for (const told_case &row : TOLD) {
         running_simulator simulator(row.options);
         Watcher watcher(simulator.port);
-        EXPECT_EQ(find_record(watcher.next()["daemons"], "eib")["told"], row.words);
+        const json daemon = find_record(watcher.next()["daemons"], "fsmcore");
+        EXPECT_EQ(daemon["told"], row.told);
+        EXPECT_EQ(daemon["condition"], row.condition) << row.told;
+        simulator.ask(CORE_SOCKET, CORE_REQUEST);
+        EXPECT_EQ(watcher.next()["requests"][0]["word"], row.word) << row.told;
     }
 }
 
 TEST(Page, IsNoRequest) {
     const temporary_directory directory;
     const std::string list = directory.path + "/list";
-    std::ofstream(list) << "";
+    write_file(list, "");
     running_simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
                                  "--answer-raw", "soap=x", "--delay", "soap=3600000"});
     ASSERT_EQ(ask_http(simulator.port, "GET /").status, 200);
@@ -193,7 +194,7 @@ TEST(Page, OfManyWatchersEachSeesEverything) {
         Watcher leaves(simulator.port);
         EXPECT_FALSE(leaves.next().is_null());
     }
-    simulator.ask("lumo_fsmcore.socket", "Request: f\nParameter Count: 0\nWaittime: 5\n\n");
+    simulator.ask(CORE_SOCKET, CORE_REQUEST);
     EXPECT_EQ(find_record(stays.next()["daemons"], "fsmcore")["asked"], 1);
 }
 

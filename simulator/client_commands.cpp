@@ -1,0 +1,92 @@
+// The functions of the gateways have samples in their rows; those of the web service follow from
+// the children of its requests.
+#include "simulator/client_commands.h"
+
+#include "simulator/operations.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+/// Values with which an operation succeeds; for any other child its name does.
+constexpr std::pair<std::string_view, std::string_view> SAMPLES[] = {
+    {"sessionid", "DEMO-SESSION"},
+    {"idobject", "LIVING-LAMP"},
+    {"operation", "ON"},
+    {"payload", "80"},
+    {"currentvalue", "22.5"},
+    {"user", "demo"},
+    {"pass", "demo"},
+    {"username", "demo"},
+    {"pin", "1234"},
+    {"count", "10"},
+    {"port", "8080"},
+    {"remoteip", "10.0.0.2"},
+    {"remoteport", "80"},
+    {"statement", "SELECT 1"},
+    {"statement-len", "8"},
+};
+
+/// Children that the client fills itself or leaves out.
+constexpr std::string_view UNASKED[] = {"waittime", "retrivefromdevice", "idobjects", "callsource"};
+
+std::string parameters_of(const service_operation &operation) {
+    std::string list;
+    for (const std::string_view child : child_names(operation.request)) {
+        if (std::find(std::begin(UNASKED), std::end(UNASKED), child) != std::end(UNASKED)) {
+            continue;
+        }
+        const auto *sample = std::find_if(std::begin(SAMPLES), std::end(SAMPLES),
+                                          [child](const auto &row) { return row.first == child; });
+        list.append(list.empty() ? "" : "|");
+        list.append(sample == std::end(SAMPLES) ? child : sample->second);
+    }
+    return list;
+}
+
+/// The name by which the client knows an operation, such as SERVICE_TEST for service-test.
+std::string client_name(std::string_view operation) {
+    std::string name(operation);
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char letter) {
+        return letter == '-' ? '_' : static_cast<char>(std::toupper(letter));
+    });
+    return name;
+}
+
+/// A word of a command for any shell.
+std::string quote_word(const std::string &word) {
+    std::string quoted = "'";
+    for (const char letter : word) {
+        quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
+    }
+    return quoted + "'";
+}
+
+} // namespace
+
+std::vector<std::pair<std::string, std::string>> client_commands(const daemon_row &daemon,
+                                                                 const std::string &place) {
+    std::vector<std::pair<std::string, std::string>> samples;
+    for (const gateway_request &request : daemon.requests) {
+        if (!request.sample.empty()) {
+            samples.emplace_back(request.function, request.sample);
+        }
+    }
+    const bool service = daemon.socket_file.empty();
+    for (const service_operation &operation : OPERATIONS) {
+        if (service) {
+            samples.emplace_back(client_name(operation.name), parameters_of(operation));
+        }
+    }
+    if (samples.empty()) { // the core knows every name
+        samples.emplace_back("RUNFUNCTION", "first|second");
+    }
+    const std::string start =
+        "lumocmd -v ON -t " + std::string(daemon.client_type) +
+        (service ? " -u " + place : " -s " + quote_word(std::filesystem::absolute(place))) + " -f ";
+    for (auto &[function, sample] : samples) {
+        sample = start + function + (sample.empty() ? "" : " -p " + quote_word(sample));
+    }
+    return samples;
+}

@@ -1,0 +1,124 @@
+// What the page asks for beside its events: the bytes of a request, and changes of the home and of
+// what the daemons are told.
+#include "simulator/http_front.h"
+#include "simulator/operations.h"
+#include "simulator/page.h"
+#include "simulator/session.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+/// The options that the page can give to a running daemon; the others belong to the start.
+constexpr std::string_view TOLD_WHILE_RUNNING[] = {"--answer", "--delay", "--close", "--refuse"};
+
+void note(simulator_server &server, const daemon_row &daemon, const std::string &words) {
+    print_note(daemon, "told on the page: " + words);
+    server.bench.journal.watch();
+}
+
+/// Switches an element. A value of 0 or 1 is the switch itself and follows; any other stays.
+std::string switch_element(simulator_server &server, const std::string &name) {
+    home_state &home = server.bench.home;
+    const auto found = home.elements.find(name);
+    if (found == home.elements.end()) {
+        return "no such element";
+    }
+    const bool on = found->second.status != "ON";
+    const std::string &value = found->second.value;
+    const bool follows = value == "0" || value == "1";
+    const home_element now{on ? "ON" : "OFF", follows ? (on ? "1" : "0") : value};
+    change_element(home, name, now);
+    note(server, DAEMONS.back(), name + " " + now.status + " " + now.value);
+    return "";
+}
+
+/// Puts into effect what a daemon is told, in place of all that it was told before.
+std::string tell(simulator_server &server, const daemon_row &daemon, const told_behaviour &told) {
+    test_bench &bench = server.bench;
+    const std::size_t row = row_of(daemon);
+    daemon_listener &listener = server.listeners.rows[row];
+    const bool refused = bench.settings.behaviours[row].refusals > bench.turns[row].refusals;
+    if (told.refusals != 0 && listener.path.empty()) {
+        return "this page comes from here; let it close its requests instead";
+    }
+    listener.orders++;
+    bench.settings.behaviours[row] = told;
+    bench.turns[row] = {};
+    bench.home.statuses_given.erase(daemon.key);
+    if (told.refusals != 0) {
+        if (!stop_listening(server.loop, listener, told.refusals != FOR_EVER)) {
+            bench.settings.behaviours[row] = {};
+            listen_again(listener);
+            follow_refusals(server, listener);
+            return "the socket cannot refuse, or its file system cannot count: " + listener.path;
+        }
+        follow_refusals(server, listener);
+    } else if (refused) {
+        listen_again(listener);
+        follow_refusals(server, listener);
+    }
+    const std::string words = told_words(bench, daemon);
+    note(server, daemon, words.empty() ? "nothing any more" : words);
+    return "";
+}
+
+/// Reads what a daemon is told: an option, its argument, and whether the next request alone is
+/// meant; no option takes back what it was told.
+std::string tell_daemon(simulator_server &server, const nlohmann::json &wish) {
+    const daemon_row *daemon = find_daemon(wish.at("daemon").get<std::string>());
+    if (daemon == nullptr) {
+        return "no such daemon";
+    }
+    told_behaviour told;
+    const auto option_name = wish.value("option", std::string());
+    if (!option_name.empty()) {
+        const auto option =
+            std::find_if(OPTIONS.begin(), OPTIONS.end(),
+                         [&option_name](const option_row &row) { return row.name == option_name; });
+        if (std::find(std::begin(TOLD_WHILE_RUNNING), std::end(TOLD_WHILE_RUNNING), option_name) ==
+            std::end(TOLD_WHILE_RUNNING)) {
+            return "no option for a daemon that runs";
+        }
+        const std::string complaint = option->tell(told, wish.value("argument", std::string()));
+        if (!complaint.empty()) {
+            return complaint;
+        }
+        if (wish.value("once", false)) {
+            told.answers = 1;
+            told.delays = 1;
+            told.closes = std::min(told.closes, 1);
+            told.refusals = std::min(told.refusals, 1);
+        }
+    }
+    return tell(server, *daemon, told);
+}
+
+/// Carries out what the page asks for. Returns what is wrong with it, empty when nothing is.
+std::string carry_out(simulator_server &server, const std::string &body) {
+    try {
+        const auto wish = nlohmann::json::parse(body);
+        return wish.contains("element") ? switch_element(server, wish["element"])
+                                        : tell_daemon(server, wish);
+    } catch (const nlohmann::json::exception &error) {
+        return error.what();
+    }
+}
+
+} // namespace
+
+void answer_bench(const session_ptr &session) {
+    simulator_server &server = session->server;
+    const passed_request &web = session->conversation.exchange.web;
+    std::string answer;
+    if (web.path == CONTROL_PATH) {
+        const std::string complaint = carry_out(server, web.body);
+        answer = write_http(complaint.empty() ? 200 : 400, complaint);
+    } else {
+        const auto details =
+            request_details(server.bench, web.path.substr(std::strlen(DETAILS_PATH)));
+        answer = write_http(details ? 200 : 404, details.value_or(""));
+    }
+    send_all(session->client, answer,
+             [session](bool /*sent*/) { end_connection(session->client); });
+}
