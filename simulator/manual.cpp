@@ -2,6 +2,7 @@
 // the template by text from the tables. The build runs it, and fails when the page describes other
 // options than there are.
 #include "simulator/home.h"
+#include "simulator/journal.h"
 #include "simulator/options.h"
 #include "simulator/text.h"
 
@@ -97,6 +98,17 @@ std::string elements() {
     return list;
 }
 
+std::string links() {
+    const home_state home;
+    std::vector<table_cells> rows{{"daemon", "address", "element"}};
+    for (const auto &[place, element] : home.links) {
+        const std::size_t blank = place.find(' ');
+        rows.push_back({std::string_view(place).substr(0, blank),
+                        std::string_view(place).substr(blank + 1), element});
+    }
+    return table(rows);
+}
+
 struct page_filling {
     const char *mark;
     std::string (*text)();
@@ -108,6 +120,8 @@ constexpr page_filling FILLINGS[] = {
     {"@USERS@", users},
     {"@FIRST_USER@", [] { return std::string(FIRST_USER.name); }},
     {"@ELEMENTS@", elements},
+    {"@LINKS@", links},
+    {"@WATCHED@", [] { return std::to_string(WATCHED_ENTRIES); }},
     {"@DEFAULT_DIRECTORY@", [] { return std::string(DEFAULT_DIRECTORY); }},
     {"@DEFAULT_PORT@", [] { return std::to_string(DEFAULT_PORT); }},
     {"@DEFAULT_PATIENCE@", [] { return std::to_string(simulator_settings().patience); }},
