@@ -57,7 +57,9 @@ std::vector<char *> pointers(const words &texts) {
     if (!options.on_terminal || login_tty(output) != 0) {
         dup2(output, STDOUT_FILENO);
     }
-    signal(SIGPIPE, SIG_DFL);
+    for (const int number : {SIGPIPE, SIGINT, SIGQUIT}) { // a shell's background ignores two
+        signal(number, SIG_DFL);
+    }
     environ = environment.data();
     if (options.directory.empty() || chdir(options.directory.c_str()) == 0) {
         if (options.prepare) {
@@ -197,8 +199,10 @@ run_result started_program::finish() {
     close(process_);
     process_ = -1;
     result_.kilobytes = used.ru_maxrss;
-    result_.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-    result_.status = !ended ? -1 : result_.signal != 0 ? 128 + result_.signal : WEXITSTATUS(status);
+    result_.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    if (!ended) {
+        result_.status = -1;
+    }
     return result_;
 }
 

@@ -31,7 +31,6 @@ struct run_result {
     std::string errors; ///< all of standard error
     int status;     ///< exit status as a shell sees it, 128 + signal number, or -1 after a time-out
     pid_t pid;      ///< process id, for the pid tag
-    int signal;     ///< that killed it, or 0
     long kilobytes; ///< most memory that was resident at any time
 };
 
