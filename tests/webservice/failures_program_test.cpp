@@ -89,6 +89,7 @@ template <std::size_t Count> void expect_failures(const failure_case (&rows)[Cou
 TEST(Failure, OfHttp) {
     const std::string html = "<html><body>Nobody is at home</body></html>";
     const std::string page = "\r\n\r\n" + envelope(RESPONSE);
+    const words no_http = {"SOAP-ENV:Client", "HTTP processing error"};
     expect_failures({
         {"", {"End of file"}},
         {"HTTP/1.1 200 OK\r\n", {"fault"}},
@@ -100,18 +101,17 @@ TEST(Failure, OfHttp) {
         {http_answer(""), {"SOAP-ENV:Client"}},
         {http_answer("", "202 Accepted"), {"fault"}},
         // No status line.
-        {"OPTIONS * HTTP/1.1\r\nHost: a\r\n\r\n", {"HTTP"}},
-        {"GET /cgi-bin/lumows HTTP/1.1\r\n\r\n", {"HTTP"}},
-        {"POST / HTTP/1.1\r\nContent-Type: text/xml" + page, {"HTTP"}},
-        {"Hello" + page, {"HTTP"}},
-        {"ICY 200 OK" + page, {"HTTP"}},
-        {"HTTP/2.0 200 OK" + page, {"HTTP"}},
-        {"HTTP/1.x 200 OK" + page, {"HTTP"}},
-        {"HTTP/1.1 12 Odd" + page, {"HTTP"}},
-        {"HTTP/1.1 2000 OK" + page, {"HTTP"}},
-        {"HTTP/1.1 012 Odd" + page, {"HTTP"}},
-        {"HTTP/1.1 20x OK" + page, {"HTTP"}},
-        {"HTTP/1.1 200OK" + page, {"HTTP"}},
+        {"OPTIONS * HTTP/1.1\r\nHost: a\r\n\r\n", no_http},
+        {"POST / HTTP/1.1\r\nContent-Type: text/xml" + page, no_http},
+        {"Hello" + page, no_http},
+        {"ICY 200 OK" + page, no_http},
+        {"HTTP/2.0 200 OK" + page, no_http},
+        {"HTTP/1.x 200 OK" + page, no_http},
+        {"HTTP/1.1 12 Odd" + page, no_http},
+        {"HTTP/1.1 2000 OK" + page, no_http},
+        {"HTTP/1.1 012 Odd" + page, no_http},
+        {"HTTP/1.1 20x OK" + page, no_http},
+        {"HTTP/1.1 200OK" + page, no_http},
     });
 }
 

@@ -28,7 +28,7 @@ extern const char *const ENVELOPE_TAG;
 extern const char *const ENVELOPE_TAG_12;
 
 /// The body of the request that calls an operation, and what a service has received of it. Every
-/// tag stands on a line of its own, so that a failed comparison shows the one that differs.
+/// element stands on a line of its own, so that a failed comparison shows the one that differs.
 /// @param children the operation's child elements as they must arrive.
 std::string request_text(const std::string &operation, const std::string &children);
 std::string sent_text(const peer &service);
