@@ -97,10 +97,6 @@ TEST_P(DaemonCalls, PartsAreTakenForTheWhole) {
         run({.call = "recv", .limit = brought}, wanted.answered, failed(wanted, NO_STATUS_LINE),
             WHOLE);
     }
-    for (const int brought : {tag + 1, tag + 4}) {
-        run({.call = "recv", .limit = brought}, wanted.answered, failed(wanted, WRONG_PREFIX),
-            WHOLE);
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, DaemonCalls, testing::ValuesIn(daemon_requests()), NAME_OF_ROW);

@@ -62,8 +62,8 @@ request service_request(const char *name, const char *operation, const words &ca
                         const char *children) {
     using namespace harness;
     request made = {.name = name, .where = family::LOOPBACK, .arguments = call, .answered = {}};
-    made.answered = answering(http_answer(envelope(
-        response_element(operation, std::string("<result>LMWS-042</result>") + children))));
+    made.answered =
+        answering(http_response(operation, std::string("<result>LMWS-042</result>") + children));
     made.failed_status = 502;
     return made;
 }

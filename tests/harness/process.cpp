@@ -57,7 +57,7 @@ std::vector<char *> pointers(const words &texts) {
     if (!options.on_terminal || login_tty(output) != 0) {
         dup2(output, STDOUT_FILENO);
     }
-    for (const int number : {SIGPIPE, SIGINT, SIGQUIT}) { // a shell's background ignores two
+    for (const int number : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT}) { // nohup or a shell ignores some
         signal(number, SIG_DFL);
     }
     environ = environment.data();
