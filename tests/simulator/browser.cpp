@@ -57,7 +57,7 @@ int read_port(started_program &driver) {
     return std::stoi(driver.output().substr(driver.output().find(tag) + tag.size()));
 }
 
-std::string open_session(Browser &browser) {
+std::string open_session(web_browser &browser) {
     json arguments = BROWSER_ARGUMENTS;
     arguments.push_back("--user-data-dir=" + browser.home.path + "/profile");
     const json wanted{{"capabilities",
@@ -70,7 +70,7 @@ std::string open_session(Browser &browser) {
 }
 
 /// What the driver answers to a question about the session; null when it does not.
-json fetch(Browser &browser, const std::string &path) {
+json fetch(web_browser &browser, const std::string &path) {
     const http_reply answer = ask_http(browser.port, "GET " + browser.session + path);
     const json whole = json::parse(answer.body, nullptr, false);
     return answer.status == 200 && whole.is_object() ? whole["value"] : json();
@@ -119,7 +119,7 @@ bool has_ipv6_loopback() {
     return bound;
 }
 
-Browser::Browser() {
+web_browser::web_browser() {
     for (int attempt = 0; attempt < MOST_STARTS && port == 0; ++attempt) {
         // What the browser leaves in its temporary directory goes with this one.
         driver =
@@ -134,14 +134,14 @@ Browser::Browser() {
     session = open_session(*this);
 }
 
-Browser::~Browser() {
+web_browser::~web_browser() {
     if (!session.empty()) {
         ask_http(port, "DELETE " + session);
     }
     end_program(*driver, SIGTERM);
 }
 
-nlohmann::json command(Browser &browser, const std::string &path, const nlohmann::json &body) {
+nlohmann::json command(web_browser &browser, const std::string &path, const nlohmann::json &body) {
     const http_reply answer =
         ask_http(browser.port, "POST " + path, "Content-Type: application/json\r\n", body.dump());
     if (answer.status != 200) {
@@ -151,14 +151,14 @@ nlohmann::json command(Browser &browser, const std::string &path, const nlohmann
     return json::parse(answer.body, nullptr, false)["value"];
 }
 
-void choose_scheme(Browser &browser, const std::string &scheme) {
+void choose_scheme(web_browser &browser, const std::string &scheme) {
     const json feature{{"name", "prefers-color-scheme"}, {"value", scheme}};
     command(browser, browser.session + "/goog/cdp/execute",
             {{"cmd", "Emulation.setEmulatedMedia"},
              {"params", {{"features", json::array({feature})}}}});
 }
 
-std::string focus_words(Browser &browser) {
+std::string focus_words(web_browser &browser) {
     const json active = fetch(browser, "/element/active");
     if (!active.is_object()) {
         return "nothing";
@@ -169,7 +169,7 @@ std::string focus_words(Browser &browser) {
     return role.get<std::string>() + ": " + label.get<std::string>();
 }
 
-void click(Browser &browser, const std::string &selector) {
+void click(web_browser &browser, const std::string &selector) {
     const json found = command(browser, browser.session + "/element",
                                {{"using", "css selector"}, {"value", selector}});
     if (found.is_object()) {
@@ -179,16 +179,16 @@ void click(Browser &browser, const std::string &selector) {
     }
 }
 
-void open_page(Browser &browser, const std::string &address) {
+void open_page(web_browser &browser, const std::string &address) {
     command(browser, browser.session + "/url", {{"url", address}});
 }
 
-nlohmann::json evaluate(Browser &browser, const std::string &expression) {
+nlohmann::json evaluate(web_browser &browser, const std::string &expression) {
     return command(browser, browser.session + "/execute/sync",
                    {{"script", "return " + expression + ";"}, {"args", json::array()}});
 }
 
-bool wait_until(Browser &browser, const std::string &expression) {
+bool wait_until(web_browser &browser, const std::string &expression) {
     const std::string script = "const done = arguments[arguments.length - 1];"
                                "const look = () => (" +
                                expression +
@@ -201,20 +201,20 @@ bool wait_until(Browser &browser, const std::string &expression) {
                    {{"script", script}, {"args", json::array()}}) == true;
 }
 
-void press(Browser &browser, const std::string &key) {
+void press(web_browser &browser, const std::string &key) {
     const json steps{{{"type", "keyDown"}, {"value", key}}, {{"type", "keyUp"}, {"value", key}}};
     const json keyboard{{"type", "key"}, {"id", "keyboard"}, {"actions", steps}};
     command(browser, browser.session + "/actions", {{"actions", json::array({keyboard})}});
 }
 
-void resize(Browser &browser, int width, int height) {
+void resize(web_browser &browser, int width, int height) {
     command(browser, browser.session + "/goog/cdp/execute",
             {{"cmd", "Emulation.setDeviceMetricsOverride"},
              {"params",
               {{"width", width}, {"height", height}, {"deviceScaleFactor", 1}, {"mobile", true}}}});
 }
 
-std::string take_screenshot(Browser &browser) {
+std::string take_screenshot(web_browser &browser) {
     const json picture = fetch(browser, "/screenshot");
     return picture.is_string() ? decode_base64(picture) : "";
 }

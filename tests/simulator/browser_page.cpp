@@ -5,7 +5,7 @@ void PageInABrowser::SetUp() {
     if (!missing.empty()) {
         GTEST_SKIP() << missing;
     }
-    browser = std::make_unique<Browser>();
+    browser = std::make_unique<web_browser>();
     if (browser->port == 0 && !has_ipv6_loopback()) {
         GTEST_SKIP() << "no ::1, which the driver wants: " << browser->complaint;
     }

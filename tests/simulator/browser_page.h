@@ -37,5 +37,5 @@ class PageInABrowser : public testing::Test {
     int ask_eib() const;
 
     harness::running_simulator simulator;
-    std::unique_ptr<Browser> browser;
+    std::unique_ptr<web_browser> browser;
 };

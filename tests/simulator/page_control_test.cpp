@@ -38,7 +38,7 @@ struct opened_page {
     }
 
     running_simulator simulator;
-    Watcher watcher;
+    event_watcher watcher;
     std::string token;
 };
 
@@ -140,7 +140,7 @@ TEST(Page, LetsADaemonListenAfterWhatItRefusedOnce) {
 TEST(Page, TakesBackWhatTheOptionsTold) {
     for (const char *option : {"--refuse", "--close"}) {
         running_simulator simulator({option, "fsmcore"});
-        const std::string token = Watcher(simulator.port).next()["run"];
+        const std::string token = event_watcher(simulator.port).next()["run"];
         EXPECT_EQ(ask_http(simulator.port, "POST /control", "X-Lumosim-Token: " + token + "\r\n",
                            R"({"daemon": "fsmcore", "option": ""})")
                       .status,
@@ -199,7 +199,7 @@ std::set<std::string> functions_of(const protocol::daemon_row &daemon) {
 /// Every command to copy does, in a shell, what the daemon takes for proper.
 TEST(Page, HasACommandForEachFunction) {
     const running_simulator simulator;
-    const json commands = Watcher(simulator.port).next()["commands"];
+    const json commands = event_watcher(simulator.port).next()["commands"];
     const std::string path = std::filesystem::path(lumocmd_path()).parent_path();
     for (const protocol::daemon_row &daemon : protocol::daemons()) {
         std::set<std::string> functions;

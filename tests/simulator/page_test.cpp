@@ -86,7 +86,7 @@ TEST(Page, LetsNobodyFromElsewhereAskTheRealController) {
 
 TEST(Page, StreamsWhatHappens) {
     running_simulator simulator;
-    Watcher watcher(simulator.port);
+    event_watcher watcher(simulator.port);
     const json first = watcher.next();
     EXPECT_EQ(
         find_record(first["elements"], "LIVING-LAMP"),
@@ -163,7 +163,7 @@ const told_case TOLD[] = {
 TEST(Page, SaysWhatADaemonWasToldAndWhatBecameOfARequest) {
     for (const told_case &row : TOLD) {
         running_simulator simulator(row.options);
-        Watcher watcher(simulator.port);
+        event_watcher watcher(simulator.port);
         const json daemon = find_record(watcher.next()["daemons"], "fsmcore");
         EXPECT_EQ(daemon["told"], row.told);
         EXPECT_EQ(daemon["condition"], row.condition) << row.told;
@@ -179,7 +179,7 @@ TEST(Page, IsNoRequest) {
     running_simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
                                  "--answer-raw", "soap=x", "--delay", "soap=3600000"});
     ASSERT_EQ(ask_http(simulator.port, "GET /").status, 200);
-    Watcher watcher(simulator.port);
+    event_watcher watcher(simulator.port);
     EXPECT_FALSE(watcher.next().is_null());
     EXPECT_EQ(simulator.end(), "");
     EXPECT_EQ(read_file(directory.path + "/record"), "");
@@ -188,10 +188,10 @@ TEST(Page, IsNoRequest) {
 
 TEST(Page, OfManyWatchersEachSeesEverything) {
     running_simulator simulator;
-    Watcher stays(simulator.port);
+    event_watcher stays(simulator.port);
     EXPECT_FALSE(stays.next().is_null());
     {
-        Watcher leaves(simulator.port);
+        event_watcher leaves(simulator.port);
         EXPECT_FALSE(leaves.next().is_null());
     }
     simulator.ask(CORE_SOCKET, CORE_REQUEST);

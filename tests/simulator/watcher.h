@@ -12,18 +12,18 @@
 namespace harness {
 
 /// Somebody who watches the stream.
-struct Watcher {
-    explicit Watcher(int port) : descriptor(connect_port(port)) {
+struct event_watcher {
+    explicit event_watcher(int port) : descriptor(connect_port(port)) {
         const std::string host = "127.0.0.1:" + std::to_string(port);
         send_bytes(descriptor, "GET /events HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
     }
 
-    ~Watcher() {
+    ~event_watcher() {
         close(descriptor);
     }
 
-    Watcher(const Watcher &) = delete;
-    Watcher &operator=(const Watcher &) = delete;
+    event_watcher(const event_watcher &) = delete;
+    event_watcher &operator=(const event_watcher &) = delete;
 
     /// The next event; null when none comes in time.
     nlohmann::json next() {
