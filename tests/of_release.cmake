@@ -3,12 +3,18 @@
 # preset sets.
 
 set(release ${PROJECT_SOURCE_DIR}/build/release)
+set(programs program_tests)
+if(NOT CMAKE_CROSSCOMPILING)
+    list(APPEND programs peer_tests)
+endif()
 add_custom_target(release_tests ALL
     COMMAND ${CMAKE_COMMAND} --preset release
-    COMMAND ${CMAKE_COMMAND} --build --preset release --target program_tests
+    COMMAND ${CMAKE_COMMAND} --build --preset release --target ${programs}
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
     USES_TERMINAL VERBATIM)
-add_shards(program_tests 6 program ${release}/tests/program_tests)
+foreach(program IN LISTS programs)
+    add_shards(${program} 6 program ${release}/tests/${program})
+endforeach()
 
 if(NOT CMAKE_CROSSCOMPILING)
     # An instrumented file is not hardened as the one that ships.
