@@ -6,7 +6,6 @@
 
 #include "tests/protocol/gateway_row.h"
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -144,16 +143,6 @@ inline const std::vector<const gateway_row *> GATEWAYS = [] {
     }
     return rows;
 }();
-
-/// The gateway that is spoken to over Unix-domain sockets; for what is true of this one alone.
-inline const gateway_row &gateway_named(const std::string &name) {
-    for (const gateway_row *row : GATEWAYS) {
-        if (row->name == name) {
-            return *row;
-        }
-    }
-    throw std::logic_error("tests/protocol/gateways.h has no gateway " + name);
-}
 
 /// Any gateway that the command line reaches; for what is true of each.
 inline const gateway_row &any_gateway() {

@@ -157,11 +157,6 @@ inline bool is_result(const std::string &field) {
     return field == "result" || field == "results";
 }
 
-/// The child that holds the result.
-inline std::string result_child(const service_row &row) {
-    return *std::find_if(row.response.begin(), row.response.end(), is_result);
-}
-
 /// The children of a request that the contract knows, in order.
 inline words contract_children(const service_row &row) {
     words children = row.request;
