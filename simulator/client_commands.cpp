@@ -86,7 +86,11 @@ std::vector<std::pair<std::string, std::string>> client_commands(const daemon_ro
         "lumocmd -v ON -t " + std::string(daemon.client_type) +
         (service ? " -u " + place : " -s " + quote_word(std::filesystem::absolute(place))) + " -f ";
     for (auto &[function, sample] : samples) {
-        sample = start + function + (sample.empty() ? "" : " -p " + quote_word(sample));
+        std::string command = start + function;
+        if (!sample.empty()) {
+            command.append(" -p ").append(quote_word(sample));
+        }
+        sample = command;
     }
     return samples;
 }

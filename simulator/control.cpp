@@ -80,7 +80,7 @@ std::string tell_daemon(simulator_server &server, const nlohmann::json &wish) {
             std::end(TOLD_WHILE_RUNNING)) {
             return "no option for a daemon that runs";
         }
-        const std::string complaint = option->tell(told, wish.value("argument", std::string()));
+        std::string complaint = option->tell(told, wish.value("argument", std::string()));
         if (!complaint.empty()) {
             return complaint;
         }

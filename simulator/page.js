@@ -217,12 +217,19 @@ byId("find").addEventListener("input", () => {
     settleElements();
 });
 
+function forget() {
+    for (const id of ["elements", "daemons", "requests"]) {
+        byId(id).replaceChildren();
+    }
+    byId("filter").length = 1;
+    newest = 0;
+}
+
 const source = new EventSource("/events");
 source.onmessage = (message) => {
     const home = JSON.parse(message.data);
-    if (home.run !== run && run) {
-        location.reload(); /* another simulator, with other requests */
-        return;
+    if (home.run !== run) {
+        forget(); /* another simulator, with other requests */
     }
     run = home.run;
     commands = home.commands ?? commands;
