@@ -114,12 +114,13 @@ void read_messages(const json_value &part, home_state &home) {
 /// What is wrong with the links, now that the elements are known.
 std::string complain_about_links(const home_state &home) {
     for (const auto &[place, element] : home.links) {
-        const std::string complaint = complain_about_link(place);
+        std::string complaint = complain_about_link(place);
         if (!complaint.empty()) {
             return complaint;
         }
         if (!home.elements.contains(element)) {
-            return "'" + place + "' leads to '" + element + "', which is no element";
+            return complaint.append("'").append(place).append("' leads to '").append(element) +
+                   "', which is no element";
         }
     }
     return "";
