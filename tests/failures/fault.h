@@ -10,7 +10,7 @@ namespace failure_tests {
 
 /// A call that fails. The default lets every call pass.
 struct fault {
-    std::string call = "";
+    std::string call = {};
     int number = 1;       ///< which of the calls of this name, from 1
     int error = 0;        ///< its error number
     int limit = -1;       ///< without an error: the most bytes that it takes
