@@ -28,7 +28,11 @@ function say(text) {
 /* Asks for a change. */
 async function order(wish) {
     try {
-        const answer = await fetch("/control", {method: "POST", headers: {"X-Lumosim-Token": run}, body: JSON.stringify(wish)});
+        const answer = await fetch("/control", {
+            method: "POST",
+            headers: {"X-Lumosim-Token": run},
+            body: JSON.stringify(wish),
+        });
         say(answer.ok ? "done" : await answer.text() || "refused");
     } catch {
         say("the simulator does not answer");
@@ -62,7 +66,11 @@ function rove(list, selector) {
         list.querySelectorAll("[tabindex='0']").forEach((old) => { old.tabIndex = -1; });
         item.tabIndex = 0;
     };
-    list.addEventListener("focusin", (event) => event.target.matches(selector) && choose(event.target));
+    list.addEventListener("focusin", (event) => {
+        if (event.target.matches(selector)) {
+            choose(event.target);
+        }
+    });
     list.addEventListener("keydown", (event) => {
         const shown = stops().filter(isShown);
         const at = shown.indexOf(event.target);
@@ -129,10 +137,15 @@ function createDaemon(record) {
     group.querySelector(".argument").value = record.base + 3;
     for (const button of group.querySelectorAll("button")) {
         const {option, once} = button.dataset;
-        const row = group.querySelectorAll("label, .wide")[["--answer", "--delay", "--close", "--refuse"].indexOf(option)];
+        const options = ["--answer", "--delay", "--close", "--refuse"];
+        const row = group.querySelectorAll("label, .wide")[options.indexOf(option)];
         const input = row?.matches("label") ? row.nextElementSibling : null;
-        button.setAttribute("aria-label", row ? row.textContent + " " + button.textContent : button.textContent);
-        button.addEventListener("click", () => order({daemon: record.key, option, argument: input?.value ?? "", once: Boolean(once)}));
+        const before = row ? row.textContent + " " : "";
+        button.setAttribute("aria-label", before + button.textContent);
+        button.addEventListener("click", () => {
+            const argument = input?.value ?? "";
+            order({daemon: record.key, option, argument, once: Boolean(once)});
+        });
     }
     fillCommands(node, record.key);
     byId("filter").append(new Option(record.label, record.key));
@@ -159,7 +172,8 @@ function clockTime(milliseconds) {
 async function showBytes(item, number) {
     const places = item.querySelectorAll("pre");
     const answer = await fetch("/requests/" + number).catch(() => null);
-    const bytes = answer?.ok ? await answer.json() : {received: "no longer kept", sent: "no longer kept"};
+    const lost = "no longer kept";
+    const bytes = answer?.ok ? await answer.json() : {received: lost, sent: lost};
     setText(places[0], bytes.received);
     setText(places[1], bytes.sent);
 }
@@ -172,18 +186,22 @@ function createRequest(record) {
     item.querySelector("summary").tabIndex = -1;
     time.textContent = clockTime(record.time);
     time.dateTime = new Date(record.time).toISOString();
-    daemon.textContent = byId("daemons").querySelector(`[data-key="${record.daemon}"] .name`).textContent;
+    const row = byId("daemons").querySelector(`[data-key="${record.daemon}"]`);
+    daemon.textContent = row.querySelector(".name").textContent;
     asked.textContent = record.request;
     outcome.querySelector(".word").textContent = record.word;
     outcome.querySelector(".word").classList.add(record.word);
-    outcome.querySelector("code").textContent = record.outcome === record.word ? "" : record.outcome;
-    item.firstElementChild.addEventListener("toggle", () => showBytes(item, record.number), {once: true});
+    outcome.querySelector("code").textContent =
+        record.outcome === record.word ? "" : record.outcome;
+    const details = item.firstElementChild;
+    details.addEventListener("toggle", () => showBytes(item, record.number), {once: true});
     return item;
 }
 
 function filterRequest(item) {
     const daemon = byId("filter").value;
-    item.hidden = (daemon && item.dataset.daemon !== daemon) || (byId("failures").checked && !item.dataset.failed);
+    item.hidden = (daemon && item.dataset.daemon !== daemon) ||
+        (byId("failures").checked && !item.dataset.failed);
     return item;
 }
 
@@ -212,7 +230,8 @@ for (const id of ["filter", "failures"]) {
 }
 byId("find").addEventListener("input", () => {
     for (const button of byId("elements").children) {
-        button.hidden = !button.dataset.key.toLowerCase().includes(byId("find").value.toLowerCase());
+        const wanted = byId("find").value.toLowerCase();
+        button.hidden = !button.dataset.key.toLowerCase().includes(wanted);
     }
     settleElements();
 });
