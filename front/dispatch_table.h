@@ -1,5 +1,5 @@
-// Which client carries which request type. Included by main, and by catalogue/, which lists what
-// can be asked; it knows every client, so nothing else includes it.
+// Which client carries which request type. Included by main, and by the table lister, which lists
+// what can be asked; it knows every client, so nothing else includes it.
 
 #pragma once
 

@@ -1,7 +1,6 @@
-// The catalogue of request types: one row per -t keyword. What selecting a type says, what it
-// requires, what is said when something is missing, whether it is refused, and what the help tells
-// of it all follow from its row. A type that has a client has a row in front/dispatch_table.h as
-// well.
+// The request types: one row per -t keyword. What selecting a type says, what it requires, what is
+// said when something is missing, whether it is refused, and what the help tells of it all follow
+// from its row. A type that has a client has a row in front/dispatch_table.h as well.
 
 #pragma once
 
