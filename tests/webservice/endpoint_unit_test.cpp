@@ -20,7 +20,8 @@ TEST(Endpoint, IsUnusableWhereTheRuntimeWouldMisreadIt) {
           "http://*:8/", "http://127.0.0.%33/", "http://127.0.0.1\\@127.0.0.2:8/",
           "http://a@b@127.0.0.1:1/", "http://[localhost]/", "http://[127.0.0.3]/",
           "http://[v1.127.0.0.3]/", "http://[fe80::1%251]:8/", "http://[]/", "http://[::1]x/",
-          "http://[::1/]", "http://[::1", "http://u@[::1:80/", "http://[u]@[::1:80/",
+          "http://[::1/]", "http://u@[::1:80/", "http://[u]@[::1:80/",
+          "http://[::1\0/", // what follows the end must not be read
           "http://[1111:2222:3333:4444:5555:6666:7777:127.127.127.1270]/",
           // A port that is none.
           "http://127.0.0.1:/", "http://127.0.0.1:http/", "http://127.0.0.1:1x/",
