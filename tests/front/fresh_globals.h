@@ -11,21 +11,13 @@
 
 namespace front_tests {
 
-/// Starts every test with the state of a fresh process.
+/// Leaves the next test the state of a fresh process.
 class FreshGlobals : public testing::Test {
   protected:
-    FreshGlobals() {
+    ~FreshGlobals() override {
         g_config = {};
         debug_level = 1;
     }
-    ~FreshGlobals() override {
-        g_config = config_;
-        debug_level = level_;
-    }
-
-  private:
-    cmd_config config_ = g_config;
-    int level_ = debug_level;
 };
 
 /// valgrind brings its own allocator, and takes the largest sizes for mistakes.

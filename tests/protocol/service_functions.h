@@ -5,9 +5,6 @@
 
 #include "tests/protocol/texts.h"
 
-#include <algorithm>
-#include <iterator>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -173,28 +170,16 @@ inline std::string function_name(const service_row &row) {
 
 /// The children that the entries of the list fill, in order.
 inline words entries_of(const service_row &row) {
-    words entries;
-    std::copy_if(
-        row.request.begin(), row.request.end(), std::back_inserter(entries),
-        [](const std::string &child) { return child != "waittime" && child != "callsource"; });
+    words entries = row.request;
+    std::erase_if(entries, [](const std::string &child) {
+        return child == "waittime" || child == "callsource";
+    });
     return entries;
 }
 
 inline std::string count_message(const service_row &row) {
     return "soapcallsclientutil->make_webservice_request error too few or too much parameters, " +
            std::string(row.needed);
-}
-
-inline void PrintTo(const service_row &row, std::ostream *stream) {
-    *stream << row.name;
-}
-
-/// The rows that `wanted` holds for.
-template <typename Wanted> std::vector<service_row> service_functions_that(Wanted wanted) {
-    std::vector<service_row> rows;
-    std::copy_if(std::begin(SERVICE_FUNCTIONS), std::end(SERVICE_FUNCTIONS),
-                 std::back_inserter(rows), wanted);
-    return rows;
 }
 
 } // namespace protocol

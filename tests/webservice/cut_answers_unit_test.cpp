@@ -1,7 +1,7 @@
 // Answers that break off: whatever came of the result, there is none. Each framing is cut at every
 // byte.
 
-#include "front/request_record.h"
+#include "tests/front/fresh_globals.h"
 #include "tests/harness/console.h"
 #include "tests/webservice/http_peer.h"
 #include "webservice/soapcallsclientutil.h"
@@ -70,39 +70,32 @@ struct framing {
     std::string (*frame)(const std::string &part) = [](const std::string &part) { return part; };
 };
 
-class CutAnswer : public testing::Test {
-  protected:
-    CutAnswer() {
-        g_config.verbose = 1;
-    }
-    ~CutAnswer() override {
-        g_config = {};
-    }
+using CutAnswer = front_tests::FreshGlobals;
 
-    /// Cuts at every byte.
-    static void has_its_result_or_none(const framing &row, const called &call) {
-        for (std::size_t length = 0; length <= row.cut.size(); length++) {
-            const std::string part = row.cut.substr(0, length);
-            SCOPED_TRACE(std::string(row.name) + ": " + part);
-            peer service(answering(row.head + row.frame(part)));
-            int status = 0;
-            std::string output;
-            const std::string errors = captured_output(
-                [&] {
-                    output = captured_output([&] {
-                        status = make_webservice_request(url_of(service).c_str(), call.function,
-                                                         call.parameters, 0);
-                    });
-                },
-                stderr);
-            EXPECT_EQ(service.finish(), "");
-            const bool has_result = length == row.cut.size() || status == 42;
-            EXPECT_EQ(status, has_result ? 42 : call.status_without);
-            EXPECT_EQ(output, has_result ? call.lines : call.lines_without);
-            EXPECT_EQ(errors.empty(), has_result) << errors;
-        }
+/// Cuts at every byte.
+void has_its_result_or_none(const framing &row, const called &call) {
+    g_config.verbose = 1;
+    for (std::size_t length = 0; length <= row.cut.size(); length++) {
+        const std::string part = row.cut.substr(0, length);
+        SCOPED_TRACE(std::string(row.name) + ": " + part);
+        peer service(answering(row.head + row.frame(part)));
+        int status = 0;
+        std::string output;
+        const std::string errors = captured_output(
+            [&] {
+                output = captured_output([&] {
+                    status = make_webservice_request(url_of(service).c_str(), call.function,
+                                                     call.parameters, 0);
+                });
+            },
+            stderr);
+        EXPECT_EQ(service.finish(), "");
+        const bool has_result = length == row.cut.size() || status == 42;
+        EXPECT_EQ(status, has_result ? 42 : call.status_without);
+        EXPECT_EQ(output, has_result ? call.lines : call.lines_without);
+        EXPECT_EQ(errors.empty(), has_result) << errors;
     }
-};
+}
 
 TEST_F(CutAnswer, HasItsOwnResultOrNoneInAnyFraming) {
     const std::string body = START + REST;

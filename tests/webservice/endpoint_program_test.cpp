@@ -20,20 +20,17 @@ TEST(UnusableUrl, IsAFailedCall) {
             int code;
             const char *line = nullptr; ///< in green
         } rows[] = {
-            {{"-f", "SERVICE_TEST"}, 502},
-            {{"-f", "SERVICE_RUNONELEMENT", "-p", "a|b"}, 502},
-            {{"-f", "SERVICE_GETELEMENTSTATUS", "-p", "a|b"}, 508},
-            {{"-f", "SERVICE_SYSTEMINFO"}, 502, "[lumocmd] Software system code: (null)"},
-            {{"-f", "SERVICE_VERSIONINFO"},
+            {SINGLE_CALL, 502},
+            {{"-f", "SERVICE_RUNONELEMENT", "-p", "a|b", "-v", "ON"}, 502},
+            {RECORD_CALL, 508},
+            {TEXT_CALL, 502, "[lumocmd] Url: (null)"},
+            {{"-f", "SERVICE_VERSIONINFO", "-v", "ON"},
              502,
              "[lumocmd] Software Version: LUMOCMD Version: 2.6.16_arlo [rev.7655] -"},
         };
         for (const auto &row : rows) {
             SCOPED_TRACE(row.call[1]);
-            words arguments = {"-t", "SOAP", "-u", url};
-            arguments.insert(arguments.end(), row.call.begin(), row.call.end());
-            arguments.insert(arguments.end(), {"-v", "ON"});
-            const run_result run = lumocmd(arguments);
+            const run_result run = call_at(url, row.call);
             expect_run(run,
                        (row.line != nullptr ? green(run.pid, row.line) : "") + "LMCM-" +
                            std::to_string(row.code) + "\n",
@@ -47,14 +44,6 @@ TEST(UnusableUrl, IsAFailedCall) {
                           "characters is needed\n");
         }
     }
-}
-
-TEST(UnusableUrl, MattersLessThanAWrongCount) {
-    expect_run(lumocmd({"-t", "SOAP", "-u", "x", "-f", "SERVICE_LOGIN", "-p", "a"}),
-               red("soapcallsclientutil->make_webservice_request error too few or too much "
-                   "parameters, user, pass are needed") +
-                   "LMCM-505\n",
-               505);
 }
 
 struct usable_case {
@@ -71,8 +60,7 @@ void expect_sent(const usable_case &row, const std::string &scheme = "http://",
     const std::string start = scheme + row.user + host;
     std::string path = row.path;
     path.resize(length != 0 ? length - start.size() : path.size(), 'x');
-    expect_run(lumocmd({"-t", "SOAP", "-u", start + path, "-f", "SERVICE_TEST"}), "LMWS-402\n",
-               402);
+    expect_run(call_at(start + path, {"-f", "SERVICE_TEST"}), "LMWS-402\n", 402);
     EXPECT_EQ(service.finish(), "");
     const http_request request = split_request(service.received());
     EXPECT_EQ(request.first_line.substr(0, request.first_line.rfind(' ')), "POST " + path);

@@ -163,9 +163,8 @@ TEST(Failure, OfTheConnection) {
         EXPECT_EQ(service.finish(), "");
     }
     const deserted_point nobody;
-    words arguments = {"-t", "SOAP", "-u", "http://127.0.0.1:" + std::to_string(nobody.port)};
-    arguments.insert(arguments.end(), TEXT_CALL.begin(), TEXT_CALL.end());
-    expect_failure(lumocmd(arguments), "Connection refused");
+    expect_failure(call_at("http://127.0.0.1:" + std::to_string(nobody.port), TEXT_CALL),
+                   "Connection refused");
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -1,7 +1,5 @@
 #include "tests/webservice/http_peer.h"
 
-#include "tests/harness/console.h"
-
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <regex>
@@ -67,14 +65,6 @@ std::string envelope(const std::string &content, const std::string &header) {
     return ENVELOPE_TAG + header + element("SOAP-ENV:Body", content) + "</SOAP-ENV:Envelope>";
 }
 
-std::string element(const std::string &name, const std::string &text) {
-    return "<" + name + ">" + text + "</" + name + ">";
-}
-
-std::string response_element(const std::string &operation, const std::string &children) {
-    return element("ns:service-" + operation + "Response", children);
-}
-
 std::string fault_element(const std::string &code, const std::string &reason,
                           const std::string &more) {
     return element("SOAP-ENV:Fault",
@@ -86,10 +76,6 @@ std::string http_answer(const std::string &body, const std::string &status,
     return "HTTP/1.1 " + status + "\r\nContent-Type: " + type +
            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" +
            body;
-}
-
-std::string http_response(const std::string &operation, const std::string &children) {
-    return http_answer(envelope(response_element(operation, children)));
 }
 
 std::string http_chunk(const std::string &bytes) {
@@ -123,16 +109,8 @@ script after_request(script further) {
     return steps;
 }
 
-script answering(std::string answer) {
-    return after_request({reply(std::move(answer)), half_close()});
-}
-
-std::string url_of(const peer &service) {
-    return "http://127.0.0.1:" + std::to_string(service.port()) + "/cgi-bin/lumows";
-}
-
-run_result call_service(const peer &service, const words &further) {
-    words arguments = {"-t", "SOAP", "-u", url_of(service)};
+run_result call_at(const std::string &url, const words &further) {
+    words arguments = {"-t", "SOAP", "-u", url};
     arguments.insert(arguments.end(), further.begin(), further.end());
     return lumocmd(arguments);
 }
@@ -149,15 +127,6 @@ void expect_run(const run_result &run, const std::string &output, int code,
     EXPECT_EQ(run.output, output);
     EXPECT_EQ(run.errors, errors);
     EXPECT_EQ(run.status, code & 0xff);
-}
-
-std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {
-    return green(pid, "[lumocmd] Status: " + status) +
-           green(pid, "[lumocmd] Current Value: " + value);
-}
-
-std::string text_line(pid_t pid, const std::string &url) {
-    return green(pid, "[lumocmd] Url: " + url);
 }
 
 std::string fault_report(const std::string &code, const std::string &reason,

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "tests/harness/console.h"
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
 
@@ -37,10 +38,14 @@ std::string sent_text(const peer &service);
 std::string envelope(const std::string &content, const std::string &header = "");
 
 /// "<name>text</name>".
-std::string element(const std::string &name, const std::string &text);
+inline std::string element(const std::string &name, const std::string &text) {
+    return "<" + name + ">" + text + "</" + name + ">";
+}
 
 /// The response element of an operation, such as "test" for service-test.
-std::string response_element(const std::string &operation, const std::string &children);
+inline std::string response_element(const std::string &operation, const std::string &children) {
+    return element("ns:service-" + operation + "Response", children);
+}
 
 /// A SOAP 1.1 fault with this code and reason; `more` follows the reason.
 std::string fault_element(const std::string &code, const std::string &reason,
@@ -49,7 +54,9 @@ std::string fault_element(const std::string &code, const std::string &reason,
 /// A whole HTTP answer with a Content-Length, and the one of an operation with these children.
 std::string http_answer(const std::string &body, const std::string &status = "200 OK",
                         const std::string &type = "text/xml; charset=utf-8");
-std::string http_response(const std::string &operation, const std::string &children);
+inline std::string http_response(const std::string &operation, const std::string &children) {
+    return http_answer(envelope(response_element(operation, children)));
+}
 
 /// One chunk of a body; an empty one is the last.
 std::string http_chunk(const std::string &bytes);
@@ -62,13 +69,20 @@ std::string dime_record(unsigned flags, unsigned type_format, std::string type, 
 /// Reads one whole request, then does the further steps; or gives this answer and waits for the
 /// client to close.
 script after_request(script further);
-script answering(std::string answer);
+inline script answering(std::string answer) {
+    return after_request({reply(std::move(answer)), half_close()});
+}
 
 /// The web service's URL at a peer.
-std::string url_of(const peer &service);
+inline std::string url_of(const peer &service) {
+    return "http://127.0.0.1:" + std::to_string(service.port()) + "/cgi-bin/lumows";
+}
 
-/// Runs the program with a SOAP request: `-t SOAP -u <peer's url>` and the further arguments.
-run_result call_service(const peer &service, const words &further);
+/// Runs the program with a SOAP request: `-t SOAP -u <url>` and the further arguments.
+run_result call_at(const std::string &url, const words &further);
+inline run_result call_service(const peer &service, const words &further) {
+    return call_at(url_of(service), further);
+}
 
 /// The same against a service that gives this answer to the request.
 run_result call_answered(const std::string &answer, const words &further);
@@ -84,14 +98,19 @@ constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
 inline const words RECORD_CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
 inline const std::string USUAL_RECORD =
     "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
-std::string record_lines(pid_t pid, const std::string &status, const std::string &value);
+inline std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {
+    return green(pid, "[lumocmd] Status: " + status) +
+           green(pid, "[lumocmd] Current Value: " + value);
+}
 
 /// A call without lines.
 inline const words SINGLE_CALL = {"-f", "SERVICE_TEST", "-v", "ON"};
 
 /// A call whose line is shown in any case, and that line.
 inline const words TEXT_CALL = {"-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s", "-v", "ON"};
-std::string text_line(pid_t pid, const std::string &url);
+inline std::string text_line(pid_t pid, const std::string &url) {
+    return green(pid, "[lumocmd] Url: " + url);
+}
 
 /// The client's report of a fault on standard error.
 std::string fault_report(const std::string &code, const std::string &reason,

@@ -73,42 +73,36 @@ std::string seen_at_the_well_known_port(const words &arguments) {
 
 TEST(LocalElement, TakesFiveOrSix) {
     SKIP_WHERE_MISSING(missing_private_machine("localhost"));
-    const words five = {"NO-SESSIONID", "i", "o", "p", "x", "h"};
+    const words five = {"i", "o", "p", "x", "h"};
+    const words local_five = {"NO-SESSIONID", "i", "o", "p", "x", "h"};
     const words six = {"s", "i", "o", "p", "x", "h"};
     const struct {
-        const char *host;
+        const char *host; ///< null: no url, as the parser stops early at an unknown -v word
         const char *list;
         const words *values; ///< null: nothing is sent
+        const char *shown = host;
     } rows[] = {
-        {"localhost", "i|o|p|x|h", &five}, {"localhost", "s|i|o|p|x|h", &six},
-        {"localhost", "i|o|p|x", nullptr}, {"localhost", "s|i|o|p|x|h|z", nullptr},
-        {"127.0.0.1", "i|o|p|x|h", &five}, {"127.0.0.1", nullptr, nullptr},
+        {"localhost", "i|o|p|x|h", &local_five},
+        {"localhost", "s|i|o|p|x|h", &six},
+        {"localhost", "i|o|p|x", nullptr},
+        {"localhost", "s|i|o|p|x|h|z", nullptr},
+        {"127.0.0.1", "i|o|p|x|h", &local_five},
+        {"127.0.0.1", nullptr, nullptr},
         {"127.0.0.1", "", nullptr},
+        {"127.0.0.1:80", "i|o|p|x|h", &five, "127.0.0.1"}, // which is elsewhere
+        {nullptr, "i|o|p|x|h", &local_five, "localhost"},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.host) + " " + (row.list != nullptr ? row.list : "(none)"));
-        const std::string url = "http://" + std::string(row.host) + "/cgi-bin/lumows";
-        EXPECT_EQ(seen_at_the_well_known_port(call_with({"-u", url}, row.list)),
+        SCOPED_TRACE(std::string(row.shown) + " " + (row.list != nullptr ? row.list : "(none)"));
+        const words options =
+            row.host == nullptr
+                ? words{"-v", "perhaps"}
+                : words{"-u", "http://" + std::string(row.host) + "/cgi-bin/lumows"};
+        EXPECT_EQ(seen_at_the_well_known_port(call_with(options, row.list)),
                   row.values == nullptr ? "(absent) \nLMCM-502\n246"
-                                        : std::string(row.host) + " POST /cgi-bin/lumows" +
+                                        : std::string(row.shown) + " POST /cgi-bin/lumows" +
                                               request_of(*row.values) + "\nLMCM-0000\n0");
     }
-}
-
-TEST(LocalElement, IsElsewhereBehindAPort) {
-    SKIP_WHERE_MISSING(missing_private_machine());
-    EXPECT_EQ(seen_at_the_well_known_port(
-                  call_with({"-u", "http://127.0.0.1:80/cgi-bin/lumows"}, "i|o|p|x|h")),
-              "127.0.0.1 POST /cgi-bin/lumows" + request_of({"i", "o", "p", "x", "h"}) +
-                  "\nLMCM-0000\n0");
-}
-
-/// Without an endpoint, which happens when the parser stops early at an unknown -v word.
-TEST(LocalElement, IsTheDefault) {
-    SKIP_WHERE_MISSING(missing_private_machine("localhost"));
-    EXPECT_EQ(seen_at_the_well_known_port(call_with({"-v", "perhaps"}, "i|o|p|x|h")),
-              "localhost POST /cgi-bin/lumows" +
-                  request_of({"NO-SESSIONID", "i", "o", "p", "x", "h"}) + "\nLMCM-0000\n0");
 }
 
 } // namespace

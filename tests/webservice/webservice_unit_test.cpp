@@ -6,31 +6,20 @@
 #include "webservice/service_calls.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 
 using namespace harness;
 
-/// A context in zeroed storage, released like the dispatcher's own.
-class client_context {
-  public:
-    client_context() {
-        soap_init(get());
+struct release_context {
+    void operator()(struct soap *context) const {
+        soap_destroy(context);
+        soap_end(context);
+        soap_free(context);
     }
-    ~client_context() {
-        soap_destroy(get());
-        soap_end(get());
-        soap_done(get());
-    }
-    client_context(const client_context &) = delete;
-    client_context &operator=(const client_context &) = delete;
-    struct soap *get() {
-        return static_cast<struct soap *>(static_cast<void *>(storage_));
-    }
-
-  private:
-    alignas(struct soap) unsigned char storage_[sizeof(struct soap)] = {};
 };
+using client_context = std::unique_ptr<struct soap, release_context>;
 
 TEST(ClientRuntime, BothLanguagesSeeTheSameContext) {
     EXPECT_EQ(lumows_context_size(), sizeof(struct soap));
@@ -65,14 +54,14 @@ TEST(Call, ReturnsTheRuntimesCode) {
     for (const auto &row : rows) {
         SCOPED_TRACE(row.header + row.content);
         peer service(answering(http_answer(envelope(row.content, row.header))));
-        client_context context;
+        const client_context context(soap_new());
         char waittime[] = "10";
         struct ns__service_testResponse response = {waittime}; // something stale
         const int code = soap_call_ns__service_test(context.get(), url_of(service).c_str(), nullptr,
                                                     waittime, &response);
         EXPECT_EQ(service.finish(), "");
         EXPECT_TRUE(code == row.code || (row.code == 200 && code == 3)) << code;
-        EXPECT_EQ(context.get()->error, code);
+        EXPECT_EQ(context->error, code);
         EXPECT_STREQ(response.result, row.code == SOAP_OK ? "LMWS-000" : nullptr);
     }
 }
@@ -80,7 +69,7 @@ TEST(Call, ReturnsTheRuntimesCode) {
 /// The fields that the dispatcher leaves absent, and an action other than the usual one.
 TEST(Call, SendsWhatItIsGiven) {
     peer service(answering(http_response("getelementstatus", "")));
-    client_context context;
+    const client_context context(soap_new());
     struct ns__service_getelementstatusResponse response = {};
     char texts[][3] = {"s", "o", "1"};
     EXPECT_EQ(soap_call_ns__service_getelementstatus(context.get(), url_of(service).c_str(),
