@@ -51,19 +51,21 @@ TEST(CompletionTable, NamesTheParametersAsTheyTravel) {
     for (const protocol::service_row &row : protocol::SERVICE_FUNCTIONS) {
         lists[function_name(row)] = protocol::joined(entries_of(row), "|");
     }
-    for (const protocol::function_case &row : protocol::functions_that(
-             [](const auto &gateway, const auto &) { return is_reachable(gateway); })) {
+    for (const auto &[gateway, function] : protocol::all_functions()) {
+        if (!is_reachable(gateway)) {
+            continue;
+        }
         // Some daemons want underscores in the names.
-        const std::string lines = std::regex_replace(row.function->lines, std::regex("_"), "");
+        const std::string lines = std::regex_replace(function.lines, std::regex("_"), "");
         std::string list;
-        for (std::size_t i = 0; i < protocol::count_of(*row.function); i++) {
-            const std::string mark = std::to_string(i + row.function->first_value);
+        for (std::size_t i = 0; i < protocol::count_of(function); i++) {
+            const std::string mark = std::to_string(i + function.first_value);
             std::smatch found; // none for what is only counted
             const bool travels =
                 std::regex_search(lines, found, std::regex("(\\w+): \\{" + mark + "\\}"));
             list += (i == 0 ? "" : "|") + (travels ? found[1].str() : "Payload");
         }
-        lists[row.function->name] = list;
+        lists[function.name] = list;
     }
     for (const function_row &row : read_table()) {
         const std::regex no_name("[\\[\\]]|^-$"); // an optional one is in brackets

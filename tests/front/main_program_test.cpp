@@ -2,6 +2,8 @@
 // status.
 
 #include "tests/front/transcript.h"
+#include "tests/fsmcore/fsmcore_exchanges.h"
+#include "tests/gateways/exchange_messages.h"
 #include "tests/harness/peer.h"
 #include "tests/protocol/request_types.h"
 
@@ -17,15 +19,6 @@ using harness::temporary_directory;
 
 const protocol::gateway_row &GATEWAY = protocol::any_gateway();
 const protocol::function_row &FUNCTION = GATEWAY.functions.front();
-
-harness::words request(const std::string &path, const std::string &list = FUNCTION.sample) {
-    return {"-t", std::string(GATEWAY.name) + "LOCAL", "-s", path, "-f", FUNCTION.name, "-p", list};
-}
-
-harness::script answering(const std::string &status) {
-    return {harness::expect(protocol::sample_request(FUNCTION, FUNCTION.name)),
-            harness::reply(std::string("Response Status: ") + GATEWAY.prefix + status + "\n")};
-}
 
 TEST(LastLine, IsTheTextOfTheDaemonsStatusWhichIsTheExitStatus) {
     const struct {
@@ -43,9 +36,13 @@ TEST(LastLine, IsTheTextOfTheDaemonsStatusWhichIsTheExitStatus) {
     };
     for (const auto &row : rows) {
         const temporary_directory directory;
+        peer daemon(directory.path + "/s", {harness::collect_until("\n\n"),
+                                            harness::reply(std::string("Response Status: ") +
+                                                           GATEWAY.prefix + row.answered + "\n")});
         // The path is relative to the working directory.
-        peer daemon(directory.path + "/s", answering(row.answered));
-        const run_result run = harness::lumocmd(request("s"), {.directory = directory.path});
+        const run_result run = harness::lumocmd({"-t", std::string(GATEWAY.name) + "LOCAL", "-s",
+                                                 "s", "-f", FUNCTION.name, "-p", FUNCTION.sample},
+                                                {.directory = directory.path});
         EXPECT_EQ(daemon.finish(), "");
         EXPECT_EQ(run.output, plain(row.text));
         EXPECT_EQ(run.errors, "");
@@ -66,68 +63,87 @@ std::string every_byte() {
     return bytes;
 }
 
-TEST(EveryByte, TravelsToAGatewayAndIsShown) {
+/// The daemon is asked for the function with this list, and a code of its own comes back.
+void expect_carried(const protocol::function_case &row, const std::string &list) {
+    SCOPED_TRACE(name_of(row));
+    const auto &[gateway, function] = row;
     const temporary_directory directory;
-    const std::string path = directory.path + "/s";
-    std::vector<std::string> items = protocol::entries_of(FUNCTION.sample);
-    items.back() = every_byte();
-    const std::string list = protocol::joined(items, "|");
-    peer daemon(path, {harness::expect(protocol::request_text(
-                           FUNCTION, FUNCTION.name, protocol::values_of_list(FUNCTION, list))),
-                       harness::reply(std::string("Response Status: ") + GATEWAY.prefix + "0\n")});
-    harness::words words = request(path, list);
-    words.insert(words.begin(), {"-v", "ON"});
-    const run_result run = harness::lumocmd(words);
+    const int code = gateway.base + 2;
+    peer daemon(directory.path + "/s",
+                {harness::expect(protocol::request_text(function, function.name,
+                                                        protocol::values_of_list(function, list))),
+                 harness::reply(std::string("Response Status: ") + gateway.prefix +
+                                std::to_string(code) + "\n")});
+    const std::string name = gateway.name;
+    const run_result run = harness::lumocmd(
+        {"-v", "ON", "-t", name + "LOCAL", "-s", "s", "-f", function.name, "-p", list},
+        {.directory = directory.path});
     EXPECT_EQ(daemon.finish(), "");
-    EXPECT_EQ(untagged_output(run), green(std::string(GATEWAY.name) + " Local request selected") +
-                                        green("Socket selected: " + path) +
-                                        green(std::string("Function selected: ") + FUNCTION.name) +
-                                        green("Parameters selected: " + list) + plain("LMCM-0000"));
-    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(untagged_output(run), green(name + " Local request selected") +
+                                        green("Socket selected: s") +
+                                        green(std::string("Function selected: ") + function.name) +
+                                        green("Parameters selected: " + list) +
+                                        plain(protocol::shown_code(gateway, code)));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.status, code & 0xff);
 }
 
+TEST(EveryByte, TravelsToAGatewayAndIsShown) {
+    std::vector<std::string> items = protocol::entries_of(FUNCTION.sample);
+    items.back() = every_byte();
+    expect_carried({GATEWAY, FUNCTION}, protocol::joined(items, "|"));
+}
+
+/// Returned parameters are not shown, and the wait time is the web service's.
 TEST(EveryByte, TravelsToFsmcoreAndBack) {
     const temporary_directory directory;
-    const std::string path = directory.path + "/s";
+    const std::string list = every_byte() + "|on";
     const std::string parameter = "Param000 Length: 253\nParam000:\n" + every_byte() + "\n";
-    peer daemon(
-        path, {harness::expect("Request: F\nParameter Count: 1\n" + parameter + "Waittime: 5\n\n"),
-               harness::reply("Response Status: FSMC-004\nParameter Count: 1\n" + parameter)});
-    const run_result run =
-        harness::lumocmd({"-t", "FSMCORE", "-s", path, "-f", "F", "-p", every_byte()});
+    peer daemon(directory.path + "/s",
+                {harness::expect("Request: F\nParameter Count: 2\n" + parameter +
+                                 "Param001 Length: 2\nParam001:\non\nWaittime: 5\n\n"),
+                 harness::reply("Response Status: FSMC-004\nParameter Count: 1\n" + parameter)});
+    const run_result run = harness::lumocmd(
+        {"-v", "ON", "-t", "fsmcore", "-s", "s", "-f", "F", "-p", list, "-w", "30"},
+        {.directory = directory.path});
     EXPECT_EQ(daemon.finish(), "");
-    EXPECT_EQ(run.output, plain("FSMC-004"));
+    EXPECT_EQ(untagged_output(run),
+              green("FSMCore local request selected") + green("Socket selected: s") +
+                  green("Function selected: F") + green("Parameters selected: " + list) +
+                  green("Waittime selected: 30") + plain("FSMC-004"));
+    EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.status, 4);
 }
 
 // --- Dispatch
 
-// One parameter too many names the client that was called.
-TEST(Dispatch, CallsTheClientOfTheType) {
-    for (const protocol::gateway_row *gateway : protocol::GATEWAYS) {
-        if (protocol::is_reachable(*gateway)) {
-            const protocol::function_row &function = gateway->functions.front();
-            expect_transcript(
-                std::string("-t ") + gateway->name + "LOCAL -s S -f " + function.name + " -p " +
-                    protocol::list_of(protocol::count_of(function) + 1),
-                red(protocol::count_message(*gateway, function)) + plain("LMCM-505"), 505);
+TEST(Dispatch, CarriesEveryFunctionToItsGateway) {
+    for (const protocol::function_case &row : protocol::all_functions()) {
+        if (is_reachable(row.gateway) && row.function.built == protocol::builder_answer::SENDS) {
+            expect_carried(row, row.function.sample);
         }
     }
 }
 
 // The parser stopped early, so nothing was required: absent texts reach the client.
 TEST(Dispatch, AbsentTextsCountAsEmpty) {
-    const std::string unreachable =
+    const std::string no_socket =
         red(std::string("utility->make_localtcpclient_socket connect failed with error '") +
-            strerror(EINVAL) + "'") +
-        red("FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside for "
-            "function 'F'");
+            strerror(EINVAL) + "'");
     for (const char *line : {"-t FSMCORE -f F -v maybe", "-t FSMCORE -s '' -f F -p ''"}) {
-        expect_transcript(line, unreachable + plain("FSMC-006"), 6);
+        expect_transcript(line, no_socket + red(fsmcore_message(LOCAL, 1, "F")) + plain("FSMC-006"),
+                          6);
     }
-    for (const protocol::request_type_row &row :
-         protocol::request_types_that([](const auto &each) { return each.carried; })) {
-        expect_transcript("-t " + row.keyword + " -s S -p a -t NOSUCH", plain("LMCM-503"), 503);
+    const int code = GATEWAY.base + 5;
+    expect_transcript(std::string("-t ") + GATEWAY.name + "LOCAL -f " + FUNCTION.name + " -p '" +
+                          FUNCTION.sample + "' -v maybe",
+                      no_socket + red(exchange_message(GATEWAY, 1, FUNCTION.name)) +
+                          plain(protocol::shown_code(GATEWAY, code)),
+                      code);
+    for (const protocol::request_type_row &row : protocol::request_types()) {
+        if (row.carried) {
+            expect_transcript("-t " + row.keyword + " -s S -p a -t NOSUCH", plain("LMCM-503"), 503);
+        }
     }
 }
 

@@ -1,5 +1,5 @@
-// What the parser leaves in the request record and which type it names. What it says, and how it
-// ends the process, is seen from outside.
+// What the parser leaves in the request record, which type it names, and what it says of that. What
+// else it says, and how it ends the process, is seen from outside.
 
 #include "front/utility.h"
 #include "tests/front/fresh_globals.h"
@@ -14,7 +14,7 @@ namespace {
 using namespace front_tests;
 
 /// Parses a line; the arguments are overwritten afterwards, so that only copies survive.
-int parse(const std::string &line) {
+int parse(const std::string &line, std::string *output = nullptr) {
     harness::words arguments = typed("lumocmd " + line);
     std::vector<char *> pointers;
     for (std::string &argument : arguments) {
@@ -23,8 +23,11 @@ int parse(const std::string &line) {
     pointers.push_back(nullptr);
     optind = 0; // starts the option library afresh
     int type = -1;
-    harness::captured_output(
+    const std::string said = harness::captured_output(
         [&] { type = parse_cmd_line(static_cast<int>(arguments.size()), pointers.data()); });
+    if (output != nullptr) {
+        *output = said;
+    }
     for (std::string &argument : arguments) {
         argument.assign(argument.size(), '#');
     }
@@ -77,11 +80,16 @@ TEST_F(Parser, FillsTheRecord) {
     }
 }
 
-TEST_F(Parser, EveryKeywordHasItsCode) {
+TEST_F(Parser, EveryKeywordHasItsCodeInAnyCase) {
     for (const protocol::request_type_row &row : protocol::request_types()) {
         SCOPED_TRACE(row.keyword);
-        const std::string type = "-t " + row.keyword;
-        EXPECT_EQ(parse(type + " -v maybe"), row.code);
+        std::string mixed = row.keyword;
+        std::transform(mixed.begin(), mixed.begin() + 2, mixed.begin(), tolower);
+        const std::string type = "-t " + mixed;
+        std::string output;
+        EXPECT_EQ(parse("-v ON " + type + " -v maybe", &output), row.code);
+        EXPECT_EQ(output, row.need != nullptr ? harness::green(getpid(), row.line)
+                                              : harness::tagged_red(getpid(), row.line));
         if (row.need != nullptr) {
             EXPECT_EQ(parse(type + " -s S -a A -d 1025 -u U -f F -p P"), row.code);
         }

@@ -45,15 +45,6 @@ TEST_F(StatusTexts, NameTheRangeOfTheirCode) {
     }
 }
 
-TEST_F(StatusTexts, BelongToTheCaller) {
-    char *first = format_status_code(505);
-    char *second = format_status_code(506);
-    EXPECT_STREQ(first, "LMCM-505");
-    EXPECT_STREQ(second, "LMCM-506");
-    xfree(first);
-    xfree(second);
-}
-
 TEST_F(StatusTexts, AreReadFromTheSixthCharacterOnOrRefused) {
     const std::string long_text(1000000, '9');
     const struct {

@@ -1,6 +1,7 @@
 // How an answer of FSMCore is read: every row is tried with the local and the remote exchange.
 
 #include "tests/fsmcore/fsmcore_exchanges.h"
+#include "tests/protocol/texts.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -49,11 +50,7 @@ std::string cut(const std::string &line) {
 }
 
 std::string many(std::size_t count, const std::string &text) {
-    std::string all;
-    for (std::size_t i = 0; i < count; i++) {
-        all += text;
-    }
-    return all;
+    return protocol::joined(words(count, text), "");
 }
 
 /// The value that makes an answer of one parameter so many bytes long, and the answer.
@@ -150,7 +147,8 @@ void expect_outcome(const fsmcore_exchange &x, const answer_row &row) {
     int count = 77;
     char *untouched[] = {nullptr};
     char **values = untouched;
-    const fsmcore_outcome got = call(x, point, &client, "GetState", {"a"}, {&count, &values});
+    const watched_client::outcome got =
+        call(x, point, &client, "GetState", {"a"}, {&count, &values});
     const bool failed = row.message != 0;
     std::string wanted = row.complaint;
     if (failed) {

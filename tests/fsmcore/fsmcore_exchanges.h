@@ -30,35 +30,26 @@ inline const fsmcore_exchange REMOTE = {
     harness::family::LOOPBACK, "FSMCoreutil->fsmcore_m2mrequeststatic", "", "remote socket"};
 inline const fsmcore_exchange *const FSMCORE_EXCHANGES[] = {&LOCAL, &REMOTE};
 
-/// What one call wrote, returned and left behind.
-struct fsmcore_outcome {
-    std::string output;
-    int status;
-    bool left_open;
-};
-
 /// Calls an exchange over a meeting or a deserted point, with the values in slots of 512 bytes.
 template <typename Point>
-fsmcore_outcome call(const fsmcore_exchange &x, const Point &point, harness::watched_client *client,
-                     const char *function, const std::vector<std::string> &values,
-                     const holders &returned = {nullptr, nullptr}) {
+harness::watched_client::outcome call(const fsmcore_exchange &x, const Point &point,
+                                      harness::watched_client *client, const char *function,
+                                      const std::vector<std::string> &values,
+                                      const holders &returned = {nullptr, nullptr}) {
     std::vector<char> slots(values.size() * 512 + 1);
     for (std::size_t i = 0; i < values.size(); i++) {
         memcpy(slots.data() + i * 512, values[i].data(), values[i].size());
     }
     const int count = static_cast<int>(values.size());
     const std::string port = std::to_string(point.port);
-    fsmcore_outcome result = {};
-    result.output = harness::captured_output([&] {
-        result.status =
-            x.where == harness::family::UNIX_SOCKET
-                ? fsmcore_requeststatic(point.path.c_str(), function, count, slots.data(),
-                                        returned.count, returned.values, "5")
-                : fsmcore_m2mrequeststatic("127.0.0.1", port.c_str(), function, count, slots.data(),
-                                           returned.count, returned.values);
+    return client->run([&] {
+        if (x.where == harness::family::UNIX_SOCKET) {
+            return fsmcore_requeststatic(point.path.c_str(), function, count, slots.data(),
+                                         returned.count, returned.values, "5");
+        }
+        return fsmcore_m2mrequeststatic("127.0.0.1", port.c_str(), function, count, slots.data(),
+                                        returned.count, returned.values);
     });
-    result.left_open = client->close_left_open();
-    return result;
 }
 
 /// A message as an exchange writes it, without colours; numbered in the order of the protocol.

@@ -1,12 +1,14 @@
-// What the FSMCore client puts on the wire, which requests it refuses, and what it says when the
-// connection fails.
+// What the FSMCore client puts on the wire and where, which requests it refuses, and what it says
+// when the connection fails.
 
 #include "fsmcore/fsmcorelocal_request.h"
 #include "tests/fsmcore/fsmcore_exchanges.h"
 #include "tests/protocol/texts.h"
 
+#include <arpa/inet.h>
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 
 namespace {
 
@@ -39,7 +41,7 @@ TEST(FsmcoreRequest, IsSentLocallyAndRemotely) {
             const meeting_point point(
                 x->where, {expect(lines + x->waittime_line + "\n"), reply(GOOD_ANSWER)});
             watched_client client;
-            const fsmcore_outcome got = call(*x, point, &client, function, values);
+            const watched_client::outcome got = call(*x, point, &client, function, values);
             EXPECT_EQ(got.output, "");
             EXPECT_EQ(got.status, 0);
             EXPECT_FALSE(got.left_open);
@@ -79,7 +81,8 @@ TEST(FsmcoreRequest, SaysWhyTheConnectionFailed) {
             client.recv_error = row.recv_error;
             int count = 77;
             char **values = nullptr;
-            fsmcore_outcome got = call(*x, point, &client, "GetState", {"a"}, {&count, &values});
+            watched_client::outcome got =
+                call(*x, point, &client, "GetState", {"a"}, {&count, &values});
             if (row.message == 1) {
                 got.output.erase(0, got.output.find('\n') + 1); // the connector's own line
             }
@@ -124,11 +127,11 @@ TEST(FsmcoreLimits, AreCheckedBeforeAConnection) {
         EXPECT_EQ(asked.daemon->finish(), "");
         client.connects = 0;
         const meeting_point point(x->where, {});
-        const fsmcore_outcome text = call(*x, point, &client, "F", values_for(*x, 1024));
+        const watched_client::outcome text = call(*x, point, &client, "F", values_for(*x, 1024));
         EXPECT_EQ(text.output, red(x->tag + TEXT_TOO_LONG));
         EXPECT_EQ(text.status, 8);
         // Bytes behind a slot are nobody's end of it.
-        const fsmcore_outcome value =
+        const watched_client::outcome value =
             call(*x, point, &client, "F", {"a", std::string(512, 'b'), "c"});
         EXPECT_EQ(value.output, red(x->tag + value_too_long(2)));
         EXPECT_EQ(value.status, 8);
@@ -136,7 +139,69 @@ TEST(FsmcoreLimits, AreCheckedBeforeAConnection) {
     }
 }
 
+// --- Where the remote exchange agrees to connect to
+
+std::string or_null(const char *text) {
+    return text == nullptr ? "(null)" : text;
+}
+
+/// Calls the exchange with a connection that always fails; what it wrote.
+std::string tried(const char *address, const char *port) {
+    int status = 0;
+    const std::string output = captured_output([&] {
+        status = fsmcore_m2mrequeststatic(address, port, "F", 0, nullptr, nullptr, nullptr);
+    });
+    EXPECT_EQ(status, 6);
+    return output;
+}
+
+TEST(RemoteTarget, IsConnectedTo) {
+    for (const auto &[address, port, number] : {std::tuple{"10.1.2.3", "1025", 1025},
+                                                {"10.1.2.3", "70000", 4464}, // its low sixteen bits
+                                                {"0xa.66051", " +2000", 2000}}) {
+        SCOPED_TRACE(port);
+        watched_client client;
+        client.connect_error = ETIMEDOUT;
+        EXPECT_EQ(tried(address, port),
+                  red("utility->make_internettcpclient_socket connect failed with error "
+                      "'Connection timed out'") +
+                      red(fsmcore_message(REMOTE, 1, "F")));
+        ASSERT_EQ(client.connects, 1);
+        sockaddr_in target = {};
+        memcpy(&target, &client.address, sizeof target);
+        EXPECT_STREQ(inet_ntoa(target.sin_addr), "10.1.2.3");
+        EXPECT_EQ(ntohs(target.sin_port), number);
+    }
+}
+
+TEST(RemoteTarget, IsRefusedBeforeTheConnection) {
+    watched_client client;
+    for (const char *address : {"10.1.2.256", "localhost", "", "10.1.2.3x", "10.1.2.3.4",
+                                static_cast<const char *>(nullptr)}) {
+        for (const char *port : {"2000", "1024"}) { // the address is looked at first
+            EXPECT_EQ(tried(address, port),
+                      red(REMOTE.tag + " error hostip parameter '" + or_null(address) +
+                          "' is not in a valid numbers-and-dots notation"));
+        }
+    }
+    for (const char *port : {"1024", "0", "-2000", "", "2000x", "2000 ", "2147483648", "4294969296",
+                             static_cast<const char *>(nullptr)}) {
+        EXPECT_EQ(tried("10.1.2.3", port),
+                  red(REMOTE.tag + " strtol error on converting '" + or_null(port) +
+                      "' into numeric remote port number"));
+    }
+    EXPECT_EQ(client.connects, 0);
+}
+
 // --- The builder of the command line
+
+void expect_built(const char *path, const char *function, const char *list,
+                  const std::string &output, int status) {
+    int got = 0;
+    EXPECT_EQ(captured_output([&] { got = make_fsmcorelocal_request(path, function, list); }),
+              output);
+    EXPECT_EQ(got, status);
+}
 
 TEST(FsmcoreBuilder, SendsAnyNumberOfValuesAndAWaitTimeOfFive) {
     const std::string longest(511, 'v');
@@ -153,14 +218,7 @@ TEST(FsmcoreBuilder, SendsAnyNumberOfValuesAndAWaitTimeOfFive) {
             family::UNIX_SOCKET,
             {expect(request_lines("getState", values) + "Waittime: 5\n\n"),
              reply("Response Status: FSMC-004\nParameter Count: 1\nParam000 Length: 1\nP\nx\n")});
-        const char *parameters = list;
-        int status = 0;
-        EXPECT_EQ(captured_output([&] {
-                      status =
-                          make_fsmcorelocal_request(point.path.c_str(), "getState", parameters);
-                  }),
-                  "");
-        EXPECT_EQ(status, 4);
+        expect_built(point.path.c_str(), "getState", list, "", 4);
         EXPECT_EQ(point.daemon->finish(), "");
     }
 }
@@ -176,26 +234,18 @@ TEST(FsmcoreBuilder, RefusesWhatDoesNotFitBeforeAConnection) {
     };
     for (const auto &[list, message] : lists) {
         watched_client client;
-        const char *parameters = list.c_str();
-        int status = 0;
-        EXPECT_EQ(captured_output(
-                      [&] { status = make_fsmcorelocal_request("/nowhere", "F", parameters); }),
-                  red(message));
-        EXPECT_EQ(status, 8);
+        expect_built("/nowhere", "F", list.c_str(), red(message), 8);
         EXPECT_EQ(client.connects, 0);
     }
 }
 
 TEST(FsmcoreBuilder, DoesWithoutAFunctionOrASocket) {
-    int status = 0;
-    EXPECT_EQ(
-        captured_output([&] { status = make_fsmcorelocal_request("/nowhere", nullptr, "a"); }), "");
-    EXPECT_EQ(status, 503);
-    EXPECT_EQ(captured_output([&] { status = make_fsmcorelocal_request(nullptr, "F", "a"); }),
-              red("utility->make_localtcpclient_socket connect failed with error 'Invalid "
-                  "argument'") +
-                  red(fsmcore_message(LOCAL, 1, "F")));
-    EXPECT_EQ(status, 6);
+    expect_built("/nowhere", nullptr, "a", "", 503);
+    expect_built(nullptr, "F", "a",
+                 red("utility->make_localtcpclient_socket connect failed with error 'Invalid "
+                     "argument'") +
+                     red(fsmcore_message(LOCAL, 1, "F")),
+                 6);
 }
 
 } // namespace

@@ -75,8 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     } else if (chosen == FSMCORE) {
         const std::string function = fuzz::field(&in);
         check_fsmcore_list(function, fuzz::field(&in));
-    } else if (is_reachable(*protocol::GATEWAYS[chosen - FIRST_GATEWAY])) {
-        const gateway_row &gateway = *protocol::GATEWAYS[chosen - FIRST_GATEWAY];
+    } else if (is_reachable(protocol::GATEWAYS[chosen - FIRST_GATEWAY])) {
+        const gateway_row &gateway = protocol::GATEWAYS[chosen - FIRST_GATEWAY];
         const function_row &function =
             gateway.functions[fuzz::below(&in, gateway.functions.size())];
         std::string list = fuzz::field(&in);

@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     fuzz::input in = {data, size};
     const std::size_t place = fuzz::below(&in, std::size(protocol::GATEWAYS) + 1);
     const bool is_gateway = place < std::size(protocol::GATEWAYS);
-    const exchange tried = exchange_of(is_gateway ? protocol::GATEWAYS[place] : nullptr, &in);
+    const exchange tried = exchange_of(is_gateway ? &protocol::GATEWAYS[place] : nullptr, &in);
     if (tried.words.empty()) {
         return 0;
     }

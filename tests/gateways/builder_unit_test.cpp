@@ -13,7 +13,7 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
-const std::vector<function_case> ALL_FUNCTIONS = functions_that([](auto &&...) { return true; });
+const std::vector<function_case> ALL_FUNCTIONS = all_functions();
 
 /// Builds a request that must end before a connection.
 void expect_refusal(const function_case &row, const char *function, const char *list, int status,
@@ -24,9 +24,10 @@ void expect_refusal(const function_case &row, const char *function, const char *
         int port = 0;
     } point;
     watched_client client;
-    int got = 0;
-    EXPECT_EQ(captured_output([&] { got = build(*row.gateway, point, function, list); }), output);
-    EXPECT_EQ(got, status);
+    const watched_client::outcome got =
+        client.run([&] { return build(row.gateway, point, function, list); });
+    EXPECT_EQ(got.output, output);
+    EXPECT_EQ(got.status, status);
     EXPECT_EQ(client.connects, 0);
 }
 
@@ -35,23 +36,22 @@ void expect_refusal(const function_case &row, const char *function, const char *
 void expect_sent(const function_case &row, const std::string &function, const std::string &list) {
     SCOPED_TRACE(name_of(row) + " " + function + " " + list);
     const auto &[gateway, known] = row;
-    const words values = values_of_list(*known, list);
+    const words values = values_of_list(known, list);
     std::vector<const char *> pointers(std::size(NUMBERED_VALUES));
     std::transform(values.begin(), values.end(), pointers.begin(),
                    [](const std::string &value) { return value.c_str(); });
-    const meeting_point point(gateway->where,
-                              {expect(request_text(*known, function, values)),
-                               reply(std::string("Response Status: ") + gateway->prefix + "42\n")});
+    const meeting_point point(gateway.where,
+                              {expect(request_text(known, function, values)),
+                               reply(std::string("Response Status: ") + gateway.prefix + "42\n")});
     watched_client client;
-    int status = 0;
-    const std::string output = captured_output([&] {
-        status = row.function->built == builder_answer::SENDS
-                     ? build(*row.gateway, point, function.c_str(), list.c_str())
-                     : call(*row.gateway, point, function.c_str(), pointers.data());
+    const watched_client::outcome got = client.run([&] {
+        return known.built == builder_answer::SENDS
+                   ? build(gateway, point, function.c_str(), list.c_str())
+                   : call(gateway, point, function.c_str(), pointers.data());
     });
-    EXPECT_EQ(output, "");
-    EXPECT_EQ(status, 42);
-    EXPECT_FALSE(client.close_left_open());
+    EXPECT_EQ(got.output, "");
+    EXPECT_EQ(got.status, 42);
+    EXPECT_FALSE(got.left_open);
     EXPECT_EQ(client.connects, 1);
     EXPECT_EQ(client.sends, 1);
     EXPECT_EQ(client.receives, 1);
@@ -62,24 +62,24 @@ void expect_sent(const function_case &row, const std::string &function, const st
 
 TEST(GatewayBuilder, SendsItsFunctionsAndReturnsTheAnswer) {
     for (const function_case &row : ALL_FUNCTIONS) {
-        expect_sent(row, row.function->name, row.function->sample);
-        expect_sent(row, lower(row.function->name), row.function->sample);
+        expect_sent(row, row.function.name, row.function.sample);
+        expect_sent(row, lower(row.function.name), row.function.sample);
     }
 }
 
 TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
     for (const function_case &row : ALL_FUNCTIONS) {
-        if (row.function->built == builder_answer::REFUSES) {
+        if (row.function.built == builder_answer::REFUSES) {
             continue;
         }
-        const std::size_t count = count_of(*row.function);
+        const std::size_t count = count_of(row.function);
         const std::string too_few = list_of(count - 1);
-        const std::string message = red(count_message(*row.gateway, *row.function));
+        const std::string message = red(count_message(row.gateway, row.function));
         for (const std::string &list :
              {too_few, list_of(count + 1), too_few + "|", "p||" + too_few, "|" + list_of(count)}) {
-            expect_refusal(row, row.function->name, list.c_str(), 505, message);
+            expect_refusal(row, row.function.name, list.c_str(), 505, message);
         }
-        expect_refusal(row, row.function->name, nullptr, 505, message);
+        expect_refusal(row, row.function.name, nullptr, 505, message);
     }
 }
 
@@ -87,27 +87,27 @@ TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
 /// knows.
 TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
     for (const function_case &row : ALL_FUNCTIONS) {
-        const std::string name = row.function->name;
+        const std::string name = row.function.name;
         for (const std::string &stranger : {std::string(), name + "S", name + " ", name.substr(1),
                                             name.substr(0, name.size() - 1), std::string("SEND")}) {
-            expect_refusal(row, stranger.c_str(), row.function->sample, 503, "");
+            expect_refusal(row, stranger.c_str(), row.function.sample, 503, "");
         }
-        expect_refusal(row, nullptr, row.function->sample, 503, "");
+        expect_refusal(row, nullptr, row.function.sample, 503, "");
         expect_refusal(row, "", nullptr, 503, "");
-        if (row.function->built != builder_answer::SENDS) {
-            expect_refusal(row, name.c_str(), row.function->sample, 503, "");
+        if (row.function.built != builder_answer::SENDS) {
+            expect_refusal(row, name.c_str(), row.function.sample, 503, "");
         }
     }
 }
 
 TEST(GatewayBuilder, ChecksTheLengthOfSomeValuesInOrder) {
     for (const function_case &row : ALL_FUNCTIONS) {
-        const function_row &function = *row.function;
-        const std::string too_few = red(count_message(*row.gateway, function));
+        const function_row &function = row.function;
+        const std::string too_few = red(count_message(row.gateway, function));
         words all_wrong = entries_of(function.sample);
         std::string first;
         for (const width_row &checked : function.widths) {
-            const std::string message = red(row.gateway->builder + " error " + checked.refusal);
+            const std::string message = red(row.gateway.builder + " error " + checked.refusal);
             first = first.empty() ? message : first;
             all_wrong[checked.item - 1] = "too long";
             words entries = entries_of(function.sample);

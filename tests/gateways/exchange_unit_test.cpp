@@ -15,20 +15,12 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
-/// What one call wrote, returned and left behind.
-struct outcome {
-    std::string output;
-    int status;
-    bool left_open;
-};
+using outcome = watched_client::outcome;
 
 template <typename Point>
 outcome run_exchange(const gateway_row &x, const Point &point, watched_client *client,
                      const char *function, const char *const *values = NUMBERED_VALUES) {
-    outcome result = {};
-    result.output = captured_output([&] { result.status = call(x, point, function, values); });
-    result.left_open = client->close_left_open();
-    return result;
+    return client->run([&] { return call(x, point, function, values); });
 }
 
 std::string answer(const gateway_row &x, const std::string &number) {
@@ -66,22 +58,21 @@ TEST(GatewayExchange, SendsValuesAsTheyAre) {
 
 TEST(GatewayExchange, SendsUpTo1023Characters) {
     const words values(std::size(NUMBERED_VALUES), "v");
-    for (const gateway_row *x : GATEWAYS) {
-        SCOPED_TRACE(title(*x));
-        const sized_request longest(*x, values, 1023);
-        const meeting_point point(x->where, {expect(longest.text(*x)), reply(answer(*x, "0"))});
+    for (const gateway_row &x : GATEWAYS) {
+        SCOPED_TRACE(title(x));
+        const sized_request longest(x, values, 1023);
+        const meeting_point point(x.where, {expect(longest.text(x)), reply(answer(x, "0"))});
         watched_client client;
         EXPECT_EQ(
-            run_exchange(*x, point, &client, usual_function(*x), longest.pointers.data()).output,
-            "");
+            run_exchange(x, point, &client, usual_function(x), longest.pointers.data()).output, "");
         EXPECT_EQ(point.daemon->finish(), "");
         for (const std::size_t size : {std::size_t{1024}, std::size_t{100000}}) {
-            const sized_request too_long(*x, values, size);
-            const meeting_point unasked(x->where, {});
+            const sized_request too_long(x, values, size);
+            const meeting_point unasked(x.where, {});
             const outcome got =
-                run_exchange(*x, unasked, &client, usual_function(*x), too_long.pointers.data());
-            EXPECT_EQ(got.output, red(exchange_message(*x, TOO_LONG, usual_function(*x))));
-            EXPECT_EQ(got.status, x->base + 6);
+                run_exchange(x, unasked, &client, usual_function(x), too_long.pointers.data());
+            EXPECT_EQ(got.output, red(exchange_message(x, TOO_LONG, usual_function(x))));
+            EXPECT_EQ(got.status, x.base + 6);
             EXPECT_FALSE(got.left_open);
             EXPECT_EQ(unasked.daemon->finish(), "");
             EXPECT_EQ(unasked.daemon->received(), "");
@@ -119,29 +110,29 @@ std::string filled_in(const gateway_row &x, std::string text) {
 }
 
 TEST(GatewayExchange, SaysWhatFailedInTheWordsOfTheGateway) {
-    for (const gateway_row *x : GATEWAYS) {
+    for (const gateway_row &x : GATEWAYS) {
         for (const failure_row &row : FAILURES) {
-            SCOPED_TRACE(title(*x) + " message " + std::to_string(row.message));
-            const std::string function = row.message == 2 ? "NoSuch" : lower(usual_function(*x));
+            SCOPED_TRACE(title(x) + " message " + std::to_string(row.message));
+            const std::string function = row.message == 2 ? "NoSuch" : lower(usual_function(x));
             const std::string wanted =
-                red(exchange_message(*x, row.message, function, strerror(row.shown_error)));
+                red(exchange_message(x, row.message, function, strerror(row.shown_error)));
             watched_client client;
             client.send_error = row.send_error;
             client.recv_error = row.recv_error;
             outcome got = {};
             if (row.message == 1) {
-                got = run_exchange(*x, deserted_point(), &client, function.c_str());
+                got = run_exchange(x, deserted_point(), &client, function.c_str());
                 got.output.erase(0, got.output.find('\n') + 1); // the connector's own line
             } else {
-                const meeting_point point(x->where, row.answer == nullptr
-                                                        ? script{}
-                                                        : script{collect_until("\n\n"),
-                                                                 reply(filled_in(*x, row.answer))});
-                got = run_exchange(*x, point, &client, function.c_str());
+                const meeting_point point(
+                    x.where, row.answer == nullptr
+                                 ? script{}
+                                 : script{collect_until("\n\n"), reply(filled_in(x, row.answer))});
+                got = run_exchange(x, point, &client, function.c_str());
                 EXPECT_EQ(point.daemon->finish(), "");
             }
             EXPECT_EQ(got.output, wanted);
-            EXPECT_EQ(got.status, x->base + row.code);
+            EXPECT_EQ(got.status, x.base + row.code);
             EXPECT_EQ(got.left_open, row.message == 2 || row.message == 7);
             EXPECT_EQ(client.sends, row.message > 2 ? 1 : 0);
             EXPECT_EQ(client.receives, row.message > 3 ? 1 : 0);
@@ -176,12 +167,12 @@ void expect_outcome(const gateway_row &x, const std::string &text, int message, 
 }
 
 TEST(GatewayExchange, ComparesThePrefixInItsOwnCaseAndWhole) {
-    for (const gateway_row *x : GATEWAYS) {
-        SCOPED_TRACE(title(*x));
-        const std::string prefix = x->prefix;
+    for (const gateway_row &x : GATEWAYS) {
+        SCOPED_TRACE(title(x));
+        const std::string prefix = x.prefix;
         const std::string shorter = prefix.substr(0, prefix.size() - 1);
         for (const std::string &wrong : {lower(prefix) + "0000", shorter + "0000", shorter}) {
-            expect_outcome(*x, "Response Status: " + wrong + "\n", 6, 0);
+            expect_outcome(x, "Response Status: " + wrong + "\n", 6, 0);
         }
     }
 }

@@ -3,6 +3,8 @@
 
 #include "tests/harness/watched_client.h"
 
+#include "tests/harness/console.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -50,6 +52,13 @@ bool watched_client::close_left_open() {
     }
     used.clear();
     return any;
+}
+
+watched_client::outcome watched_client::run(const std::function<int()> &call) {
+    outcome result = {};
+    result.output = captured_output([&] { result.status = call(); });
+    result.left_open = close_left_open();
+    return result;
 }
 
 } // namespace harness

@@ -5,6 +5,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <string>
 #include <sys/socket.h>
 #include <sys/types.h>
 #include <vector>
@@ -42,6 +44,14 @@ struct watched_client {
     /// Closes what the client left open.
     /// @return whether a connection was among it.
     bool close_left_open();
+
+    /// What a call of the client wrote, returned and left behind.
+    struct outcome {
+        std::string output;
+        int status;
+        bool left_open;
+    };
+    outcome run(const std::function<int()> &call);
 };
 
 } // namespace harness

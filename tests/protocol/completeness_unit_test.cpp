@@ -53,21 +53,21 @@ TEST(Completeness, EveryRequestTypeHasARow) {
 TEST(Completeness, EveryFunctionOfAnExchangeAndOfABuilderHasARow) {
     names exchanged;
     names built;
-    for (const request_builder *builder : protocol::request_builders()) {
-        for (const gateway_function &function : builder->gateway->functions) {
-            exchanged.insert(std::string(builder->gateway->source_tag) + " " + function.name);
+    for (const protocol::any_builder &each : protocol::request_builders()) {
+        const request_builder &builder = each.made_of;
+        for (const gateway_function &function : builder.gateway->functions) {
+            exchanged.insert(std::string(builder.gateway->source_tag) + " " + function.name);
         }
-        for (const builder_row &row : builder->rows) {
-            built.insert(std::string(builder->name) + " " + row.function);
+        for (const builder_row &row : builder.rows) {
+            built.insert(std::string(builder.name) + " " + row.function);
         }
     }
     names exchange_rows;
     names builder_rows;
-    for (const auto &[gateway, function] :
-         protocol::functions_that([](auto &&...) { return true; })) {
-        exchange_rows.insert(gateway->tag + " " + function->name);
-        if (function->built != protocol::builder_answer::REFUSES) {
-            builder_rows.insert(protocol::function_of(gateway->builder) + " " + function->name);
+    for (const auto &[gateway, function] : protocol::all_functions()) {
+        exchange_rows.insert(gateway.tag + " " + function.name);
+        if (function.built != protocol::builder_answer::REFUSES) {
+            builder_rows.insert(protocol::function_of(gateway.builder) + " " + function.name);
         }
     }
     expect_the_same(exchanged, "the source_tag and FUNCTIONS of a gateway's source", exchange_rows,
@@ -77,11 +77,11 @@ TEST(Completeness, EveryFunctionOfAnExchangeAndOfABuilderHasARow) {
 }
 
 TEST(Completeness, EveryGatewaysCodesPrintWithItsPrefix) {
-    for (const protocol::gateway_row *row : protocol::GATEWAYS) {
-        for (const int code : {row->base + 1, row->base + 100}) {
+    for (const protocol::gateway_row &row : protocol::GATEWAYS) {
+        for (const int code : {row.base + 1, row.base + 100}) {
             char *text = format_status_code(code);
-            EXPECT_EQ(text, protocol::shown_code(*row, code))
-                << title(*row) << "'s codes need a range of their own in front/status_ranges.h, or "
+            EXPECT_EQ(text, protocol::shown_code(row, code))
+                << title(row) << "'s codes need a range of their own in front/status_ranges.h, or "
                 << ".shown in its row in " << GATEWAY_ROWS_FILE << " says how they print";
             xfree(text);
         }

@@ -21,9 +21,9 @@ struct daemon_row {
 /// FSMCore, the gateways in the order of the help, the web service.
 inline std::vector<daemon_row> daemons() {
     std::vector<daemon_row> rows = {{"FSMCORE", "lumo_fsmcore.socket", "FSMC-", 3, 0}};
-    for (const gateway_row *row : GATEWAYS) {
-        if (is_reachable(*row)) {
-            rows.push_back({row->name, row->socket, row->prefix, row->digits, row->base, row});
+    for (const gateway_row &row : GATEWAYS) {
+        if (is_reachable(row)) {
+            rows.push_back({row.name, row.socket, row.prefix, row.digits, row.base, &row});
         }
     }
     rows.push_back({"SOAP", "", "LMWS-", 3, 400});

@@ -10,11 +10,14 @@
 #include "tests/protocol/gateways.h"
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace protocol {
+
+using namespace std::placeholders;
 
 constexpr const char *LOOPBACK_ADDRESS = "127.0.0.1";
 
@@ -22,34 +25,30 @@ constexpr const char *LOOPBACK_ADDRESS = "127.0.0.1";
 inline const char *const NUMBERED_VALUES[] = {"v1", "v2", "v3", "v4",  "v5", "v6",
                                               "v7", "v8", "v9", "v10", "v11"};
 
-/// What all builders are made of, local and over TCP.
-inline std::vector<const request_builder *> request_builders() {
-    std::vector<const request_builder *> builders;
-    for (const local_builder &row : local_builders()) {
-        builders.push_back(row.builder);
+/// A builder of the program, local or over TCP: what it is made of, and how it is called.
+struct any_builder {
+    const request_builder &made_of;
+    std::function<int(const char *path, int port, const char *function, const char *list)> make;
+};
+
+inline std::vector<any_builder> request_builders() {
+    std::vector<any_builder> builders;
+    for (const auto &[make, builder] : local_builders()) {
+        builders.push_back({*builder, std::bind(make, _1, _3, _4)});
     }
-    for (const internet_builder &row : internet_builders()) {
-        builders.push_back(row.builder);
+    for (const auto &[make, builder] : internet_builders()) {
+        builders.push_back({*builder, std::bind(make, LOOPBACK_ADDRESS, _2, _3, _4)});
     }
     return builders;
 }
 
-/// What the builder of a gateway is made of.
-inline const request_builder &builder_of(const gateway_row &row) {
-    for (const request_builder *builder : request_builders()) {
-        if (builder->name == function_of(row.builder)) {
-            return *builder;
+inline any_builder builder_of(const gateway_row &row) {
+    for (const any_builder &builder : request_builders()) {
+        if (builder.made_of.name == function_of(row.builder)) {
+            return builder;
         }
     }
     throw std::logic_error("no builder calls itself " + row.builder);
-}
-
-/// The row of a builder that hands on the most values.
-inline const builder_row &longest_row(const gateway_row &gateway) {
-    const auto &rows = builder_of(gateway).rows;
-    return *std::max_element(rows.begin(), rows.end(), [](const auto &one, const auto &other) {
-        return one.count < other.count;
-    });
 }
 
 /// Calls an exchange over a meeting or a deserted point.
@@ -57,25 +56,17 @@ inline const builder_row &longest_row(const gateway_row &gateway) {
 template <typename Point>
 int call(const gateway_row &row, const Point &point, const char *function,
          const char *const *values) {
-    return longest_row(row).exchange(
-        {point.path.c_str(), LOOPBACK_ADDRESS, point.port, function, values});
+    // By the row of the builder that hands on the most values.
+    const auto rows = builder_of(row).made_of.rows;
+    const auto longest = std::max_element(
+        rows.begin(), rows.end(), [](auto &one, auto &other) { return one.count < other.count; });
+    return longest->exchange({point.path.c_str(), LOOPBACK_ADDRESS, point.port, function, values});
 }
 
 /// Calls a builder over such a point.
 template <typename Point>
 int build(const gateway_row &row, const Point &point, const char *function, const char *list) {
-    const request_builder *const builder = &builder_of(row);
-    for (const local_builder &each : local_builders()) {
-        if (each.builder == builder) {
-            return each.make(point.path.c_str(), function, list);
-        }
-    }
-    for (const internet_builder &each : internet_builders()) {
-        if (each.builder == builder) {
-            return each.make(LOOPBACK_ADDRESS, point.port, function, list);
-        }
-    }
-    return -1;
+    return builder_of(row).make(point.path.c_str(), point.port, function, list);
 }
 
 } // namespace protocol

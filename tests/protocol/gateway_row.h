@@ -139,12 +139,12 @@ inline std::string shown_code(const gateway_row &row, int code) {
 
 /// A function of a gateway, for tests that try each by itself.
 struct function_case {
-    const gateway_row *gateway;
-    const function_row *function;
+    const gateway_row &gateway;
+    const function_row &function;
 };
 
 inline std::string name_of(const function_case &row) {
-    return title(*row.gateway) + "_" + row.function->name;
+    return title(row.gateway) + "_" + row.function.name;
 }
 
 } // namespace protocol

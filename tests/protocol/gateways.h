@@ -30,7 +30,7 @@ inline const std::vector<function_row> ECHOBUS_FUNCTIONS = {
 };
 
 /// In the order in which the help lists those that it lists.
-inline const gateway_row GATEWAY_ROWS[] = {
+inline const gateway_row GATEWAYS[] = {
     {.name = "EIB", .local_type = 101, .base = 100, .prefix = "EIBG-", .digits = 3,
      .tail_daemon = "FSMCore", .quoting = "BBBBBBBB",
      .builder = "localclientutil->make_eibuslocal_request", .functions = EIB_FUNCTIONS},
@@ -135,28 +135,17 @@ inline const gateway_row GATEWAY_ROWS[] = {
 };
 // clang-format on
 
-/// Their addresses, by which the cases of tests refer to them.
-inline const std::vector<const gateway_row *> GATEWAYS = [] {
-    std::vector<const gateway_row *> rows;
-    for (const gateway_row &row : GATEWAY_ROWS) {
-        rows.push_back(&row);
-    }
-    return rows;
-}();
-
 /// Any gateway that the command line reaches; for what is true of each.
 inline const gateway_row &any_gateway() {
-    return *GATEWAYS.front();
+    return GATEWAYS[0];
 }
 
-/// The functions that `wanted` holds for.
-template <typename Wanted> std::vector<function_case> functions_that(Wanted wanted) {
+/// The functions of all gateways.
+inline std::vector<function_case> all_functions() {
     std::vector<function_case> cases;
-    for (const gateway_row *row : GATEWAYS) {
-        for (const function_row &function : row->functions) {
-            if (wanted(*row, function)) {
-                cases.push_back({row, &function});
-            }
+    for (const gateway_row &row : GATEWAYS) {
+        for (const function_row &function : row.functions) {
+            cases.push_back({row, function});
         }
     }
     return cases;

@@ -5,9 +5,6 @@
 
 #include "tests/protocol/gateways.h"
 
-#include <algorithm>
-#include <iterator>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,10 +31,6 @@ struct request_type_row {
     std::string line;     ///< what selecting the type says; red when it is unsupported, else green
     const need_row *need; ///< null: the type is unsupported
     bool carried;         ///< by a client
-
-    friend void PrintTo(const request_type_row &row, std::ostream *stream) {
-        *stream << row.keyword;
-    }
 };
 
 /// The rows of a gateway's two keywords.
@@ -55,24 +48,17 @@ inline std::vector<request_type_row> types_of(const gateway_row &row) {
          &INTERNET_NEED, false}};
 }
 
-/// All types that `wanted` holds for.
-template <typename Wanted> std::vector<request_type_row> request_types_that(Wanted wanted) {
+inline std::vector<request_type_row> request_types() {
     std::vector<request_type_row> all = {
         {"SOAP", 100, "[lumocmd] Soap request selected", &SOAP_NEED, true},
         {"FSMCORE", 120, "[lumocmd] FSMCore local request selected", &LOCAL_NEED, true}};
-    for (const gateway_row *row : GATEWAYS) {
-        if (row->where == harness::family::UNIX_SOCKET) {
-            const std::vector<request_type_row> types = types_of(*row);
+    for (const gateway_row &row : GATEWAYS) {
+        if (row.where == harness::family::UNIX_SOCKET) {
+            const std::vector<request_type_row> types = types_of(row);
             all.insert(all.end(), types.begin(), types.end());
         }
     }
-    std::vector<request_type_row> chosen;
-    std::copy_if(all.begin(), all.end(), std::back_inserter(chosen), wanted);
-    return chosen;
-}
-
-inline std::vector<request_type_row> request_types() {
-    return request_types_that([](const request_type_row &) { return true; });
+    return all;
 }
 
 /// The message about a request of the type that lacks something.
