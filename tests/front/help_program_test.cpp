@@ -41,29 +41,15 @@ const char OWN_TYPES[] = R"(]
 
 )";
 
-/// What the help says of a gateway's type; the capitals stand for texts of its row.
-const char GATEWAY_LINES[] = R"(   TYPE-s: unix socket of Lumotron-DAEMON service
-                      [SOCKET]
-   TYPE-f: request Lumotron-DAEMON service function name
-                      [FUNCTIONS]
-   TYPE-p: function parameters_list
-                      ["LIST"]
-
-)";
-
 std::string gateway_lines(const protocol::gateway_row &row) {
-    std::string type = std::string(row.name) + "LOCAL";
-    type.resize(18, ' ');
-    std::string lines = GATEWAY_LINES;
-    for (const auto &[mark, text] :
-         std::map<std::string, std::string>{{"TYPE", type + row.help_gap},
-                                            {"DAEMON", row.daemon},
-                                            {"SOCKET", row.socket},
-                                            {"FUNCTIONS", row.advertised},
-                                            {"LIST", row.advertised_list}}) {
-        lines = std::regex_replace(lines, std::regex("\\b" + mark + "\\b"), text);
-    }
-    return lines;
+    std::string type = "   " + std::string(row.name) + "LOCAL";
+    type.resize(21, ' ');
+    type += row.help_gap;
+    const std::string next = "\n" + std::string(22, ' ') + "[";
+    return type + "-s: unix socket of Lumotron-" + row.daemon + " service" + next + row.socket +
+           "]\n" + type + "-f: request Lumotron-" + row.daemon + " service function name" + next +
+           row.advertised + "]\n" + type + "-p: function parameters_list" + next + '"' +
+           row.advertised_list + "\"]\n\n";
 }
 
 std::string whole_help() {
