@@ -44,13 +44,13 @@ watched_client::~watched_client() {
 
 bool watched_client::close_left_open() {
     bool any = false;
-    for (const used_socket &each : used) {
-        if (inode_of(each.descriptor) == each.inode) {
-            any = any || each.is_connected;
-            close(each.descriptor);
+    for (const auto &[descriptor, inode] : connected) {
+        if (inode_of(descriptor) == inode) {
+            any = true;
+            close(descriptor);
         }
     }
-    used.clear();
+    connected.clear();
     return any;
 }
 
@@ -75,11 +75,14 @@ extern "C" int connect(int descriptor, const sockaddr *address, socklen_t size) 
     }
     watcher->connects++;
     memcpy(&watcher->address, address, std::min<std::size_t>(size, sizeof watcher->address));
-    errno = watcher->connect_error;
-    const int result = errno == 0 ? library_connect(descriptor, address, size) : -1;
-    const int reason = errno;
-    watcher->used.push_back({descriptor, harness::inode_of(descriptor), result == 0});
-    errno = reason;
+    if (watcher->connect_error != 0) {
+        errno = watcher->connect_error;
+        return -1;
+    }
+    const int result = library_connect(descriptor, address, size);
+    if (result == 0) {
+        watcher->connected[descriptor] = harness::inode_of(descriptor);
+    }
     return result;
 }
 

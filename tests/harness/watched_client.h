@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
 #include <sys/socket.h>
 #include <sys/types.h>
-#include <vector>
 
 namespace harness {
 
@@ -34,15 +34,10 @@ struct watched_client {
     int flags = 0;                ///< all send and recv flags together
     std::size_t receive_size = 0; ///< size of the last receive
 
-    struct used_socket {
-        int descriptor;
-        ino_t inode; ///< tells the socket from a later one of the same number
-        bool is_connected;
-    };
-    std::vector<used_socket> used;
+    /// The sockets that it connected, with what tells each from a later one of the same number.
+    std::map<int, ino_t> connected;
 
-    /// Closes what the client left open.
-    /// @return whether a connection was among it.
+    /// Closes the connections that the client left open; whether there were any.
     bool close_left_open();
 
     /// What a call of the client wrote, returned and left behind.
