@@ -3,7 +3,6 @@
 
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
-#include "tests/harness/terminal.h"
 #include "tests/protocol/request_types.h"
 #include "tests/protocol/service_functions.h"
 
@@ -144,7 +143,8 @@ class Completion : public testing::TestWithParam<shell> {
         for (const std::string &word : GetParam().command) {
             command.push_back(filled(word, {{"", home_.path}}));
         }
-        terminal_ = std::make_unique<terminal>(command);
+        terminal_ = std::make_unique<harness::started_program>(
+            command, harness::start_options{.on_terminal = true});
         terminal_->shown_until(PROMPT);
     }
 
@@ -191,7 +191,7 @@ class Completion : public testing::TestWithParam<shell> {
     const bool is_fish_ = std::string(GetParam().name) == "fish";
 
   private:
-    std::unique_ptr<terminal> terminal_;
+    std::unique_ptr<harness::started_program> terminal_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Shell, Completion, testing::ValuesIn(SHELLS),

@@ -4,11 +4,14 @@
 
 #include "tests/failures/fault.h"
 #include "tests/failures/requests.h"
+#include "tests/protocol/texts.h"
+#include "tests/webservice/http_peer.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <map>
 #include <netdb.h>
 
 namespace {
@@ -16,6 +19,7 @@ namespace {
 using namespace failure_tests;
 using harness::expect;
 using harness::meeting_point;
+using harness::NAME_OF_ROW;
 using harness::reply;
 using harness::words;
 
@@ -26,8 +30,6 @@ class Calls : public testing::TestWithParam<request> {
     }
     const request &wanted = GetParam();
 };
-
-constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
 
 // ---------------------------------------------------------------------------------------------
 
@@ -42,7 +44,7 @@ class DaemonCalls : public Calls {
         expect_outcome(seen.run, shown);
         EXPECT_EQ(seen.hits.size(), 1U) << "the call was never made";
         EXPECT_EQ(seen.records, words());
-        EXPECT_EQ(calls_of(seen), calls);
+        EXPECT_EQ(protocol::joined(seen.calls, " "), calls);
         EXPECT_EQ(calls.find("send") == std::string::npos ? point.daemon->finish_unvisited()
                                                           : point.daemon->finish(),
                   "");
@@ -51,22 +53,16 @@ class DaemonCalls : public Calls {
     const outcome answered = {ANSWERED_TEXT, ANSWERED};
 };
 
-const std::string OPENED = "open close socket "; // the null device comes first
-const std::string SENT = OPENED + "connect send ";
-const std::string WHOLE = SENT + "recv close ";
+const std::string OPENED = "open close socket"; // the null device comes first
+const std::string SENT = OPENED + " connect send";
+const std::string WHOLE = SENT + " recv close";
 
 TEST_P(DaemonCalls, ThatFailAreNotMadeAgain) {
-    for (const int error : {EACCES, EINTR, EMFILE}) {
+    for (const int error : {EAGAIN, EINTR}) {
         run({.call = "socket", .error = error}, {}, unconnected(wanted, "socket", error), OPENED);
-    }
-    for (const int error : {EAGAIN, ECONNREFUSED, EINPROGRESS, EINTR, EISCONN, ETIMEDOUT}) {
         run({.call = "connect", .error = error}, {}, unconnected(wanted, "connect", error),
-            OPENED + "connect ");
-    }
-    for (const int error : {EAGAIN, ECONNRESET, EINTR, EPIPE}) {
-        run({.call = "send", .error = error}, {}, failed(wanted, SENDING, error), SENT + "close ");
-    }
-    for (const int error : {EAGAIN, ECONNRESET, EINTR, ETIMEDOUT}) {
+            OPENED + " connect");
+        run({.call = "send", .error = error}, {}, failed(wanted, SENDING, error), SENT + " close");
         run({.call = "recv", .error = error}, wanted.answered, failed(wanted, RECEIVING, error),
             WHOLE);
     }
@@ -74,10 +70,9 @@ TEST_P(DaemonCalls, ThatFailAreNotMadeAgain) {
 
 /// Without a null device the program goes on as it stands; a close has done its work when it fails.
 TEST_P(DaemonCalls, OpenAndCloseChangeNothing) {
-    for (const int error : {EBADF, EINTR, EIO, EMFILE, ENOENT}) {
+    for (const int error : {EINTR, EMFILE}) {
         run({.call = "open", .error = error}, wanted.answered, answered,
-            "open socket connect send "
-            "recv close ");
+            "open socket connect send recv close");
         run({.call = "close", .number = 1, .error = error}, wanted.answered, answered, WHOLE);
         run({.call = "close", .number = 2, .error = error}, wanted.answered, answered, WHOLE);
         run({.call = "close", .number = 2, .error = error},
@@ -158,13 +153,11 @@ TEST_P(ServiceCalls, EveryCallEndsInOneOfTheTwo) {
     const meeting_point point(wanted.where, wanted.answered);
     const faulty_run usual = lumocmd_with({}, arguments_of(wanted, point));
     expect_answered(wanted, usual.run);
-    for (const std::string &line : usual.journal) {
-        const std::string call = line.substr(0, line.find(' '));
-        const int number = std::stoi(line.substr(call.size()));
-        if (call != "allocation") {
-            for (const int error : {EAGAIN, EBADF, EINPROGRESS, EINTR, EINVAL}) {
-                run({.call = call, .number = number, .error = error});
-            }
+    std::map<std::string, int> made;
+    for (const std::string &call : usual.calls) {
+        made[call]++;
+        for (const int error : {EAGAIN, EBADF, EINPROGRESS, EINTR, EINVAL}) {
+            run({.call = call, .number = made[call], .error = error});
         }
     }
 }

@@ -19,21 +19,19 @@ struct fault {
 
 struct faulty_run {
     harness::run_result run;
-    harness::words journal; ///< "name number" of each call, in order
-    harness::words hits;    ///< the lines of the calls that failed
-    harness::words records; ///< what went to the system log: "priority text"
+    harness::words calls;       ///< the names of the calls, in order, but for allocations
+    harness::words allocations; ///< those: "allocation program malloc 21"
+    harness::words hits;        ///< the ones that failed
+    harness::words records;     ///< what went to the system log: "priority text"
 };
 
 faulty_run lumocmd_with(const fault &wanted, const harness::words &arguments,
                         harness::start_options options = {});
 
-/// The names of the calls in their order, but for allocations, each with a blank behind it.
-std::string calls_of(const faulty_run &seen);
-
 /// Why no call of the program under test can be made to fail; empty when it can.
 std::string unreachable_reason();
 
-/// For messages of failing rows.
+/// A failure as the interposer is told it, which messages of failing rows show as well.
 std::string described(const fault &wanted);
 
 } // namespace failure_tests

@@ -1,13 +1,11 @@
 /* Loaded into lumocmd before libc: one chosen call of a run fails, takes less than asked or finds
- * no memory, and a journal tells what was called: a line per call, its name and its number among
- * the calls of that name. What happens before main belongs to the loader and is left alone.
+ * no memory, and a journal tells what was called, a line per call. What happens before main belongs
+ * to the loader and is left alone.
  *
  * FAULT_JOURNAL   file that becomes the journal
- * FAULT_CALL      name of the call that fails; "allocation" stands for every allocating call
- * FAULT_NUMBER    which one of them, from 1
- * FAULT_ERROR     its error number, or 0
- * FAULT_LIMIT     without an error: the most bytes that it takes
- * FAULT_ONWARDS   set when all later ones fail as well
+ * FAULT           "number error limit onwards call": which call of this name fails, from 1, with
+ *                 what error number; without one, the most bytes that it takes or -1; 1 when all
+ *                 later ones fail as well. "allocation" stands for every allocating call.
  */
 
 #define _GNU_SOURCE
@@ -17,7 +15,6 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <stdarg.h>
-#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -31,21 +28,15 @@ extern void *__libc_malloc(size_t size);
 extern void *__libc_calloc(size_t count, size_t size);
 extern void *__libc_realloc(void *block, size_t size);
 
-static const char *faulty_call = "";
+static char faulty_call[32];
 static int faulty_number;
 static int faulty_error;
-static size_t most_bytes = SIZE_MAX;
+static int most_bytes;
 static int onwards;
 
-static int armed;
-static int journal;
+static int journal; /* 0 until the program is armed */
+static int counted; /* of the calls that have the faulty one's name */
 static const void *program_base;
-
-#define CALL_NAMES 32
-static struct {
-    const char *name;
-    int count;
-} calls[CALL_NAMES];
 
 __attribute__((format(printf, 1, 2))) static void note(const char *format, ...) {
     char text[512];
@@ -58,22 +49,14 @@ __attribute__((format(printf, 1, 2))) static void note(const char *format, ...) 
     }
 }
 
-/* Counts a call and enters it; true when it is one that fails. */
+/* Enters a call; true when it is one that fails. */
 static int is_chosen(const char *name, const char *detail) {
-    if (!armed) {
+    if (journal == 0) {
         return 0;
     }
-    int at = 0;
-    while (calls[at].name != NULL && strcmp(calls[at].name, name) != 0) {
-        if (++at == CALL_NAMES) {
-            abort();
-        }
-    }
-    calls[at].name = name;
-    const int number = ++calls[at].count;
-    const int chosen = strcmp(name, faulty_call) == 0 &&
-                       (number == faulty_number || (onwards && number > faulty_number));
-    note("%s%s %d%s\n", chosen ? "! " : "", name, number, detail);
+    const int number = strcmp(name, faulty_call) == 0 ? ++counted : 0;
+    const int chosen = number == faulty_number || (onwards && number > faulty_number);
+    note("%s%s%s\n", chosen ? "! " : "", name, detail);
     return chosen;
 }
 
@@ -91,7 +74,8 @@ static ssize_t bytes_left(const char *name, size_t length) {
         return (ssize_t)length;
     }
     errno = faulty_error;
-    return faulty_error != 0 ? -1 : (ssize_t)(most_bytes < length ? most_bytes : length);
+    return faulty_error != 0 ? -1
+                             : (ssize_t)((size_t)most_bytes < length ? (size_t)most_bytes : length);
 }
 
 /* ------------------------------------------------------------------------------------------------
@@ -170,7 +154,7 @@ static int finds_no_memory(const char *name, size_t size, const void *caller) {
 }
 
 #define FINDS_NO_MEMORY(name, size)                                                                \
-    (armed && finds_no_memory(name, size, __builtin_return_address(0)))
+    (journal != 0 && finds_no_memory(name, size, __builtin_return_address(0)))
 
 void *malloc(size_t size) {
     return FINDS_NO_MEMORY("malloc", size) ? NULL : __libc_malloc(size);
@@ -213,26 +197,15 @@ __attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int flag, 
 /* ------------------------------------------------------------------------------------------------
  * Arming */
 
-static int number_of(const char *name) {
-    const char *text = getenv(name);
-    return text == NULL ? 0 : (int)strtol(text, NULL, 10);
-}
-
 __attribute__((constructor)) static void arm(void) {
-    if (getenv("FAULT_JOURNAL") == NULL || getenv("FAULT_CALL") == NULL) {
+    const char *wanted = getenv("FAULT");
+    if (wanted == NULL || sscanf(wanted, "%d %d %d %d %31s", &faulty_number, &faulty_error,
+                                 &most_bytes, &onwards, faulty_call) < 4) {
         return;
     }
+    program_base = object_of((const void *)getauxval(AT_ENTRY));
     /* High, so that the program's own descriptors have their usual numbers. */
     const int file = (int)syscall(SYS_openat, AT_FDCWD, getenv("FAULT_JOURNAL"), O_WRONLY, 0);
     journal = (int)syscall(SYS_fcntl, file, F_DUPFD_CLOEXEC, 100);
     syscall(SYS_close, file);
-    program_base = object_of((const void *)getauxval(AT_ENTRY));
-    faulty_call = getenv("FAULT_CALL");
-    faulty_number = number_of("FAULT_NUMBER");
-    faulty_error = number_of("FAULT_ERROR");
-    onwards = getenv("FAULT_ONWARDS") != NULL;
-    if (getenv("FAULT_LIMIT") != NULL) {
-        most_bytes = (size_t)number_of("FAULT_LIMIT");
-    }
-    armed = 1;
 }

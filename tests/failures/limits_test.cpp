@@ -98,9 +98,9 @@ TEST_F(Limits, EveryChoiceOfClosedStreams) {
         for (const request &daemon : daemon_requests()) {
             const meeting_point point(daemon.where, {harness::expect(daemon.text),
                                                      harness::reply(answer_of(daemon, "4x"))});
-            outcome shown = failed(daemon, BAD_NUMBER);
-            shown.output = is_output_lost ? "" : shown.output;
-            expect_outcome(lumocmd(arguments_of(daemon, point), options), shown);
+            const outcome shown = failed(daemon, BAD_NUMBER);
+            expect_outcome(lumocmd(arguments_of(daemon, point), options),
+                           {is_output_lost ? "" : shown.output, shown.status});
             EXPECT_EQ(point.daemon->finish(), "");
             EXPECT_EQ(point.daemon->received(), daemon.text);
         }
@@ -119,19 +119,17 @@ TEST_F(Limits, EveryChoiceOfClosedStreams) {
 /// The loader needs one more than the standard streams, and so does the program. Of a caller that
 /// left many open the connection lies beyond what a set for select can hold.
 TEST_F(Limits, FewDescriptorsAndMany) {
-    expect_every_answer({.prepare =
-                             [] {
-                                 closefrom(STDERR_FILENO + 1);
-                                 limit(RLIMIT_NOFILE, 4);
-                             }},
-                        false);
-    expect_every_answer({.prepare =
-                             [] {
-                                 limit(RLIMIT_NOFILE, 2 * FD_SETSIZE);
-                                 while (fcntl(STDIN_FILENO, F_DUPFD, 0) < FD_SETSIZE) {
-                                 }
-                             }},
-                        false);
+    const auto leave_one = [] {
+        closefrom(STDERR_FILENO + 1);
+        limit(RLIMIT_NOFILE, 4);
+    };
+    const auto take_many = [] {
+        limit(RLIMIT_NOFILE, 2 * FD_SETSIZE);
+        while (fcntl(STDIN_FILENO, F_DUPFD, 0) < FD_SETSIZE) {
+        }
+    };
+    expect_every_answer({.prepare = leave_one}, false);
+    expect_every_answer({.prepare = take_many}, false);
 }
 
 TEST_F(Limits, SmallStack) {

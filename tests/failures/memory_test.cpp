@@ -23,12 +23,6 @@ std::string without_pid(const run_result &run) {
     return std::regex_replace(run.output, std::regex("<" + std::to_string(run.pid) + ">"), "");
 }
 
-int allocations_of(const faulty_run &seen) {
-    return static_cast<int>(
-        std::count_if(seen.journal.begin(), seen.journal.end(),
-                      [](const std::string &line) { return line.starts_with("allocation "); }));
-}
-
 /// One record, and nothing on the console but what is shown before, or the runtime's report of what
 /// had failed before.
 void expect_out_of_memory(const faulty_run &seen, const std::string &size,
@@ -50,24 +44,27 @@ void expect_usual(const run_result &seen, const run_result &usual) {
     EXPECT_EQ(seen.status, usual.status);
 }
 
-/// Makes a request again and again, and one allocation after the other fails. `judge_other` looks
-/// at a run that did not fail for memory of the program's own.
-void fail_every_allocation(
-    const std::function<faulty_run(const fault &)> &make_request,
-    const std::function<void(const run_result &, const run_result &usual)> &judge_other) {
+/// Makes a request again and again, and one allocation after the other fails. Of libc's allocations
+/// the service's name resolution fails and is reported, and the streams do without.
+void fail_every_allocation(const request *service,
+                           const std::function<faulty_run(const fault &)> &make_request) {
     const faulty_run usual = make_request({});
-    const int last = allocations_of(usual);
+    const int last = static_cast<int>(usual.allocations.size());
     for (int i = 2; i < 2 * (last + 1); i++) {
         const fault wanted = {.call = "allocation", .number = i / 2, .onwards = i % 2 == 1};
         SCOPED_TRACE(described(wanted));
         const faulty_run seen = make_request(wanted);
         ASSERT_FALSE(seen.hits.empty()) << "no allocation failed";
-        const std::string &failed = seen.hits.back(); // "allocation 3 program calloc 21"
+        const std::string &failed = seen.hits.back(); // "allocation program calloc 21"
         if (failed.find(" program ") != std::string::npos) {
             expect_out_of_memory(seen, failed.substr(failed.rfind(' ') + 1), usual.run);
+            continue;
+        }
+        EXPECT_EQ(seen.records, words());
+        if (service != nullptr && !seen.run.errors.empty()) {
+            expect_reported(*service, seen.run);
         } else {
-            EXPECT_EQ(seen.records, words());
-            judge_other(seen.run, usual.run);
+            expect_usual(seen.run, usual.run);
         }
     }
     const faulty_run behind = make_request({.call = "allocation", .number = last + 1});
@@ -81,30 +78,24 @@ class Memory : public testing::TestWithParam<request> {
         SKIP_WHERE_MISSING(unreachable_reason());
     }
 
-    faulty_run run(const fault &failing, const harness::script &steps) const {
-        const meeting_point point(wanted.where, steps);
-        return lumocmd_with(failing, arguments_of(wanted, point));
+    void fail_every_allocation_of(const harness::script &steps) const {
+        fail_every_allocation(wanted.is_service() ? &wanted : nullptr, [&](const fault &failing) {
+            const meeting_point point(wanted.where, steps);
+            return lumocmd_with(failing, arguments_of(wanted, point));
+        });
     }
 
     const request &wanted = GetParam();
 };
 
-/// Of libc's allocations the service's name resolution fails, and the streams do without.
 TEST_P(Memory, OfAnAnsweredRequest) {
-    fail_every_allocation([&](const fault &failing) { return run(failing, wanted.answered); },
-                          [&](const run_result &seen, const run_result &usual) {
-                              if (wanted.failed_status == 0 || seen.errors.empty()) {
-                                  expect_usual(seen, usual);
-                              } else {
-                                  expect_reported(wanted, seen);
-                              }
-                          });
+    fail_every_allocation_of(wanted.answered);
 }
 
 /// The report of a failure needs memory of its own.
 TEST_P(Memory, OfAFailedRequest) {
     using namespace harness;
-    if (wanted.failed_status == 0) {
+    if (!wanted.is_service()) {
         GTEST_SKIP() << "a daemon's failure needs no other memory than its answer";
     }
     const std::string status = "500 Internal Server Error";
@@ -122,15 +113,11 @@ TEST_P(Memory, OfAFailedRequest) {
     };
     for (const script &steps : failures) {
         SCOPED_TRACE(steps[1].bytes);
-        fail_every_allocation([&](const fault &failing) { return run(failing, steps); },
-                              [&](const run_result &seen, const run_result & /*usual*/) {
-                                  expect_reported(wanted, seen);
-                              });
+        fail_every_allocation_of(steps);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Memory, testing::ValuesIn(every_request()),
-                         [](const auto &row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, Memory, testing::ValuesIn(every_request()), harness::NAME_OF_ROW);
 
 /// The help and the library's own complaints need no memory, or do without.
 TEST(MemoryOfARefusal, IsNeededForTheStatusAtMost) {
@@ -146,11 +133,11 @@ TEST(MemoryOfARefusal, IsNeededForTheStatusAtMost) {
         {"-t", "BENTELLOCAL", "-s", "/n", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p", "a|b|c|d"}};
     for (const words &arguments : rows) {
         SCOPED_TRACE(arguments.back());
-        fail_every_allocation([&](const fault &wanted) { return lumocmd_with(wanted, arguments); },
-                              expect_usual);
+        fail_every_allocation(nullptr,
+                              [&](const fault &wanted) { return lumocmd_with(wanted, arguments); });
     }
-    EXPECT_EQ(allocations_of(lumocmd_with({}, {"-?"})), 0);
-    EXPECT_EQ(allocations_of(lumocmd_with({}, {"-x"})), 0);
+    EXPECT_EQ(lumocmd_with({}, {"-?"}).allocations, words());
+    EXPECT_EQ(lumocmd_with({}, {"-x"}).allocations, words());
 }
 
 } // namespace

@@ -22,49 +22,52 @@ namespace {
 request gateway_request() {
     const protocol::gateway_row &row = sample_gateway();
     const protocol::function_row &function = row.functions.front();
-    request made = {.name = "Gateway",
-                    .where = family::UNIX_SOCKET,
-                    .arguments = {"-t", std::string(row.name) + "LOCAL", "-f", function.name, "-p",
-                                  function.sample},
-                    .answered = {},
-                    .text = protocol::sample_request(function, function.name),
-                    .prefix = row.prefix,
-                    .base = row.base,
-                    .shown = [](int code) { return protocol::shown_code(sample_gateway(), code); }};
-    const int numbers[FAILURES] = {1, 3, 4, 5, 6, 7, 8};
-    for (int i = 0; i < FAILURES; i++) {
-        made.messages[i] = exchange_message(row, numbers[i], function.name, "%s");
-    }
-    return made;
+    return {.name = "Gateway",
+            .where = family::UNIX_SOCKET,
+            .arguments = {"-t", std::string(row.name) + "LOCAL", "-f", function.name, "-p",
+                          function.sample},
+            .answered = {},
+            .text = protocol::sample_request(function, function.name),
+            .prefix = row.prefix,
+            .base = row.base,
+            .shown = [](int code) { return protocol::shown_code(sample_gateway(), code); },
+            .message =
+                [](failure how, const std::string &reason) {
+                    return exchange_message(sample_gateway(), how == OPENING ? 1 : how + 2,
+                                            sample_gateway().functions.front().name, reason);
+                }};
 }
 
 request fsmcore_request() {
-    request made = {.name = "Fsmcore",
-                    .where = family::UNIX_SOCKET,
-                    .arguments = {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on"},
-                    .answered = {},
-                    .text = "Request: GETSTATE\nParameter Count: 2\nParam000 Length: 2\nParam000:\n"
-                            "12\nParam001 Length: 2\nParam001:\non\nWaittime: 5\n\n",
-                    .prefix = "FSMC-",
-                    .rest = "Parameter Count: 2\nParam000 Length: 3\nParam000:\nyes\n"
-                            "Param001 Length: 2\nParam001:\nno\n",
-                    .base = 1,
-                    .shown = [](int code) { return "FSMC-00" + std::to_string(code); }};
-    const int numbers[FAILURES] = {1, 2, 3, 4, 5, 6, 12};
-    for (int i = 0; i < FAILURES; i++) {
-        made.messages[i] = fsmcore_message(LOCAL, numbers[i], "GETSTATE", "%s");
-    }
-    return made;
+    return {.name = "Fsmcore",
+            .where = family::UNIX_SOCKET,
+            .arguments = {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on"},
+            .answered = {},
+            .text = "Request: GETSTATE\nParameter Count: 2\nParam000 Length: 2\nParam000:\n12\n"
+                    "Param001 Length: 2\nParam001:\non\nWaittime: 5\n\n",
+            .prefix = "FSMC-",
+            .rest = "Parameter Count: 2\nParam000 Length: 3\nParam000:\nyes\n"
+                    "Param001 Length: 2\nParam001:\nno\n",
+            .base = 1,
+            .shown = [](int code) { return "FSMC-00" + std::to_string(code); },
+            .message =
+                [](failure how, const std::string &reason) {
+                    return fsmcore_message(LOCAL, how == FURTHER_TEXT ? 12 : how + 1, "GETSTATE",
+                                           reason);
+                }};
 }
 
 request service_request(const char *name, const char *operation, const words &call,
-                        const char *children) {
-    using namespace harness;
-    request made = {.name = name, .where = family::LOOPBACK, .arguments = call, .answered = {}};
-    made.answered =
-        answering(http_response(operation, std::string("<result>LMWS-042</result>") + children));
-    made.failed_status = 502;
-    return made;
+                        const std::string &children, int failed_status,
+                        std::string (*lines)(pid_t, bool)) {
+    const std::string answer =
+        harness::http_response(operation, "<result>LMWS-042</result>" + children);
+    return {.name = name,
+            .where = family::LOOPBACK,
+            .arguments = call,
+            .answered = harness::answering(answer),
+            .lines = lines,
+            .failed_status = failed_status};
 }
 
 std::vector<request> all_requests() {
@@ -72,24 +75,18 @@ std::vector<request> all_requests() {
     for (request &daemon : all) {
         daemon.answered = {harness::expect(daemon.text), harness::reply(answer_of(daemon, "0042"))};
     }
-    all.push_back(service_request("Single", "test", {"-f", "SERVICE_TEST", "-v", "ON"}, ""));
+    all.push_back(service_request("Single", "test", harness::SINGLE_CALL, "", 502, no_lines));
     all.push_back(service_request("Text", "retrieveconfiguration", harness::TEXT_CALL,
-                                  "<url>http://c/</url>"));
-    all.back().lines = {"[lumocmd] Url: http://c/"};
-    all.back().failed_lines = {"[lumocmd] Url: (null)"};
-    all.push_back(service_request("Record", "getelementstatus", harness::RECORD_CALL,
-                                  "<status>on</status><currentvalue>7</currentvalue>"));
-    all.back().lines = {"[lumocmd] Status: on", "[lumocmd] Current Value: 7"};
-    all.back().failed_status = 508;
+                                  "<url>http://c/</url>", 502, [](pid_t pid, bool is_answered) {
+                                      return harness::text_line(pid, is_answered ? "http://c/"
+                                                                                 : "(null)");
+                                  }));
+    all.push_back(service_request(
+        "Record", "getelementstatus", harness::RECORD_CALL,
+        "<status>on</status><currentvalue>7</currentvalue>", 508, [](pid_t pid, bool is_answered) {
+            return is_answered ? harness::record_lines(pid, "on", "7") : "";
+        }));
     return all;
-}
-
-std::string green_lines(pid_t pid, const words &lines) {
-    std::string whole;
-    for (const std::string &line : lines) {
-        whole += harness::green(pid, line);
-    }
-    return whole;
 }
 
 } // namespace
@@ -113,7 +110,7 @@ std::string answer_of(const request &daemon, const std::string &number) {
 
 words arguments_of(const request &wanted, const harness::meeting_point &at) {
     words all = {"-s", at.path};
-    if (wanted.where == family::LOOPBACK) {
+    if (wanted.is_service()) {
         all = {"-t", "SOAP", "-u", harness::url_of(*at.daemon)};
     }
     all.insert(all.end(), wanted.arguments.begin(), wanted.arguments.end());
@@ -121,12 +118,8 @@ words arguments_of(const request &wanted, const harness::meeting_point &at) {
 }
 
 outcome failed(const request &daemon, failure how, int error) {
-    std::string message = daemon.messages[how];
-    if (const std::size_t at = message.find("%s"); at != std::string::npos) {
-        message.replace(at, 2, strerror(error));
-    }
     const int code = daemon.base + (how == OPENING ? 5 : how == SENDING ? 6 : 7);
-    return {harness::red(message) + daemon.shown(code) + "\n", code & 0xff};
+    return {harness::red(daemon.message(how, strerror(error))) + daemon.shown(code) + "\n", code};
 }
 
 outcome unconnected(const request &daemon, const std::string &call, int error) {
@@ -143,13 +136,13 @@ void expect_outcome(const harness::run_result &run, const outcome &wanted) {
 }
 
 void expect_answered(const request &wanted, const harness::run_result &run, bool is_output_lost) {
-    const std::string whole = green_lines(run.pid, wanted.lines) + ANSWERED_TEXT;
+    const std::string whole = wanted.lines(run.pid, true) + ANSWERED_TEXT;
     expect_outcome(run, {is_output_lost ? "" : whole, ANSWERED});
 }
 
 void expect_reported(const request &service, const harness::run_result &run,
                      const std::string &reason) {
-    EXPECT_EQ(run.output, green_lines(run.pid, service.failed_lines) + "LMCM-" +
+    EXPECT_EQ(run.output, service.lines(run.pid, false) + "LMCM-" +
                               std::to_string(service.failed_status) + "\n");
     EXPECT_EQ(run.status, service.failed_status & 0xff);
     EXPECT_NE(run.errors.find(" fault "), std::string::npos) << run.errors;

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 #include "tests/harness/process.h"
 #include "tests/protocol/gateway_row.h"
 
@@ -21,26 +21,31 @@ enum failure {
     NO_STATUS_LINE,
     WRONG_PREFIX,
     BAD_NUMBER,
-    FURTHER_TEXT,
-    FAILURES
+    FURTHER_TEXT
 };
 
+inline std::string no_lines(pid_t /*pid*/, bool /*is_answered*/) {
+    return "";
+}
+
 struct request {
+    bool is_service() const {
+        return where == harness::family::LOOPBACK;
+    }
+
     std::string name;
     harness::family where; ///< the daemons have sockets, the services ports
     harness::words arguments;
     harness::script answered;
-    harness::words lines = {}; ///< green ones of an answer
-    // Of a service
-    harness::words failed_lines = {}; ///< green ones of no answer
-    int failed_status = 0;
+    std::string (*lines)(pid_t pid, bool is_answered) = no_lines; ///< above the last one
+    int failed_status = 0;                                        ///< of a service
     // Of a daemon
     std::string text = {};   ///< all that is sent
     std::string prefix = {}; ///< of the status in its answer
     std::string rest = {};   ///< of the answer, behind the status line
     int base = 0;            ///< the codes of its failures count from here
     std::string (*shown)(int code) = nullptr;
-    std::string messages[FAILURES] = {}; ///< with %s for the system's reason
+    std::string (*message)(failure how, const std::string &reason) = nullptr;
 };
 
 /// The gateway, for what else its row says.

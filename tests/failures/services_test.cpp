@@ -60,8 +60,6 @@ void expect_verdict(const script &steps, verdict wanted) {
 TEST(ServiceAnswer, MayComeAtAnyTime) {
     expect_verdict({reply(WHOLE), collect_until("</SOAP-ENV:Envelope>\r\n"), close_connection()},
                    READ);
-    expect_verdict({drip(WHOLE), collect_until("</SOAP-ENV:Envelope>\r\n"), close_connection()},
-                   READ);
     expect_verdict({reply(WHOLE), ignore()}, READ);
     expect_verdict(after_request({reply(WHOLE.substr(0, WHOLE.size() / 2)), reset()}), NO_RESULT);
     expect_verdict(after_request({reply(WHOLE), reset()}), WHOLE_OR_NOTHING);
@@ -96,13 +94,8 @@ TEST(ServiceAnswer, OfAnOddLength) {
 }
 
 TEST(ServiceAnswer, WithAnOddHead) {
-    for (const char *status : {"-5 Less", "99999999999 Much", "999 Whatever"}) {
-        expect_verdicts({{http_head("", status) + GOOD, NO_RESULT}});
-    }
     const std::string proceed = "HTTP/1.1 100 Continue\r\n\r\n";
     expect_verdicts({
-        {GOOD},
-        {"\r\n\r\n", NO_RESULT},
         {"HTTP/1.1 101 Switching\r\n\r\n" + WHOLE, NO_RESULT},
         {repeated(1000, proceed) + WHOLE, READ},
         {proceed, NO_RESULT},
@@ -111,7 +104,6 @@ TEST(ServiceAnswer, WithAnOddHead) {
         // The runtime would read behind a line without a realm.
         {http_head("WWW-Authenticate: Basic\r\n", "401 Who") + "who?", NO_RESULT},
         {http_head("WWW-Authenticate: Basic realm=\"x\"\r\n", "401 Who") + "who?", NO_RESULT},
-        {http_head("Proxy-Authenticate: Basic\r\n") + GOOD, READ},
         {http_head("Proxy-Authenticate: Basic realm=\"x\"\r\n", "407 Who") + GOOD, NO_RESULT},
         // What the runtime allocated for these would not be there.
         {http_head("Content-Length: 99999999999\r\n", "403 No") + "no", NO_RESULT},
@@ -146,14 +138,7 @@ std::string with_dime(std::size_t announced) {
 }
 
 TEST(ServiceAnswer, WithAttachments) {
-    const std::string mime =
-        http_head("", "200 OK", "multipart/related; boundary=B; start=\"<r>\"");
-    const std::string part = "--B\r\nContent-ID: <r>\r\n\r\n" + GOOD + "\r\n--B";
-    expect_verdicts({{mime + part + "\r\nContent-ID: <a>\r\n\r\nattached\r\n--B--\r\n", READ},
-                     {mime + part + "\r\nContent-ID: <a>\r\n\r\nattached", NO_RESULT},
-                     {mime + "--B--\r\n", NO_RESULT},
-                     {with_dime(8), READ},
-                     {with_dime(0xffffffff), NO_RESULT}});
+    expect_verdicts({{with_dime(8), READ}, {with_dime(0xffffffff), NO_RESULT}});
 }
 
 /// Its announced size is looked at before memory for it is: whatever the machine has, the report is
@@ -182,27 +167,22 @@ TEST(ServiceAnswer, OfAnErrorIsReportedWhole) {
 
 // ---------------------------------------------------------------------------------------------
 
-/// Ten times ten times ... of the first one.
-std::string laughs() {
-    std::string declarations = "<!ENTITY a0 \"ha\">";
-    for (int i = 1; i <= 9; i++) {
-        declarations += "<!ENTITY a" + std::to_string(i) + " \"" +
-                        repeated(10, "&a" + std::to_string(i - 1) + ";") + "\">";
-    }
-    return declarations;
-}
-
 /// Known entities are XML's own only; nothing is fetched for an answer.
 TEST(ServiceAnswer, WithEntitiesExpandsAndFetchesNothing) {
     peer elsewhere({reply(http_head() + "secret")});
     const std::string url = "\"http://127.0.0.1:" + std::to_string(elsewhere.port()) + "/secret\"";
+    std::string laughs = "<!ENTITY a0 \"ha\">"; // ten times ten times ... of the first one
+    for (int i = 1; i <= 9; i++) {
+        laughs += "<!ENTITY a" + std::to_string(i) + " \"" +
+                  repeated(10, "&a" + std::to_string(i - 1) + ";") + "\">";
+    }
     const struct {
         std::string declarations;
         const char *use;
         const char *never_shown;
     } rows[] = {
         {"<!ENTITY a \"secret\">", "&a;", "secret"},
-        {laughs(), "&a9;", "ha"},
+        {laughs, "&a9;", "ha"},
         {"<!ENTITY a \"&a;\">", "&a;", "&a;"},
         {"<!ENTITY a SYSTEM \"file:///etc/passwd\">", "&a;", "root:"},
         {"<!ENTITY a SYSTEM " + url + ">", "&a;", "secret"},
@@ -211,18 +191,15 @@ TEST(ServiceAnswer, WithEntitiesExpandsAndFetchesNothing) {
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.declarations.substr(0, 100));
-        const run_result run =
-            call_answered(http_head() + "<!DOCTYPE a [" + row.declarations + "]>" +
-                              envelope(response_element("getelementstatus",
-                                                        "<result>LMWS-000</result><currentvalue>7"
-                                                        "</currentvalue><status>" +
-                                                            std::string(row.use) + "</status>")),
-                          RECORD_CALL);
-        const std::size_t line = run.output.find("[lumocmd] Status: ");
-        EXPECT_NE(line, std::string::npos) << run.output;
-        EXPECT_EQ(run.output.find(row.never_shown, line), std::string::npos) << run.output;
-        EXPECT_NE(run.output.find("[lumocmd] Current Value: 7"), std::string::npos) << run.output;
-        EXPECT_TRUE(run.output.ends_with("\nLMCM-0000\n")) << run.output;
+        std::string body = GOOD;
+        body.replace(body.find(">on<") + 1, 2, row.use);
+        const run_result run = call_answered(
+            http_head() + "<!DOCTYPE a [" + row.declarations + "]>" + body, RECORD_CALL);
+        EXPECT_NE(run.output.find("[lumocmd] Status: "), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find(row.never_shown), std::string::npos) << run.output;
+        EXPECT_TRUE(
+            run.output.ends_with(green(run.pid, "[lumocmd] Current Value: 7") + "LMCM-0000\n"))
+            << run.output;
         EXPECT_EQ(run.status, 0);
     }
     EXPECT_EQ(elsewhere.finish_unvisited(), "");

@@ -3,7 +3,7 @@
 #include "front/utility.h"
 #include "tests/front/fresh_globals.h"
 #include "tests/harness/console.h"
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 
 #include <cerrno>
 #include <cstring>

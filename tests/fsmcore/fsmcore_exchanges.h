@@ -4,7 +4,7 @@
 
 #include "fsmcore/FSMCoreutil.h"
 #include "tests/harness/console.h"
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 #include "tests/harness/watched_client.h"
 
 #include <cstring>

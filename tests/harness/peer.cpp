@@ -1,7 +1,5 @@
 #include "tests/harness/peer.h"
 
-#include "tests/harness/process.h"
-
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
@@ -35,6 +33,23 @@ int connect_to(int listener) {
     const int connection = socket(address.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     require(connect(connection, any, size) == 0, "connect");
     return connection;
+}
+
+/// Sends the bytes of a step, or until the client goes away.
+void send_step(int connection, const step &sending) {
+    constexpr std::size_t at_once = 65536;
+    std::string waiting;
+    for (std::size_t i = 0; i < sending.times; i++) {
+        waiting += sending.bytes;
+        while (waiting.size() >= at_once || (i + 1 == sending.times && !waiting.empty())) {
+            const std::size_t length = std::min(at_once, waiting.size());
+            const ssize_t sent = send(connection, waiting.data(), length, MSG_NOSIGNAL);
+            if (sent < 0) {
+                return;
+            }
+            waiting.erase(0, static_cast<std::size_t>(sent));
+        }
+    }
 }
 
 } // namespace
@@ -218,7 +233,6 @@ void peer::follow(const script &steps, int *connection) {
             poll(gone, 2, PATIENCE_MS);
             break;
         case step_kind::SEND:
-        case step_kind::DRIP:
             send_step(*connection, now);
             break;
         case step_kind::HALF_CLOSE:
@@ -236,6 +250,16 @@ void peer::follow(const script &steps, int *connection) {
             break;
         }
     }
+}
+
+deserted_point::deserted_point()
+    : path(directory.path + "/none"), bound_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    // A bound port without a listener refuses connections, and nobody else can take it.
+    port = bind_to_loopback(bound_);
+}
+
+deserted_point::~deserted_point() {
+    close(bound_);
 }
 
 } // namespace harness

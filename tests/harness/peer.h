@@ -3,14 +3,71 @@
 
 #pragma once
 
-#include "tests/harness/script.h"
+#include "tests/harness/process.h"
 
+#include <memory>
 #include <netinet/in.h>
 #include <semaphore>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace harness {
+
+/// What a scripted daemon does, step by step.
+enum class step_kind {
+    EXPECT,      ///< receive exactly these bytes
+    COLLECT,     ///< receive until these bytes have come, keep everything for received()
+    AWAIT,       ///< wait until bytes have come, leave them unreceived
+    AWAIT_END,   ///< wait until the test calls go_on() or finish()
+    IGNORE,      ///< leave everything unreceived until the client or the test goes away
+    SEND,        ///< send these bytes
+    CLOSE,       ///< close the connection
+    HALF_CLOSE,  ///< end the sending side, keep receiving
+    RESET,       ///< close so that the client sees a reset
+    NEVER_ACCEPT ///< as the only step: the queue is full, and nobody empties it
+};
+
+struct step {
+    step_kind kind;
+    std::string bytes = {};
+    std::size_t times = 1; ///< how often they are sent; they never stand in memory as a whole
+};
+
+// The vocabulary of scripts.
+inline step expect(std::string bytes) {
+    return {step_kind::EXPECT, std::move(bytes)};
+}
+inline step collect_until(std::string end) {
+    return {step_kind::COLLECT, std::move(end)};
+}
+inline step await_bytes() {
+    return {step_kind::AWAIT};
+}
+inline step await_end() {
+    return {step_kind::AWAIT_END};
+}
+inline step ignore() {
+    return {step_kind::IGNORE};
+}
+inline step reply(std::string bytes, std::size_t times = 1) {
+    return {step_kind::SEND, std::move(bytes), times};
+}
+inline step close_connection() {
+    return {step_kind::CLOSE};
+}
+inline step half_close() {
+    return {step_kind::HALF_CLOSE};
+}
+inline step reset() {
+    return {step_kind::RESET};
+}
+inline step never_accept() {
+    return {step_kind::NEVER_ACCEPT};
+}
+
+using script = std::vector<step>;
 
 /// Binds a socket to a loopback port and returns it; 0 is a port of the kernel's choice.
 int bind_to_loopback(int descriptor, in_port_t port = 0);
@@ -76,6 +133,38 @@ class peer {
     std::string complaint_;
     std::counting_semaphore<> awaiting_{0};
     std::thread thread_;
+};
+
+/// Where a daemon can listen.
+enum class family { UNIX_SOCKET, LOOPBACK };
+
+/// A daemon on a Unix-domain socket in a directory of its own, or on a loopback port.
+struct meeting_point {
+    meeting_point(family where, const script &steps)
+        : path(directory.path + "/s"),
+          daemon(where == family::UNIX_SOCKET ? std::make_unique<peer>(path, steps)
+                                              : std::make_unique<peer>(steps)),
+          port(daemon->port()) {}
+
+    temporary_directory directory;
+    std::string path;
+    std::unique_ptr<peer> daemon;
+    int port;
+};
+
+/// A loopback port and a socket path where nobody listens, as long as this is in scope.
+struct deserted_point {
+    deserted_point();
+    ~deserted_point();
+    deserted_point(const deserted_point &) = delete;
+    deserted_point &operator=(const deserted_point &) = delete;
+
+    temporary_directory directory;
+    std::string path;
+    int port = 0;
+
+  private:
+    int bound_;
 };
 
 } // namespace harness

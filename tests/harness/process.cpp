@@ -1,12 +1,15 @@
 #include "tests/harness/process.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
 #include <pty.h>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <sys/resource.h>
@@ -49,6 +52,9 @@ std::vector<char *> pointers(const words &texts) {
     words settings = options.settings;
     for (char **old = environ; !options.empty_environment && *old != nullptr; old++) {
         settings.emplace_back(*old);
+    }
+    if (options.on_terminal) {
+        settings.insert(settings.begin(), "TERM=dumb");
     }
     std::vector<char *> environment = pointers(settings);
     const std::string file = options.file.empty() && !command.empty() ? command[0] : options.file;
@@ -141,10 +147,6 @@ bool started_program::read_some(int milliseconds) {
     return true;
 }
 
-std::string started_program::take_output() {
-    return std::exchange(result_.output, std::string());
-}
-
 bool started_program::wait_until(const std::function<bool()> &holds) {
     const auto deadline = end_of_patience();
     while (!holds()) {
@@ -163,6 +165,21 @@ void started_program::type(const std::string &keys) const {
     if (write(output_, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
         throw std::runtime_error("the terminal takes no keys");
     }
+}
+
+std::string started_program::shown_until(const std::string &end) {
+    static const std::regex noise(
+        "\x1b\\[[0-9;?>=]*[A-Za-z]|\x1b[=>]|\x1b\\][^\x07]*\x07|[\r\x07]");
+    const bool has_come = wait_until([&] {
+        result_.output = std::regex_replace(output(), noise, "");
+        return output().find(end) != std::string::npos;
+    });
+    if (!has_come) {
+        throw std::runtime_error(end + " was not shown, only: " + output());
+    }
+    const std::string shown = output().substr(0, output().find(end) + end.size());
+    result_.output.erase(0, shown.size());
+    return shown;
 }
 
 bool started_program::wait_for_change(int change) const {
@@ -231,6 +248,16 @@ words lumocmd_command(const words &arguments) {
 
 run_result lumocmd(const words &arguments, const start_options &options) {
     return run(lumocmd_command(arguments), options);
+}
+
+std::string missing_terminal() {
+    int ends[2];
+    if (open_terminal(ends) != 0) {
+        return std::string("no pseudo-terminal: ") + strerror(errno);
+    }
+    close(ends[0]);
+    close(ends[1]);
+    return "";
 }
 
 temporary_directory::temporary_directory() {

@@ -22,7 +22,7 @@ struct start_options {
     std::string file = {};              ///< what is started; empty: the command's first word
     words settings = {};                ///< "NAME=value", before the environment
     bool empty_environment = false;     ///< but for the settings
-    bool on_terminal = false;           ///< a wide one: what it shows is the output
+    bool on_terminal = false;           ///< a wide, dumb one: what it shows is the output
     std::function<void()> prepare = {}; ///< the last thing before the start, in the new process
 };
 
@@ -54,9 +54,6 @@ class started_program {
         return result_.errors;
     }
 
-    /// Forgets what has been put out so far and returns it.
-    std::string take_output();
-
     /// Reads on until a condition about what has been said holds; false when the program ends
     /// without.
     bool wait_until(const std::function<bool()> &holds);
@@ -66,6 +63,10 @@ class started_program {
 
     /// Types to the program on a terminal.
     void type(const std::string &keys) const;
+
+    /// Everything shown on the terminal since the last call, up to and including `end`, without
+    /// carriage returns and escape sequences. Throws with what was shown when `end` does not come.
+    std::string shown_until(const std::string &end);
 
     /// Waits until a signal has stopped it (WSTOPPED) or let it go on (WCONTINUED); false when it
     /// ended instead.
@@ -103,6 +104,9 @@ std::string lumocmd_path();
 
 /// Whether a wrapper stands before it, so that what is done to the process is done to the wrapper.
 bool is_wrapped();
+
+/// Why there is no terminal to be had; empty when there is one.
+std::string missing_terminal();
 
 /// A fresh directory, removed with all its files when the record goes out of scope.
 struct temporary_directory {

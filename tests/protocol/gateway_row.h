@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 #include "tests/protocol/texts.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The bytes that docs/protocols.md shows, sent and expected; and the example daemon that is written
 // after it.
 
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 #include "tests/recipes/shell_room.h"
 #include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"

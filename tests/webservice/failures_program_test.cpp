@@ -2,7 +2,7 @@
 // the result of an answer makes of the run's status.
 
 #include "tests/harness/console.h"
-#include "tests/harness/meeting_point.h"
+#include "tests/harness/peer.h"
 #include "tests/webservice/http_peer.h"
 
 #include <gtest/gtest.h>
