@@ -22,14 +22,8 @@ constexpr std::size_t LONGEST_ARGUMENT = 131071;
 const std::string NOT_PARSED = red("main->main error on parsing command line") + "LMCM-505\n";
 const std::string MALFORMED = red("utility->parse_cmd_line malformed request");
 
-class Callers : public testing::Test {
+class Callers : public unwrapped_test {
   protected:
-    void SetUp() override {
-        if (harness::is_wrapped()) {
-            GTEST_SKIP() << "what the caller does would hit the wrapper";
-        }
-    }
-
     const request &gateway = daemon_requests()[1];
 };
 
@@ -133,11 +127,7 @@ TEST_F(Callers, HostileEnvironments) {
             SCOPED_TRACE(settings.front().substr(0, 40) + (alone ? " alone" : ""));
             const harness::start_options options = {.settings = settings,
                                                     .empty_environment = alone};
-            for (const request &wanted : every_request()) {
-                const meeting_point point(wanted.where, wanted.answered);
-                expect_answered(wanted, lumocmd(arguments_of(wanted, point), options));
-                EXPECT_EQ(point.daemon->finish(), "");
-            }
+            expect_every_answer(options);
             // Keywords and messages do not follow the language either.
             words call = gateway_call("/nowhere", gateway.arguments.back());
             call[1] = protocol::lower(call[1]);

@@ -24,23 +24,7 @@ void limit(__rlimit_resource resource, rlim_t most) {
     setrlimit(resource, &both);
 }
 
-class Limits : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (harness::is_wrapped()) {
-            GTEST_SKIP() << "what is taken away would be the wrapper's";
-        }
-    }
-};
-
-void expect_every_answer(const start_options &options, bool is_output_lost) {
-    for (const request &wanted : every_request()) {
-        SCOPED_TRACE(wanted.name);
-        const meeting_point point(wanted.where, wanted.answered);
-        expect_answered(wanted, lumocmd(arguments_of(wanted, point), options), is_output_lost);
-        EXPECT_EQ(point.daemon->finish(), "");
-    }
-}
+class Limits : public unwrapped_test {};
 
 /// What lets nothing through, by the reason that the kernel gives.
 const struct {
@@ -128,12 +112,12 @@ TEST_F(Limits, FewDescriptorsAndMany) {
         while (fcntl(STDIN_FILENO, F_DUPFD, 0) < FD_SETSIZE) {
         }
     };
-    expect_every_answer({.prepare = leave_one}, false);
-    expect_every_answer({.prepare = take_many}, false);
+    expect_every_answer({.prepare = leave_one});
+    expect_every_answer({.prepare = take_many});
 }
 
 TEST_F(Limits, SmallStack) {
-    expect_every_answer({.prepare = [] { limit(RLIMIT_STACK, 256 * 1024); }}, false);
+    expect_every_answer({.prepare = [] { limit(RLIMIT_STACK, 256 * 1024); }});
     const start_options smaller = {.prepare = [] { limit(RLIMIT_STACK, 64 * 1024); }};
     for (const request &daemon : daemon_requests()) {
         const meeting_point point(daemon.where, daemon.answered);

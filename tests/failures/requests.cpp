@@ -6,7 +6,6 @@
 #include "tests/webservice/http_peer.h"
 
 #include <cstring>
-#include <gtest/gtest.h>
 
 namespace failure_tests {
 
@@ -138,6 +137,16 @@ void expect_outcome(const harness::run_result &run, const outcome &wanted) {
 void expect_answered(const request &wanted, const harness::run_result &run, bool is_output_lost) {
     const std::string whole = wanted.lines(run.pid, true) + ANSWERED_TEXT;
     expect_outcome(run, {is_output_lost ? "" : whole, ANSWERED});
+}
+
+void expect_every_answer(const harness::start_options &options, bool is_output_lost) {
+    for (const request &wanted : every_request()) {
+        SCOPED_TRACE(wanted.name);
+        const harness::meeting_point point(wanted.where, wanted.answered);
+        expect_answered(wanted, harness::lumocmd(arguments_of(wanted, point), options),
+                        is_output_lost);
+        EXPECT_EQ(point.daemon->finish(), "");
+    }
 }
 
 void expect_reported(const request &service, const harness::run_result &run,

@@ -7,6 +7,7 @@
 #include "tests/harness/process.h"
 #include "tests/protocol/gateway_row.h"
 
+#include <gtest/gtest.h>
 #include <span>
 #include <string>
 #include <vector>
@@ -80,6 +81,9 @@ void expect_outcome(const harness::run_result &run, const outcome &wanted);
 void expect_answered(const request &wanted, const harness::run_result &run,
                      bool is_output_lost = false);
 
+/// Makes every request and has it answered.
+void expect_every_answer(const harness::start_options &options, bool is_output_lost = false);
+
 /// A service's failure is reported in the runtime's words, once.
 void expect_reported(const request &service, const harness::run_result &run,
                      const std::string &reason = "");
@@ -90,5 +94,15 @@ bool is_shipped_program();
 
 /// How much of a flood this program is sent.
 std::size_t flooded(std::size_t size);
+
+/// For what a caller does to the process: behind a wrapper it would hit that.
+class unwrapped_test : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (harness::is_wrapped()) {
+            GTEST_SKIP() << "what the caller does would hit the wrapper";
+        }
+    }
+};
 
 } // namespace failure_tests

@@ -18,12 +18,12 @@ std::string http_head(const std::string &headers = "", const std::string &status
 
 const std::string GOOD = envelope(response_element("getelementstatus", USUAL_RECORD));
 const std::string LENGTH = std::to_string(GOOD.size());
-const std::string WHOLE = http_head("Content-Length: " + LENGTH + "\r\n") + GOOD;
 
 std::string with_length(const std::string &length) {
     return http_head("Content-Length: " + length + "\r\n") + GOOD;
 }
 
+const std::string WHOLE = with_length(LENGTH);
 const std::string LAST_CHUNK = http_chunk("");
 
 std::string chunked(const std::string &body, const std::string &more_headers = "") {
