@@ -3,10 +3,8 @@
 
 #include "tests/protocol/service_functions.h"
 #include "tests/recipes/shell_room.h"
-#include "tests/simulator/simulator_process.h"
 
 #include <algorithm>
-#include <csignal>
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 #include <set>
@@ -27,11 +25,6 @@ std::set<std::string> known_names() {
     return names;
 }
 
-words split_words(const std::string &text) {
-    std::istringstream stream(text);
-    return {std::istream_iterator<std::string>(stream), {}};
-}
-
 /// The system's own python, which finds the libraries of packages; it writes nothing beside its
 /// sources and asks no proxy.
 run_result python(words arguments) {
@@ -46,11 +39,11 @@ TEST(Description, LetsAnIndependentClientCallEveryOperation) {
     const std::string record = directory.path + "/record";
     running_simulator simulator({"--record", record});
     const run_result client = python({PROJECT_DIRECTORY "/tests/recipes/description_client.py",
-                                      LUMOWS_DESCRIPTION, service_url(simulator.port)});
+                                      LUMOWS_DESCRIPTION, simulator.url});
     ASSERT_EQ(client.errors, "");
     ASSERT_EQ(client.status, 0);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0);
-    const std::string log = "\n" + file_text(record);
+    simulator.end();
+    const std::string log = "\n" + read_file(record);
 
     std::set<std::string> called;
     std::istringstream lines(client.output);
@@ -67,12 +60,12 @@ TEST(Description, LetsAnIndependentClientCallEveryOperation) {
         EXPECT_NE(log.find("<" + response + children + "</" + response), std::string::npos);
         for (const protocol::service_row &row : protocol::SERVICE_FUNCTIONS) {
             if (name == std::string("service-") + row.name) {
-                words known = split_words(sent);
+                words known = protocol::split(sent, ' ');
                 std::erase_if(known, [&](const std::string &child) {
                     return std::count(row.request.begin(), row.request.end(), child) == 0;
                 });
                 EXPECT_EQ(known, row.request);
-                EXPECT_EQ(split_words(answered), row.response);
+                EXPECT_EQ(protocol::split(answered, ' '), row.response);
             }
         }
     }
@@ -82,25 +75,19 @@ TEST(Description, LetsAnIndependentClientCallEveryOperation) {
 /// The program of the page, with the addresses of this run.
 TEST(Description, ServesThePagesLinesOfPython) {
     running_simulator simulator;
-    const std::string page = file_text(PROJECT_DIRECTORY "/docs/protocols.md");
-    const std::string fence = "```python\n";
-    const std::size_t start = page.find(fence);
-    ASSERT_NE(start, std::string::npos);
-    const std::size_t code = start + fence.size();
-    const std::string shown = page.substr(code, page.find("```", code) - code);
+    std::size_t at = 0;
+    const std::string shown =
+        text_between(read_file(PROJECT_DIRECTORY "/docs/protocols.md"), at, "```python\n", "```");
     const std::string lines =
         replaced(replaced(shown, "build/release/description/lumows.wsdl", LUMOWS_DESCRIPTION),
-                 "http://127.0.0.1:8080/cgi-bin/lumows", service_url(simulator.port));
+                 "http://127.0.0.1:8080/cgi-bin/lumows", simulator.url);
     EXPECT_NE(lines, shown);
     const run_result client = python({"-c", lines});
     EXPECT_EQ(client.errors, "");
     EXPECT_EQ(client.output, "LMWS-000 OFF 0\n");
     EXPECT_EQ(client.status, 0);
-    EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0);
-    EXPECT_NE(simulator.program.output().find("\nSOAP: service-getelementstatus "
-                                              "DEMO-SESSION|LIVING-LAMP|(absent)|0 -> LMWS-000\n"),
-              std::string::npos)
-        << simulator.program.output();
+    EXPECT_EQ(simulator.end(),
+              "SOAP: service-getelementstatus DEMO-SESSION|LIVING-LAMP|(absent)|0 -> LMWS-000\n");
 }
 
 void expect_body(const pugi::xml_node &direction) {

@@ -1,10 +1,7 @@
 // lumo.sh with lumocmd itself, in every shell against a simulated controller.
 
 #include "tests/recipes/shell_room.h"
-#include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"
-
-#include <csignal>
 
 namespace {
 
@@ -44,17 +41,14 @@ TEST_P(InShell, CallsOfTheServiceEndAsTheProgramFoundOut) {
         running_simulator simulator(row.options);
         std::string script;
         for (const char *verbose : {"ON", "OFF"}) {
-            script += std::string("lumo_retry -v ") + verbose + " -t SOAP -u " +
-                      service_url(simulator.port) + " " + row.arguments +
-                      " || echo \"$(lumo_status) $(lumo_outcome)\"\n";
+            script += std::string("lumo_retry -v ") + verbose + " -t SOAP -u " + simulator.url +
+                      " " + row.arguments + " || echo \"$(lumo_status) $(lumo_outcome)\"\n";
         }
         const run_result seen = shell_room(GetParam()).run_with_library(script);
         const std::string line = std::string(row.outcome) + "\n";
         EXPECT_EQ(seen.output, line + line);
         EXPECT_EQ(seen.errors, "");
-        EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
-        EXPECT_EQ(requests_in(simulator.program.output()),
-                  row.requests + row.requests + "stopped\n");
+        EXPECT_EQ(simulator.end(), row.requests + row.requests);
     }
 }
 
@@ -74,7 +68,7 @@ for name in eib smstool lintronic tecnout vivaldi bentel tutondo; do
     try "${name}local" "lumo_${name}gateway.socket"
 done
 try FSMCORE nowhere.socket
-try SOAP )sh" + service_url(simulator.port),
+try SOAP )sh" + simulator.url,
                                                   simulator.home.path);
     EXPECT_EQ(seen.output, "FSMCORE 0 EIBG-106\neiblocal 0 EIBG-106\nsmstoollocal 0 SMST-806\n"
                            "lintroniclocal 0 LINT-1006\ntecnoutlocal 0 TECN-1206\n"

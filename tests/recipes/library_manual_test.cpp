@@ -1,10 +1,9 @@
 // Every script that lumo.sh(7) shows, run in every shell against a simulated controller of its own:
 // what the page shows is what its reader sees.
 
+#include "tests/protocol/texts.h"
 #include "tests/recipes/shell_room.h"
-#include "tests/simulator/simulator_process.h"
 
-#include <fstream>
 #include <regex>
 #include <sstream>
 
@@ -14,7 +13,7 @@ using namespace harness;
 
 const char *const PAGE = PROJECT_DIRECTORY "/docs/man/lumo.sh.7";
 const char *const SHOWN_URL = "http://localhost/cgi-bin/lumows";
-const char *const BLOCK = ".Bd -literal -offset indent";
+const char *const BLOCK = ".Bd -literal -offset indent\n";
 
 /// The comment "run NAME OPTION..." begins it, with the simulator's options; then a block is the
 /// script, and the next what it prints.
@@ -25,32 +24,18 @@ struct shown_script {
     std::string output;
 };
 
-std::string read_block(std::istringstream &lines) {
-    std::string line;
-    while (std::getline(lines, line) && line != BLOCK) {
-    }
-    std::string block;
-    while (std::getline(lines, line) && line != ".Ed") {
-        block += line + "\n";
-    }
-    return replaced(replaced(block, "\\&", ""), "\\e", "\\");
-}
-
 std::vector<shown_script> read_scripts() {
-    std::istringstream lines(file_text(PAGE));
-    const std::string mark = ".\\\" run ";
+    const std::string page = replaced(replaced(read_file(PAGE), "\\&", ""), "\\e", "\\");
     std::vector<shown_script> scripts;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.rfind(mark, 0) == 0) {
-            std::istringstream rest(line.substr(mark.size()));
-            shown_script shown;
-            rest >> shown.name;
-            for (std::string word; rest >> word;) {
-                shown.options.push_back(word);
-            }
-            shown.script = read_block(lines);
-            shown.output = read_block(lines);
-            scripts.push_back(shown);
+    std::size_t at = 0;
+    while (at != std::string::npos) {
+        words comment = protocol::split(text_between(page, at, ".\\\" run ", "\n"), ' ');
+        const std::string name = comment[0];
+        comment.erase(comment.begin());
+        const std::string script = text_between(page, at, BLOCK, ".Ed\n");
+        const std::string output = text_between(page, at, BLOCK, ".Ed\n");
+        if (at != std::string::npos) {
+            scripts.push_back({name, comment, script, output});
         }
     }
     return scripts;
@@ -60,7 +45,7 @@ TEST_P(InShell, ManualScriptsPrintWhatThePageShows) {
     for (const shown_script &shown : read_scripts()) {
         SCOPED_TRACE(shown.name);
         running_simulator simulator(shown.options);
-        const std::string script = replaced(shown.script, SHOWN_URL, service_url(simulator.port));
+        const std::string script = replaced(shown.script, SHOWN_URL, simulator.url);
         const run_result seen = shell_room(GetParam()).run(script, simulator.home.path);
         EXPECT_EQ(seen.output, shown.output);
         EXPECT_NE(seen.output, "");
@@ -70,7 +55,7 @@ TEST_P(InShell, ManualScriptsPrintWhatThePageShows) {
 
 /// A block that nothing runs may be wrong.
 TEST(LibraryManual, RunsEveryBlockAndPleasesShellcheck) {
-    const std::string page = file_text(PAGE);
+    const std::string page = read_file(PAGE);
     std::size_t blocks = 0;
     for (std::size_t at = 0; (at = page.find(BLOCK, at)) != std::string::npos; at++) {
         blocks++;
@@ -80,7 +65,7 @@ TEST(LibraryManual, RunsEveryBlockAndPleasesShellcheck) {
     const temporary_directory directory;
     const std::string file = directory.path + "/script";
     for (const shown_script &shown : read_scripts()) {
-        std::ofstream(file) << replaced(shown.script, INSTALLED_LIBRARY, LIBRARY);
+        write_file(file, replaced(shown.script, INSTALLED_LIBRARY, LIBRARY));
         EXPECT_EQ(run({"shellcheck", "-x", "-s", "sh", file}).output, "") << shown.name;
     }
 }
@@ -97,12 +82,12 @@ TEST(LibraryManual, PleasesMandoc) {
 
 /// Every script, every variable of the library and of the scripts, and every function for scripts.
 TEST(LibraryManual, NamesWhatScriptsUse) {
-    const std::string page = file_text(PAGE);
-    std::string used = file_text(LIBRARY) + file_text(PROJECT_DIRECTORY "/docs/recipes.md");
+    const std::string page = read_file(PAGE);
+    std::string used = read_file(LIBRARY) + read_file(PROJECT_DIRECTORY "/docs/recipes.md");
     for (const char *script :
          {"all-lights-off", "arm-alarm", "watch-daemon", "check-daemons", "night-scene"}) {
         EXPECT_NE(page.find(script), std::string::npos) << script;
-        used += file_text(std::string(PROJECT_DIRECTORY "/docs/examples/") + script);
+        used += read_file(std::string(PROJECT_DIRECTORY "/docs/examples/") + script);
     }
     const std::regex name("\\bLUMO_[A-Z]+\\b");
     for (std::sregex_iterator found(used.begin(), used.end(), name), end; found != end; ++found) {

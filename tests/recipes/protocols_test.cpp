@@ -3,7 +3,6 @@
 
 #include "tests/harness/peer.h"
 #include "tests/recipes/shell_room.h"
-#include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"
 
 #include <regex>
@@ -13,30 +12,11 @@ namespace {
 
 using namespace harness;
 
-/// The lines below a mark of the page, up to the next empty line outside a block.
-std::vector<std::string> lines_below(const std::string &mark) {
-    std::istringstream page(file_text(PROJECT_DIRECTORY "/docs/protocols.md"));
-    std::vector<std::string> lines;
-    std::string line;
-    while (std::getline(page, line) && line != "<!-- " + mark + " -->") {
-    }
-    bool fenced = false;
-    while (std::getline(page, line) && (fenced || !line.empty())) {
-        if (line.rfind("```", 0) == 0) {
-            fenced = !fenced;
-        } else {
-            lines.push_back(line);
-        }
-    }
-    return lines;
-}
+const std::string PAGE = read_file(PROJECT_DIRECTORY "/docs/protocols.md");
 
 std::string bytes(const std::string &name) {
-    std::string text;
-    for (const std::string &line : lines_below("bytes " + name)) {
-        text += line + "\n";
-    }
-    return text;
+    std::size_t at = 0;
+    return text_between(PAGE, at, "<!-- bytes " + name + " -->\n```text\n", "```\n");
 }
 
 /// An HTTP message as it travels: its head's lines with carriage returns, its XML unbroken. What
@@ -60,13 +40,18 @@ struct answer_row {
     std::string last_line;
 };
 
-std::vector<answer_row> answers(const char *name) {
+std::vector<answer_row> answers(const std::string &name) {
     std::vector<answer_row> rows;
     const std::regex row(R"(\| (?:`(.*)`|nothing, .*) \| `(.*)` \|)");
-    const auto lines = lines_below(std::string("answers ") + name);
-    for (std::size_t i = 2; i < lines.size(); i++) { // below the heading and its rule
+    std::size_t at = 0;
+    // Below the heading and its rule.
+    std::istringstream table(text_between(PAGE, at, "<!-- answers " + name + " -->\n", "\n\n"));
+    std::string line;
+    std::getline(table, line);
+    std::getline(table, line);
+    while (std::getline(table, line)) {
         std::smatch found;
-        EXPECT_TRUE(std::regex_match(lines[i], found, row)) << lines[i];
+        EXPECT_TRUE(std::regex_match(line, found, row)) << line;
         const std::string answer = replaced(replaced(found[1], "\\n", "\n"), "\\r", "\r");
         rows.push_back({!found[1].matched, answer, found[2]});
     }
@@ -79,9 +64,10 @@ std::string last_line(const std::string &output) {
     return text.substr(text.rfind('\n') + 1);
 }
 
-const words BENTEL = {"-t", "BENTELLOCAL",     "-f", "SENDBENTELCOMMANDDATAGRAM",
-                      "-p", "hall|1234|ARM|1", "-s"};
-const words FSMCORE = {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on", "-s"};
+const std::pair<std::string, words> DAEMONS[] = {
+    {"gateway",
+     {"-t", "BENTELLOCAL", "-f", "SENDBENTELCOMMANDDATAGRAM", "-p", "hall|1234|ARM|1", "-s"}},
+    {"fsmcore", {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on", "-s"}}};
 const words GETELEMENTSTATUS = {
     "-f", "SERVICE_GETELEMENTSTATUS", "-p", "DEMO-SESSION|LIVING-LAMP", "-v", "ON"};
 
@@ -92,11 +78,11 @@ run_result call(const words &request, const std::string &path) {
 }
 
 TEST(Protocols, ShowExchangesOfDaemons) {
-    for (const auto &[name, arguments] : {std::pair("gateway", BENTEL), {"fsmcore", FSMCORE}}) {
-        const std::string answer = bytes(name + std::string("_answer"));
+    for (const auto &[name, arguments] : DAEMONS) {
+        const std::string answer = bytes(name + "_answer");
         ASSERT_NE(answer, "");
-        meeting_point daemon(family::UNIX_SOCKET, {expect(bytes(name + std::string("_request"))),
-                                                   reply(answer), close_connection()});
+        meeting_point daemon(family::UNIX_SOCKET,
+                             {expect(bytes(name + "_request")), reply(answer), close_connection()});
         EXPECT_EQ(call(arguments, daemon.path).output, "LMCM-0000\n");
         EXPECT_EQ(daemon.daemon->finish(), "");
     }
@@ -117,7 +103,7 @@ TEST(Protocols, ShowRequestsThatDaemonsTake) {
 }
 
 TEST(Protocols, ShowWhatBecomesOfDaemonsAnswers) {
-    for (const auto &[name, arguments] : {std::pair("gateway", BENTEL), {"fsmcore", FSMCORE}}) {
+    for (const auto &[name, arguments] : DAEMONS) {
         for (const answer_row &row : answers(name)) {
             SCOPED_TRACE(row.answer);
             script steps = {collect_until("\n\n"), close_connection()};
@@ -170,22 +156,30 @@ TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
     }
 }
 
-struct example_daemon {
-    example_daemon()
-        : path(directory.path + "/lumo_bentelgateway.socket"),
-          program({"/usr/bin/python3", PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path}),
-          ready(program.wait_for_output("ready\n")) {}
-    temporary_directory directory;
-    std::string path;
-    started_program program;
-    bool ready;
+/// What is no request of the program's, and its answer.
+const std::pair<const char *, const char *> ODD_REQUESTS[] = {
+    {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n"
+     "Payload: c: d\n\n",
+     "Response Status: BENG-0000\n"},
+    {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n\n",
+     "Response Status: BENG-1302\n"},
+    {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nCommand: b\nUserCode: 1234\n"
+     "Payload: c\n\n",
+     "Response Status: BENG-1302\n"},
+    {"Request: OTHER\n\n", "Response Status: BENG-1301\n"},
+    {"Hello\n\n", "Response Status: BENG-1302\n"},
+    {"\n\n", "Response Status: BENG-1302\n"},
+    {"Request: \xff\n\n", "Response Status: BENG-1301\n"},
 };
 
-TEST(ExampleDaemon, ServesTheProgram) {
-    example_daemon daemon;
-    ASSERT_TRUE(daemon.ready) << daemon.program.errors();
+TEST(ExampleDaemon, ServesTheProgramAndRefusesWhatIsNoRequest) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/lumo_bentelgateway.socket";
+    started_program daemon(
+        {"/usr/bin/python3", PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path});
+    ASSERT_TRUE(daemon.wait_for_output("ready\n")) << daemon.errors();
     const auto arm = [&](const char *function, const std::string &list) {
-        return call({"-t", "BENTELLOCAL", "-f", function, "-p", list, "-s"}, daemon.path).output;
+        return call({"-t", "BENTELLOCAL", "-f", function, "-p", list, "-s"}, path).output;
     };
     const char *const function = "SENDBENTELCOMMANDDATAGRAM";
     EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");
@@ -195,39 +189,15 @@ TEST(ExampleDaemon, ServesTheProgram) {
     EXPECT_EQ(last_line(arm(function, text + "|" + text + "|" + text + "|1")), "BENT-1306");
     // A value with a line feed brings a line of its own.
     EXPECT_EQ(arm(function, "hall|1234|ARM\nPayload: 0|1"), "BENT-1302\n");
-    EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");
-    EXPECT_TRUE(daemon.program.wait_for_output("hall: ARM 1\n"));
-}
-
-struct daemon_row {
-    const char *sent;
-    bool drip;
-    const char *answer;
-};
-
-TEST(ExampleDaemon, RefusesWhatIsNoRequest) {
-    const daemon_row rows[] = {
-        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n"
-         "Payload: c: d\n\n",
-         true, "Response Status: BENG-0000\n"},
-        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nUserCode: 1234\nCommand: b\n\n",
-         false, "Response Status: BENG-1302\n"},
-        {"Request: SENDBENTELCOMMANDDATAGRAM\nSectionName: a\nCommand: b\nUserCode: 1234\n"
-         "Payload: c\n\n",
-         false, "Response Status: BENG-1302\n"},
-        {"Request: OTHER\n\n", false, "Response Status: BENG-1301\n"},
-        {"Hello\n\n", false, "Response Status: BENG-1302\n"},
-        {"\n\n", false, "Response Status: BENG-1302\n"},
-        {"Request: \xff\n\n", false, "Response Status: BENG-1301\n"},
-    };
-    example_daemon daemon;
-    ASSERT_TRUE(daemon.ready) << daemon.program.errors();
-    for (const daemon_row &row : rows) {
-        EXPECT_EQ(ask_daemon(daemon.path, row.sent, row.drip), row.answer) << row.sent;
+    for (const bool drip : {false, true}) {
+        for (const auto &[sent, answer] : ODD_REQUESTS) {
+            EXPECT_EQ(ask_daemon(path, sent, drip), answer) << sent;
+        }
     }
-    const std::string endless(2000, 'x');
-    const std::string answer = ask_daemon(daemon.path, endless);
+    const std::string answer = ask_daemon(path, std::string(2000, 'x'));
     EXPECT_EQ(answer.rfind("Response Status: BENG-1302\n", 0), 0U) << answer;
+    EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");
+    EXPECT_TRUE(daemon.wait_for_output("hall: ARM 1\n"));
 }
 
 } // namespace

@@ -1,11 +1,8 @@
 // The scripts of docs/examples, in every shell against a simulated controller.
 
 #include "tests/recipes/shell_room.h"
-#include "tests/simulator/simulator_process.h"
 
-#include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <unistd.h>
 
@@ -30,6 +27,8 @@ struct script_row {
 
 const char *const LIGHTS = "printf '%s\\n' '# upstairs' '' 'living 1/1/3 the lamp' >lights\n"
                            "printf 'hall 1/1/4 door' >>lights";
+const char *const HOUSE = R"({"elements": {"W1": {"status": "CLOSED", "value": "0"},
+    "W2": {"status": "CLOSED", "value": "0"}, "W3": {"status": "OPEN", "value": "1"}}})";
 const char *const CODE = "printf 4321 >code";
 const char *const WATCHED = "EIBLOCAL lumo_eibgateway.socket touch restarted";
 
@@ -161,7 +160,7 @@ TEST_P(InShell, ExampleScriptsSayHowTheyAreUsed) {
     const shell_room room(GetParam(), {});
     for (const auto &[script, arguments, usage] : USAGES) {
         const run_result seen = room.run("set -- " + std::string(arguments) + "\n" +
-                                             file_text(std::string(DIRECTORY) + script),
+                                             read_file(std::string(DIRECTORY) + script),
                                          room.directory.path);
         EXPECT_EQ(seen.output, "");
         EXPECT_EQ(seen.errors, usage);
@@ -174,31 +173,27 @@ TEST_P(InShell, ExampleScriptsDoTheirWork) {
     for (const script_row &row : SCRIPTS) {
         SCOPED_TRACE(std::string(row.script) + " " + row.arguments);
         const temporary_directory state;
-        std::ofstream(state.path + "/house")
-            << R"({"elements": {"W1": {"status": "CLOSED", "value": "0"},
-                                "W2": {"status": "CLOSED", "value": "0"},
-                                "W3": {"status": "OPEN", "value": "1"}}})";
+        write_file(state.path + "/house", HOUSE);
         words options = row.options;
         options.insert(options.end(), {"--state", state.path + "/house"});
         running_simulator simulator(options);
         const shell_room room(GetParam());
         room.add_script("flock", "exec /usr/bin/flock \"$@\""); // no shell brings it
         const std::string &home = simulator.home.path;
-        const run_result seen =
-            room.run("export LUMO_DIRECTORY=. LOCK_DIRECTORY=. LUMO_LIMIT=20 LUMO_URL=" +
-                         service_url(simulator.port) + "\n" + row.before + "\nset -- " +
-                         row.arguments + "\n" + file_text(DIRECTORY + std::string(row.script)),
-                     home);
+        const run_result seen = room.run(
+            "export LUMO_DIRECTORY=. LOCK_DIRECTORY=. LUMO_LIMIT=20 LUMO_URL=" + simulator.url +
+                "\n" + row.before + "\nset -- " + row.arguments + "\n" +
+                read_file(DIRECTORY + std::string(row.script)),
+            home);
         EXPECT_EQ(seen.output, row.output);
         EXPECT_EQ(seen.errors, row.errors);
         EXPECT_EQ(seen.status, row.status);
-        EXPECT_EQ(file_text(home + "/syslog"), row.syslog);
-        EXPECT_EQ(file_text(home + "/pauses"), row.pauses);
+        EXPECT_EQ(read_file(home + "/syslog"), row.syslog);
+        EXPECT_EQ(read_file(home + "/pauses"), row.pauses);
         EXPECT_FALSE(std::filesystem::exists(home + "/restarted"));
-        EXPECT_EQ(end_program(simulator.program, SIGTERM).status, 0) << simulator.program.errors();
+        const std::string requests = simulator.end();
         if (row.requests != nullptr) {
-            EXPECT_EQ(requests_in(simulator.program.output()),
-                      row.requests + std::string("stopped\n"));
+            EXPECT_EQ(requests, row.requests);
         }
     }
 }
@@ -212,7 +207,7 @@ TEST(LibraryExamples, FindTheLibraryAndPleaseShellcheck) {
     const shell_room room({"sh", {"/bin/sh"}, false});
     room.add_script("lumo.sh", "echo beside; exit");
     for (const std::string &file : files) {
-        EXPECT_EQ(room.run(file_text(file), DIRECTORY).output, "beside\n") << file;
+        EXPECT_EQ(room.run(read_file(file), DIRECTORY).output, "beside\n") << file;
         EXPECT_EQ(run({"shellcheck", "-x", file}, {.directory = PROJECT_DIRECTORY}).output, "");
         EXPECT_EQ(access(file.c_str(), X_OK), 0) << file;
     }

@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 using namespace harness;
 
@@ -47,21 +45,21 @@ cat "say.$number"
 exit "$(cat "exit.$number")")sh");
     for (std::size_t i = 0; i < sayings.size(); i++) {
         const std::string number = std::to_string(i + 1);
-        std::ofstream(directory.path + "/say." + number) << sayings[i].output;
-        std::ofstream(directory.path + "/fault." + number) << sayings[i].errors;
-        std::ofstream(directory.path + "/exit." + number) << sayings[i].exit;
+        write_file(directory.path + "/say." + number, sayings[i].output);
+        write_file(directory.path + "/fault." + number, sayings[i].errors);
+        write_file(directory.path + "/exit." + number, std::to_string(sayings[i].exit));
     }
 }
 
 void shell_room::add_script(const std::string &name, const std::string &text) const {
     const std::string file = programs.path + "/" + name;
-    std::ofstream(file) << "#!/bin/sh\n" << text << "\n";
+    write_file(file, "#!/bin/sh\n" + text + "\n");
     std::filesystem::permissions(file, std::filesystem::perms::all);
 }
 
 run_result shell_room::run(const std::string &script, const std::string &in) const {
     const std::string file = programs.path + "/script";
-    std::ofstream(file) << replaced(script, INSTALLED_LIBRARY, LIBRARY);
+    write_file(file, replaced(script, INSTALLED_LIBRARY, LIBRARY));
     words command = {"/usr/bin/env", "PATH=" + path};
     command.insert(command.end(), shell.command.begin(), shell.command.end());
     command.push_back(file);
@@ -74,12 +72,7 @@ run_result shell_room::run_with_library(const std::string &script, const std::st
 }
 
 std::string shell_room::noted(const char *file) const {
-    return file_text(directory.path + "/" + file);
-}
-
-std::string file_text(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return read_file(directory.path + "/" + file);
 }
 
 std::string replaced(std::string text, const std::string &from, const std::string &to) {
@@ -89,11 +82,11 @@ std::string replaced(std::string text, const std::string &from, const std::strin
     return text;
 }
 
-std::string service_url(int port) {
-    return "http://127.0.0.1:" + std::to_string(port) + "/cgi-bin/lumows";
-}
-
-std::string requests_in(const std::string &said) {
-    const std::string ready = "\nready\n";
-    return said.substr(said.find(ready) + ready.size());
+std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,
+                         const std::string &end) {
+    const std::size_t from = text.find(begin, place);
+    place = from == std::string::npos ? from : text.find(end, from + begin.size());
+    return place == std::string::npos
+               ? ""
+               : text.substr(from + begin.size(), place - from - begin.size());
 }

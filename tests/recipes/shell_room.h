@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "tests/harness/process.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
 #include <ostream>
@@ -59,15 +59,12 @@ struct shell_room {
 inline const char *const INSTALLED_LIBRARY = "/usr/share/lumocmd/lumo.sh";
 inline const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
 
-std::string file_text(const std::string &path);
-
 /// The text with every occurrence of `from` replaced.
 std::string replaced(std::string text, const std::string &from, const std::string &to);
 
-std::string service_url(int port);
-
-/// What the simulator said of the requests that came.
-std::string requests_in(const std::string &said);
+/// What stands between two marks, from a place on that moves behind it; empty at the text's end.
+std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,
+                         const std::string &end);
 
 /// A red line and a green one with its process, as lumocmd writes them.
 inline std::string red(const std::string &message) {

@@ -61,8 +61,10 @@ running_simulator::running_simulator(const words &options)
         throw std::runtime_error("the simulator did not start: " + program.finish().errors);
     }
     const std::string text = read_file(home.path + "/ready");
-    const std::string tag = "url=http://127.0.0.1:";
-    port = std::stoi(text.substr(text.find(tag) + tag.size()));
+    const std::string host = "http://127.0.0.1:";
+    const std::size_t at = text.find(host);
+    url = text.substr(at, text.size() - 1 - at);
+    port = std::stoi(url.substr(host.size()));
 }
 
 std::string running_simulator::ask(const std::string &socket_file, std::string_view request,

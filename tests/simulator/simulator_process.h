@@ -33,6 +33,7 @@ struct running_simulator {
 
     temporary_directory home;
     started_program program;
+    std::string url; ///< of the web service
     int port = 0;
 };
 
