@@ -1,15 +1,12 @@
 // Every example that the README and the manual show, run against a simulated controller: what a
 // page shows is what its reader sees. Process ids and the port are masked, colours stripped.
 
-#include "tests/harness/process.h"
+#include "tests/protocol/texts.h"
 #include "tests/simulator/simulator_process.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -50,51 +47,40 @@ std::vector<example> read_examples(const std::string &path, const std::string &b
     return examples;
 }
 
+const std::regex SHOWN_URL("http://[a-z0-9.:]+/cgi-bin/lumows");
+
 std::string mask(const std::string &text) {
     const std::string plain = std::regex_replace(text, std::regex("\x1b\\[[0-9;]*m"), "");
     const std::string named = std::regex_replace(plain, std::regex("<[0-9]+>"), "<pid>");
-    return std::regex_replace(named, std::regex("http://[a-z0-9.:]+/cgi-bin"), "URL/cgi-bin");
+    return std::regex_replace(named, SHOWN_URL, "URL");
 }
 
-/// A directory with a `lumocmd` that starts the program under test, whatever wraps it.
-struct program_directory {
-    program_directory() {
-        const char *wrapper = getenv("LUMOCMD_WRAPPER");
-        std::ofstream(directory.path + "/lumocmd")
-            << "#!/bin/sh\nexec " << (wrapper == nullptr ? "" : wrapper) << " '" << lumocmd_path()
-            << "' \"$@\"\n";
-        std::filesystem::permissions(directory.path + "/lumocmd", std::filesystem::perms::all);
-    }
-    temporary_directory directory;
+/// A page, and the lines around its examples.
+const std::string PAGES[][3] = {
+    {PROJECT_DIRECTORY "/README.md", "```console", "```"},
+    {LUMOCMD_MANUALS "/lumocmd.1", ".Bd -literal -offset indent", ".Ed"},
 };
 
-void run_examples(const std::vector<example> &examples) {
-    running_simulator simulator;
-    const program_directory programs;
-    const std::string url = "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin";
-    for (const example &shown : examples) {
-        SCOPED_TRACE(shown.command);
-        const std::string command =
-            std::regex_replace(shown.command, std::regex("http://[a-z0-9.:]+/cgi-bin"), url);
-        const run_result seen =
-            run({"/bin/sh", "-c", "PATH=" + programs.directory.path + ":$PATH\n" + command},
-                {.directory = simulator.home.path});
-        EXPECT_EQ(mask(seen.output), mask(shown.output));
-        EXPECT_EQ(seen.errors, "");
+TEST(Examples, OfTheReadmeAndTheManual) {
+    // The program under test, whatever wraps it.
+    const temporary_directory programs;
+    write_file(programs.path + "/lumocmd",
+               "#!/bin/sh\nexec '" + protocol::joined(lumocmd_command({}), "' '") + "' \"$@\"\n");
+    std::filesystem::permissions(programs.path + "/lumocmd", std::filesystem::perms::all);
+    for (const auto &[page, begin, end] : PAGES) {
+        running_simulator simulator;
+        const std::vector<example> examples = read_examples(page, begin, end);
+        EXPECT_FALSE(examples.empty()) << page;
+        for (const example &shown : examples) {
+            SCOPED_TRACE(shown.command);
+            const std::string command = std::regex_replace(shown.command, SHOWN_URL, simulator.url);
+            const run_result seen =
+                run({"/bin/sh", "-c", "PATH=" + programs.path + ":$PATH\n" + command},
+                    {.directory = simulator.home.path});
+            EXPECT_EQ(mask(seen.output), mask(shown.output));
+            EXPECT_EQ(seen.errors, "");
+        }
     }
-}
-
-TEST(Examples, OfTheReadme) {
-    const auto examples = read_examples(PROJECT_DIRECTORY "/README.md", "```console", "```");
-    EXPECT_FALSE(examples.empty());
-    run_examples(examples);
-}
-
-TEST(Examples, OfTheManual) {
-    const auto examples =
-        read_examples(LUMOCMD_MANUALS "/lumocmd.1", ".Bd -literal -offset indent", ".Ed");
-    EXPECT_FALSE(examples.empty());
-    run_examples(examples);
 }
 
 /// The simulator's examples run until they are stopped.

@@ -43,6 +43,14 @@ inline words split(const std::string &text, char separator) {
     return parts;
 }
 
+/// The text with every occurrence of `from` replaced.
+inline std::string replaced(std::string text, const std::string &from, const std::string &to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
 /// A -p list of that many entries.
 inline std::string list_of(std::size_t count) {
     return joined(words(count, "p"), "|");

@@ -1,7 +1,6 @@
 // Every script that lumo.sh(7) shows, run in every shell against a simulated controller of its own:
 // what the page shows is what its reader sees.
 
-#include "tests/protocol/texts.h"
 #include "tests/recipes/shell_room.h"
 
 #include <regex>

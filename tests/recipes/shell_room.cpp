@@ -1,6 +1,5 @@
 #include "tests/recipes/shell_room.h"
 
-#include <cstdlib>
 #include <filesystem>
 
 using namespace harness;
@@ -22,10 +21,8 @@ INSTANTIATE_TEST_SUITE_P(Library, InShell, testing::ValuesIn(SHELLS),
 
 shell_room::shell_room(const shell_row &of) : shell(of), path(programs.path + ":" + MACHINE_PATH) {
     // The scripts below are run by the machine's sh, which finds its programs where they are.
-    const char *wrapper = getenv("LUMOCMD_WRAPPER");
-    add_script("lumocmd", std::string("PATH=") + MACHINE_PATH + " exec " +
-                              (wrapper == nullptr ? "" : wrapper) + " '" + lumocmd_path() +
-                              "' \"$@\"");
+    add_script("lumocmd", std::string("PATH=") + MACHINE_PATH + " exec '" +
+                              protocol::joined(lumocmd_command({}), "' '") + "' \"$@\"");
     add_script("logger", "echo \"$*\" >>syslog");
     add_script("sleep", "echo \"$*\" >>pauses");
     if (shell.brings_programs) {
@@ -73,13 +70,6 @@ run_result shell_room::run_with_library(const std::string &script, const std::st
 
 std::string shell_room::noted(const char *file) const {
     return read_file(directory.path + "/" + file);
-}
-
-std::string replaced(std::string text, const std::string &from, const std::string &to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-        text.replace(at, from.size(), to);
-    }
-    return text;
 }
 
 std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,

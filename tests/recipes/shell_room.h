@@ -2,22 +2,20 @@
 
 #pragma once
 
+#include "tests/protocol/texts.h"
 #include "tests/simulator/simulator_process.h"
 
 #include <gtest/gtest.h>
-#include <ostream>
 #include <string>
 #include <vector>
+
+using protocol::replaced;
 
 /// A shell that scripts are written for, with the programs that come with it.
 struct shell_row {
     const char *name;
     harness::words command;
     bool brings_programs; ///< finds no program but its own
-
-    friend void PrintTo(const shell_row &shell, std::ostream *out) {
-        *out << shell.name;
-    }
 };
 
 /// A test in each of the shells.
@@ -58,9 +56,6 @@ struct shell_room {
 /// Where an installation puts the library, and where its source is.
 inline const char *const INSTALLED_LIBRARY = "/usr/share/lumocmd/lumo.sh";
 inline const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
-
-/// The text with every occurrence of `from` replaced.
-std::string replaced(std::string text, const std::string &from, const std::string &to);
 
 /// What stands between two marks, from a place on that moves behind it; empty at the text's end.
 std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,
