@@ -54,47 +54,30 @@ TEST(Gateways, CarryOutEveryRequest) {
     EXPECT_EQ(simulator.end(), log);
 }
 
-struct damage_row {
-    const char *pattern;
-    std::string by;
-    int error;
-    const char *complaint; ///< {1} and {2} are the first tags, {n} is the last one
-};
-
-const damage_row DAMAGES[] = {
-    {"^Request: ", "Hello ", 2, "line 1 is not 'Request: ...'"},
-    {"^(.*)", "Request: X", 1, "unknown request name"},
-    {"\n(\\w+): ", "\n$1:", 2, "line 2 is not '{1}: ...'"},
-    {"\n\\w", "\nx", 2, "line 2 is not '{1}: ...'"},
-    {"(\n.*)(\n.*)", "$2$1", 2, "line 2 is not '{1}: ...'"},
-    {"(\n.*)\n", "$1\nb\n", 2, "line 3 is not '{2}: ...'"},
-    {"\n.*\n\n$", "\n\n", 2, "line {end} is not '{n}: ...'"},
-    {"\n\n$", "\nMore: x\n\n", 2, "a line too many"},
-    {"\n\n$", "\n\nmore", 2, "bytes after the empty line"},
-    {"\n\n$", std::string("\n\n\0", 3), 2, "bytes after the empty line"},
-    {"(\n.*)", std::string("$1\0", 3), 2, "{1}: holds a zero byte"},
-};
-
 TEST(Gateways, RefuseMalformedRequests) {
     const function_row &function = SAMPLE.gateway->functions[0];
     const words tags = names_of(function.lines);
+    const std::string end = std::to_string(tags.size() + 1);
+    /// A pattern, what stands there instead, the error, and the complaint.
+    const std::tuple<const char *, std::string, int, std::string> damages[] = {
+        {"^Request: ", "Hello ", 2, "line 1 is not 'Request: ...'"},
+        {"^(.*)", "Request: X", 1, "unknown request name"},
+        {"\n(\\w+): ", "\n$1:", 2, "line 2 is not '" + tags[0] + ": ...'"},
+        {"\n\\w", "\nx", 2, "line 2 is not '" + tags[0] + ": ...'"},
+        {"(\n.*)(\n.*)", "$2$1", 2, "line 2 is not '" + tags[0] + ": ...'"},
+        {"(\n.*)\n", "$1\nb\n", 2, "line 3 is not '" + tags[1] + ": ...'"},
+        {"\n.*\n\n$", "\n\n", 2, "line " + end + " is not '" + tags.back() + ": ...'"},
+        {"\n\n$", "\nMore: x\n\n", 2, "a line too many"},
+        {"\n\n$", "\n\nmore", 2, "bytes after the empty line"},
+        {"\n\n$", std::string("\n\n\0", 3), 2, "bytes after the empty line"},
+        {"(\n.*)", std::string("$1\0", 3), 2, tags[0] + ": holds a zero byte"},
+    };
     running_simulator simulator;
     std::string expected;
-    for (const damage_row &row : DAMAGES) {
-        const std::string request =
-            damaged(sample_request(function, function.name), row.pattern, row.by);
-        EXPECT_EQ(simulator.ask(SAMPLE.socket, request), status_line(SAMPLE, row.error)) << request;
-        std::string complaint = row.complaint;
-        for (const auto &[mark, text] :
-             std::map<std::string, std::string>{{"{1}", tags[0]},
-                                                {"{2}", tags[1]},
-                                                {"{n}", tags.back()},
-                                                {"{end}", std::to_string(tags.size() + 1)}}) {
-            if (const std::size_t at = complaint.find(mark); at != std::string::npos) {
-                complaint.replace(at, mark.size(), text);
-            }
-        }
-        expected += status_text(SAMPLE, SAMPLE.base + row.error) + " (" + complaint + ")\n";
+    for (const auto &[pattern, by, error, complaint] : damages) {
+        const std::string request = damaged(sample_request(function, function.name), pattern, by);
+        EXPECT_EQ(simulator.ask(SAMPLE.socket, request), status_line(SAMPLE, error)) << request;
+        expected += status_text(SAMPLE, SAMPLE.base + error) + " (" + complaint + ")\n";
     }
     EXPECT_EQ(outcomes(simulator.end()), expected);
 }
@@ -102,23 +85,22 @@ TEST(Gateways, RefuseMalformedRequests) {
 TEST(Gateways, RefuseOtherFixedValuesAndWidths) {
     running_simulator simulator;
     std::string expected;
-    const auto refuse = [&](const daemon_row &daemon, const std::string &request,
-                            const std::string &complaint) {
-        EXPECT_EQ(simulator.ask(daemon.socket, request), status_line(daemon, 3)) << request;
-        expected += status_text(daemon, daemon.base + 3) + " (" + complaint + ")\n";
-    };
     for (const daemon_row &daemon : gateways()) {
+        const auto refuse = [&](const std::string &request, const std::string &complaint) {
+            EXPECT_EQ(simulator.ask(daemon.socket, request), status_line(daemon, 3)) << request;
+            expected += status_text(daemon, daemon.base + 3) + " (" + complaint + ")\n";
+        };
         for (const function_row &function : daemon.gateway->functions) {
             const std::string request = sample_request(function, function.name);
             for (const width_row &width : function.widths) {
                 const std::string tag = names_of(function.lines)[width.item - 1] + ": ";
-                refuse(daemon, damaged(request, tag.c_str(), tag + "0"),
+                refuse(damaged(request, tag.c_str(), tag + "0"),
                        tag + "must be " + std::to_string(width.width) + " characters long");
             }
             std::smatch fixed;
             const std::string lines = function.lines;
             if (std::regex_search(lines, fixed, std::regex("(\\w+: )([^{}\n]+)\n"))) {
-                refuse(daemon, damaged(request, fixed.str(1).c_str(), fixed.str(1) + "0"),
+                refuse(damaged(request, fixed.str(1).c_str(), fixed.str(1) + "0"),
                        fixed.str(1) + "must be " + fixed.str(2));
             }
         }

@@ -18,13 +18,6 @@ std::string url_of(const running_simulator &house) {
     return "http://127.0.0.1:" + std::to_string(house.port);
 }
 
-/// The options of a simulator that asks this house.
-words forwarding(const running_simulator &house, const words &more = {}) {
-    words options{"--forward-sockets", house.home.path, "--forward-url", url_of(house)};
-    options.insert(options.end(), more.begin(), more.end());
-    return options;
-}
-
 /// Asks each daemon, and the service for what the house alone answers; what was answered.
 words ask_all(const running_simulator &desk) {
     words answers;
@@ -51,7 +44,8 @@ TEST(Forwarding, AnswersWhatTheHouseAnswersAndCanBeReplayed) {
     EXPECT_EQ(*(answers.end() - 3), "Response Status: FSMC-144\nParameter Count: 0\n");
     EXPECT_EQ(answers.back(), wrap_response("getelementstatus",
                                             children("result=LMWS-000|status=ON|currentvalue=42")));
-    running_simulator desk(forwarding(house, {"--record", list}));
+    running_simulator desk(
+        {"--forward-sockets", house.home.path, "--forward-url", url_of(house), "--record", list});
     EXPECT_EQ(ask_all(desk), answers);
     const std::string log = desk.end();
     EXPECT_NE(log, "");
@@ -63,7 +57,8 @@ TEST(Forwarding, AnswersWhatTheHouseAnswersAndCanBeReplayed) {
 
 TEST(Forwarding, LeavesOutDaemonsThatAreToldWhatToAnswer) {
     running_simulator house;
-    running_simulator desk(forwarding(house, {"--answer", "fsmcore=107", "--close", "soap"}));
+    running_simulator desk({"--forward-sockets", house.home.path, "--forward-url", url_of(house),
+                            "--answer", "fsmcore=107", "--close", "soap"});
     EXPECT_EQ(desk.ask(CORE_SOCKET, CORE_REQUEST),
               "Response Status: FSMC-107\nParameter Count: 0\n");
     EXPECT_EQ(call_service(desk.port, "test", ""), "");
@@ -116,8 +111,7 @@ TEST(Forwarding, WaitsForTheHouseUntilThePatienceOrTheSimulatorEnds) {
         ASSERT_TRUE(send_bytes(client, CORE_REQUEST));
         ASSERT_TRUE(core.wait_for_await());
         if (patience == std::string("300")) {
-            EXPECT_TRUE(desk.program.wait_for_output("\n"
-                                                     "FSMCORE: f -> closed without an answer (" +
+            EXPECT_TRUE(desk.program.wait_for_output("\nFSMCORE: f -> closed without an answer (" +
                                                      house.path + "/" + CORE_SOCKET +
                                                      ": the answer did not come to its end)\n"));
         }

@@ -79,39 +79,6 @@ TEST(Expect, ComparesWhatCame) {
     }
 }
 
-struct wrong_list {
-    const char *text;
-    const char *complaint;
-};
-
-const wrong_list WRONG_LISTS[] = {
-    {"FSM: x\n", " line 1: 'FSM: x' is no line of the log"},
-    {"\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
-    {"SOAP: x\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
-    {"SOAP: x\nSOAP -> x\n", " line 2: the bytes of an answer stand between double quotes"},
-    {"SOAP: x\nSOAP -> \"\\q\"\n", " line 2: the bytes hold an unknown escape"},
-};
-
-TEST(Lists, ThatAreWrongAreExplained) {
-    const temporary_directory directory;
-    const std::string path = directory.path + "/list";
-    for (const char *option : {"--expect", "--replay"}) {
-        for (const wrong_list &row : WRONG_LISTS) {
-            write_file(path, row.text);
-            const run_result seen = run(simulator_command(directory.path, {option, path}));
-            EXPECT_EQ(seen.status, 1);
-            EXPECT_EQ(seen.errors, "lumosim: " + path + row.complaint + "\n");
-            EXPECT_EQ(seen.output, "");
-        }
-        const run_result absent = run(simulator_command(directory.path, {option, "/not/there"}));
-        EXPECT_EQ(absent.status, 1);
-        EXPECT_EQ(absent.errors, "lumosim: cannot read /not/there\n");
-    }
-    const run_result unwritten = run(simulator_command(directory.path, {"--record", "/not/there"}));
-    EXPECT_EQ(unwritten.status, 1);
-    EXPECT_EQ(unwritten.errors, "lumosim: cannot write /not/there; choose another with --record\n");
-}
-
 TEST(Recording, HoldsEachRequestWithItsAnswer) {
     const temporary_directory directory;
     const std::string path = directory.path + "/list";
@@ -125,13 +92,8 @@ TEST(Recording, HoldsEachRequestWithItsAnswer) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-struct replay_row {
-    std::string list;
-    words answers;       ///< to the request a, one after the other
-    std::string outcome; ///< of the last of them
-};
-
-const replay_row REPLAYED[] = {
+/// A list, the answers to the request a one after the other, and the outcome of the last of them.
+const std::tuple<std::string, words, std::string> REPLAYED[] = {
     {"FSMCORE: a -> A\nFSMCORE -> \"a\\n\"\n", {"a\n"}, "A"},
     {"FSMCORE: a -> A\nFSMCORE -> \"a\"\nFSMCORE: a -> B\nFSMCORE -> \"b\"\n",
      {"a", "b", "b"},
@@ -146,13 +108,13 @@ const replay_row REPLAYED[] = {
 TEST(Replay, AnswersAsRecorded) {
     const temporary_directory directory;
     const std::string path = directory.path + "/list";
-    for (const replay_row &row : REPLAYED) {
-        write_file(path, row.list);
+    for (const auto &[recorded, answers, outcome] : REPLAYED) {
+        write_file(path, recorded);
         running_simulator simulator({"--replay", path});
-        for (const std::string &answer : row.answers) {
-            EXPECT_EQ(ask(simulator, 'a'), answer) << row.list;
+        for (const std::string &answer : answers) {
+            EXPECT_EQ(ask(simulator, 'a'), answer) << recorded;
         }
-        EXPECT_TRUE(simulator.end().ends_with("FSMCORE: a -> " + row.outcome + "\n")) << row.list;
+        EXPECT_TRUE(simulator.end().ends_with("FSMCORE: a -> " + outcome + "\n")) << recorded;
     }
 }
 

@@ -1,4 +1,4 @@
-// The command line: help, version, and errors that say what to do.
+// The command line: help, version, and errors that say what to do about it and its files.
 #include "tests/protocol/daemons.h"
 #include "tests/simulator/simulator_process.h"
 
@@ -38,12 +38,7 @@ TEST(Options, AreExplained) {
     EXPECT_EQ(run({LUMOSIM_PROGRAM, "--version"}).output, "lumosim 1.0.0\n");
 }
 
-struct wrong_row {
-    words arguments;
-    std::string complaint;
-};
-
-const wrong_row WRONG[] = {
+const std::pair<words, std::string> WRONG[] = {
     {{"--foo"}, "unknown option '--foo'"},
     {{"foo"}, "unknown option 'foo'"},
     {{"--port"}, "--port needs N after it"},
@@ -82,16 +77,76 @@ const wrong_row WRONG[] = {
 };
 
 TEST(Options, ThatAreWrongAreExplained) {
-    for (const wrong_row &row : WRONG) {
-        words command = row.arguments;
+    for (const auto &[arguments, complaint] : WRONG) {
+        SCOPED_TRACE(complaint);
+        words command = arguments;
         command.insert(command.begin(), LUMOSIM_PROGRAM);
         const run_result seen = run(command);
-        EXPECT_EQ(seen.status, 2) << row.complaint;
-        EXPECT_EQ(seen.output, "") << row.complaint;
+        EXPECT_EQ(seen.status, 2);
+        EXPECT_EQ(seen.output, "");
         EXPECT_TRUE(seen.errors.starts_with("lumosim: ")) << seen.errors;
-        EXPECT_NE(seen.errors.find(row.complaint), std::string::npos)
-            << "expected: " << row.complaint << "\nprinted: " << seen.errors;
+        EXPECT_NE(seen.errors.find(complaint), std::string::npos) << seen.errors;
         EXPECT_TRUE(seen.errors.ends_with("\nTry 'lumosim --help'.\n")) << seen.errors;
+    }
+}
+
+/// The text of a file, and the complaint about it.
+const std::pair<std::string, std::string> WRONG_LISTS[] = {
+    {"FSM: x\n", " line 1: 'FSM: x' is no line of the log"},
+    {"\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
+    {"SOAP: x\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
+    {"SOAP: x\nSOAP -> x\n", " line 2: the bytes of an answer stand between double quotes"},
+    {"SOAP: x\nSOAP -> \"\\q\"\n", " line 2: the bytes hold an unknown escape"},
+};
+
+const std::pair<std::string, std::string> WRONG_STATES[] = {
+    {"", "[json.exception.parse_error.101] parse error"},
+    {"{\"elements\": {}", "[json.exception.parse_error.101] parse error"},
+    {"[]", "is no object"},
+    {R"({"element": {}})", "unknown part 'element'"},
+    {R"({"elements": []})", "'elements': is no object"},
+    {R"({"elements": {"A": "ON"}})", "'elements': a record is no object"},
+    {R"({"elements": {"A": {"state": "ON"}}})", "'elements': unknown field 'state'"},
+    {R"({"elements": {"A": {"value": 7}}})", "'elements': "},
+    {R"({"sessions": {"A": 1}})", "'sessions': "},
+    {R"({"schedules": [1]})", "'schedules': a record is no object"},
+    {R"({"messages": "x"})", "'messages': "},
+    {R"({"links": []})", "'links': is no object"},
+    {R"({"links": {"eib 1/1/3": 7}})", "'links': "},
+    {R"({"links": {"bentel 1": "LIVING-LAMP"}})",
+     "'links': 'bentel 1' begins with none of eib, lintronic, vivaldi, tutondo\n"},
+    {R"({"links": {"1/1/3": "LIVING-LAMP"}})",
+     "'links': '1/1/3' begins with none of eib, lintronic, vivaldi, tutondo\n"},
+    {R"({"links": {"eib": "LIVING-LAMP"}})", "'links': 'eib' needs a blank and its Destination\n"},
+    {R"({"links": {"vivaldi 1": "LIVING-LAMP"}})",
+     "'links': 'vivaldi 1' needs a blank and its CentralNumber/RC20_Number\n"},
+    {R"({"links": {"vivaldi 1/": "LIVING-LAMP"}})", "'links': 'vivaldi 1/' needs a blank and "},
+    {R"({"links": {"vivaldi /1": "LIVING-LAMP"}})", "'links': 'vivaldi /1' needs a blank and "},
+    {R"({"links": {"eib 1/1/3": "LAMP"}})",
+     "'links': 'eib 1/1/3' leads to 'LAMP', which is no element\n"},
+};
+
+TEST(Options, NameFilesThatAreWrong) {
+    const temporary_directory directory;
+    const std::string path = directory.path + "/file";
+    const auto expect_complaint = [&](const words &options, const std::string &complaint) {
+        const run_result seen = run(simulator_command(directory.path, options));
+        EXPECT_EQ(seen.status, 1);
+        EXPECT_EQ(seen.output, "");
+        EXPECT_EQ(seen.errors.substr(0, complaint.size()), complaint);
+    };
+    for (const char *option : {"--expect", "--replay"}) {
+        for (const auto &[text, complaint] : WRONG_LISTS) {
+            write_file(path, text);
+            expect_complaint({option, path}, "lumosim: " + path + complaint + "\n");
+        }
+        expect_complaint({option, "/not/there"}, "lumosim: cannot read /not/there\n");
+    }
+    expect_complaint({"--record", "/not/there"},
+                     "lumosim: cannot write /not/there; choose another with --record\n");
+    for (const auto &[text, complaint] : WRONG_STATES) {
+        write_file(path, text);
+        expect_complaint({"--state", path}, "lumosim: " + path + ": " + complaint);
     }
 }
 

@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
@@ -26,7 +25,7 @@ std::string lamp_lines(int count) {
 
 struct script_row {
     const char *name;
-    std::vector<std::string> options;
+    words options;
     std::string script; ///< for sh
     int expected_lamps;
     int status;
@@ -56,7 +55,7 @@ TEST_P(Script, EndsWithItsStatus) {
     }
     const temporary_directory directory;
     const std::string list = directory.path + "/list";
-    std::ofstream(list) << lamp_lines(row.expected_lamps);
+    write_file(list, lamp_lines(row.expected_lamps));
     words options{LUMOSIM_PROGRAM, "--expect", list};
     options.insert(options.end(), row.options.begin(), row.options.end());
     options.insert(options.end(), {"--", "sh", "-c", row.script, LUMOCMD_PROGRAM});
@@ -69,13 +68,8 @@ TEST_P(Script, EndsWithItsStatus) {
 INSTANTIATE_TEST_SUITE_P(Cases, Script, testing::ValuesIn(CASES),
                          [](const auto &row) { return row.param.name; });
 
-struct failure_row {
-    std::vector<std::string> arguments;
-    int status;
-    std::string errors; ///< the end of them
-};
-
-const failure_row FAILURES[] = {
+/// Arguments, the status, and the end of the errors.
+const std::tuple<words, int, std::string> FAILURES[] = {
     {{"--foo", "--", "true"}, 125, "lumosim: unknown option '--foo'\nTry 'lumosim --help'.\n"},
     {{"--"}, 125, "lumosim: -- needs COMMAND ... after it\nTry 'lumosim --help'.\n"},
     {{"--expect", "/nowhere/at/all", "--", "true"}, 125, "lumosim: cannot read /nowhere/at/all\n"},
@@ -86,13 +80,13 @@ const failure_row FAILURES[] = {
 };
 
 TEST(ScriptThatCannotRun, HasAStatusOfItsOwn) {
-    for (const failure_row &row : FAILURES) {
-        words command = row.arguments;
+    for (const auto &[arguments, status, errors] : FAILURES) {
+        words command = arguments;
         command.insert(command.begin(), LUMOSIM_PROGRAM);
         const run_result seen = run(command);
-        EXPECT_EQ(seen.status, row.status) << seen.errors;
+        EXPECT_EQ(seen.status, status) << seen.errors;
         EXPECT_EQ(seen.output, "");
-        EXPECT_TRUE(seen.errors.ends_with(row.errors)) << seen.errors;
+        EXPECT_TRUE(seen.errors.ends_with(errors)) << seen.errors;
     }
 }
 
@@ -104,26 +98,20 @@ TEST(ScriptDirectory, IsFreshAndRemoved) {
     EXPECT_FALSE(fs::exists(seen.output.substr(0, seen.output.size() - 1))) << seen.output;
 }
 
-struct signal_row {
-    std::string script;
-    int status;
-};
-
-const signal_row SIGNALS[] = {
+const std::pair<std::string, int> SIGNALS[] = {
     {"", 128 + SIGTERM},
     {"trap 'exit 0' TERM;", 128 + SIGTERM},
     {"trap 'exit 5' TERM;", 5},
 };
 
 TEST(ScriptSignals, ArePassedOn) {
-    for (const signal_row &row : SIGNALS) {
+    for (const auto &[script, status] : SIGNALS) {
         // A shell handles a signal when what it waits for has ended, so it is the built-in here.
         started_program program(
             {LUMOSIM_PROGRAM, "--", "sh", "-c",
-             row.script +
-                 "mkfifo \"$LUMO_DIRECTORY/go\"; echo up; read line <\"$LUMO_DIRECTORY/go\""});
+             script + "mkfifo \"$LUMO_DIRECTORY/go\"; echo up; read line <\"$LUMO_DIRECTORY/go\""});
         ASSERT_TRUE(program.wait_for_output("up\n")) << program.errors();
-        EXPECT_EQ(end_program(program, SIGTERM).status, row.status) << row.script;
+        EXPECT_EQ(end_program(program, SIGTERM).status, status) << script;
     }
 }
 

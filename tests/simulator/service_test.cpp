@@ -96,12 +96,6 @@ TEST(Operations, NeedASessionAndAField) {
     }
 }
 
-struct call_row {
-    const char *operation;
-    std::string request;
-    std::string response;
-};
-
 const std::string SESSION = "sessionid=DEMO-SESSION|";
 const std::string NEIGHBOUR = "remoteip=10.0.0.2|remoteport=1025|neighbouruid=u1|neighbourname=g";
 const std::string DONE = "result=LMWS-000";
@@ -163,7 +157,7 @@ const call_row CALLS[] = {
 TEST(Service, RemembersAndChecks) {
     running_simulator simulator({"--session", "MINE"});
     for (const call_row &row : CALLS) {
-        expect_response(simulator.port, row.operation, row.request, row.response);
+        expect_response(simulator.port, row);
     }
     for (const char *children :
          {"<waittime xsi:type=\"xsd:string\">0</waittime>", "text<waittime>0</waittime>"}) {
@@ -231,13 +225,8 @@ TEST(Service, AnswersFaults) {
     };
     EXPECT_EQ(post_message(simulator.port, proper).status, 200);
     for (const fault_row &row : FAULTS) {
-        std::string message = proper;
-        const std::string from = row.from;
-        for (std::size_t at = 0; (at = message.find(from, at)) != std::string::npos;) {
-            message.replace(at, from.size(), row.to);
-            at += std::string(row.to).size();
-        }
-        expect_fault(post_message(simulator.port, message), wrap_fault(row.code, row.text));
+        expect_fault(post_message(simulator.port, protocol::replaced(proper, row.from, row.to)),
+                     wrap_fault(row.code, row.text));
     }
     expect_fault(post_message(simulator.port, proper, "urn:xmethods-lumows"),
                  wrap_fault("Client", "SOAPAction is not \"urn:xmethods-lumows\""));

@@ -52,11 +52,10 @@ std::string call_service(int port, const std::string &operation, const std::stri
     return post_message(port, wrap_request(element("ns:service-" + operation, children))).body;
 }
 
-void expect_response(int port, const std::string &operation, const std::string &request,
-                     const std::string &response) {
-    EXPECT_EQ(call_service(port, operation, children(request)),
-              wrap_response(operation, children(response)))
-        << request;
+void expect_response(int port, const call_row &call) {
+    EXPECT_EQ(call_service(port, call.operation, children(call.request)),
+              wrap_response(call.operation, children(call.response)))
+        << call.request;
 }
 
 } // namespace harness

@@ -27,8 +27,13 @@ http_reply post_message(int port, const std::string &message,
 /// Calls service-OPERATION with these children and returns the answer body.
 std::string call_service(int port, const std::string &operation, const std::string &children);
 
-/// Calls service-OPERATION with a list of children and compares the answer with such a list.
-void expect_response(int port, const std::string &operation, const std::string &request,
-                     const std::string &response);
+/// A call of service-OPERATION with a list of children, and such a list of its answer.
+struct call_row {
+    std::string operation;
+    std::string request;
+    std::string response;
+};
+
+void expect_response(int port, const call_row &call);
 
 } // namespace harness

@@ -56,13 +56,8 @@ TEST(Told, EveryDaemonRefusesConnections) {
     EXPECT_EQ(simulator.end(), "");
 }
 
-struct told_row {
-    words options;
-    words answers; ///< to one request after the other
-    std::string log;
-};
-
-const told_row TOLD[] = {
+/// Options, the answers to one request after the other, and the log.
+const std::tuple<words, words, std::string> TOLD[] = {
     {{}, {CORE_DONE, CORE_DONE}, LINE + LINE},
     {{"--answer=fsmcore=-4"},
      {"Response Status: FSMC--004\nParameter Count: 0\n"},
@@ -83,13 +78,12 @@ const told_row TOLD[] = {
 };
 
 TEST(Told, DaemonsAnswer) {
-    for (const told_row &row : TOLD) {
-        running_simulator simulator(row.options);
-        for (const std::string &answer : row.answers) {
-            EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), answer)
-                << testing::PrintToString(row);
+    for (const auto &[options, answers, log] : TOLD) {
+        running_simulator simulator(options);
+        for (const std::string &answer : answers) {
+            EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), answer) << joined(options, " ");
         }
-        EXPECT_EQ(simulator.end(), row.log);
+        EXPECT_EQ(simulator.end(), log);
     }
 }
 
@@ -164,11 +158,10 @@ TEST(Log, HoldsAnObjectPerLineForMachines) {
     EXPECT_EQ(seen.status, 3) << seen.errors;
     std::string expected;
     for (const daemon_row &daemon : daemons()) {
-        expected += R"({"event":"listens","daemon":")" + lower(daemon.name) + R"(","place":")" +
-                    (daemon.socket.empty()
-                         ? "http://127.0.0.1:" + std::to_string(simulator.port) + "/cgi-bin/lumows"
-                         : simulator.home.path + "/" + daemon.socket) +
-                    "\"}\n";
+        expected +=
+            R"({"event":"listens","daemon":")" + lower(daemon.name) + R"(","place":")" +
+            (daemon.socket.empty() ? simulator.url : simulator.home.path + "/" + daemon.socket) +
+            "\"}\n";
     }
     // The bytes are one character each.
     expected += R"({"event":"ready"}
