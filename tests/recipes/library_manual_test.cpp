@@ -11,7 +11,6 @@ namespace {
 using namespace harness;
 
 const char *const PAGE = PROJECT_DIRECTORY "/docs/man/lumo.sh.7";
-const char *const SHOWN_URL = "http://localhost/cgi-bin/lumows";
 const char *const BLOCK = ".Bd -literal -offset indent\n";
 
 /// The comment "run NAME OPTION..." begins it, with the simulator's options; then a block is the
@@ -44,7 +43,8 @@ TEST_P(InShell, ManualScriptsPrintWhatThePageShows) {
     for (const shown_script &shown : read_scripts()) {
         SCOPED_TRACE(shown.name);
         running_simulator simulator(shown.options);
-        const std::string script = replaced(shown.script, SHOWN_URL, simulator.url);
+        const std::string script =
+            replaced(shown.script, "http://localhost/cgi-bin/lumows", simulator.url);
         const run_result seen = shell_room(GetParam()).run(script, simulator.home.path);
         EXPECT_EQ(seen.output, shown.output);
         EXPECT_NE(seen.output, "");

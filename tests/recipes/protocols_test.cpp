@@ -132,12 +132,9 @@ TEST(Protocols, ShowTheServicesExchange) {
 }
 
 TEST(Protocols, ShowTheServicesFault) {
-    const std::pair<words, const char *> calls[] = {{GETELEMENTSTATUS, "LMCM-508"},
-                                                    {{"-f", "SERVICE_TEST"}, "LMCM-502"}};
-    for (const auto &[arguments, last] : calls) {
-        peer service(answering(http_bytes("service_fault")));
-        const run_result seen = call_service(service, arguments);
-        EXPECT_EQ(service.finish(), "");
+    for (const auto &[arguments, last] :
+         {std::pair(GETELEMENTSTATUS, "LMCM-508"), {{"-f", "SERVICE_TEST"}, "LMCM-502"}}) {
+        const run_result seen = call_answered(http_bytes("service_fault"), arguments);
         EXPECT_EQ(seen.errors, fault_report("SOAP-ENV:Client", "no such operation"));
         EXPECT_EQ(last_line(seen.output), last);
     }
@@ -150,9 +147,8 @@ TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
     for (const answer_row &row : answers("service")) {
         SCOPED_TRACE(row.answer);
         const std::string result = row.closes ? "" : element("result", row.answer);
-        peer service(answering(replaced(answer, shown, result)));
-        EXPECT_EQ(last_line(call_service(service, GETELEMENTSTATUS).output), row.last_line);
-        EXPECT_EQ(service.finish(), "");
+        const run_result seen = call_answered(replaced(answer, shown, result), GETELEMENTSTATUS);
+        EXPECT_EQ(last_line(seen.output), row.last_line);
     }
 }
 

@@ -70,12 +70,12 @@ inline std::string green(const std::string &text) {
 }
 
 /// What lumocmd says of a gateway that cannot be reached, and of a url that cannot be used.
-inline const std::string CONNECT =
-    "utility->make_localtcpclient_socket connect failed with error 'Connection refused'";
-inline const std::string OPEN =
-    "EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside for "
-    "function SENDEIBUSSETDATAGRAM";
-inline const saying UNREACHED = {red(CONNECT) + red(OPEN) + "EIBG-105\n", 105};
+inline const saying UNREACHED = {
+    red("utility->make_localtcpclient_socket connect failed with error 'Connection refused'") +
+        red("EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside "
+            "for function SENDEIBUSSETDATAGRAM") +
+        "EIBG-105\n",
+    105};
 inline const std::string UNUSABLE_URL =
     "Error 3986 fault at source [no subcode]\n"
     "\"url 'u' cannot be used\"\nDetail: one like v is needed\n";

@@ -77,8 +77,7 @@ TEST(Clients, ThatAreSilentBlockNobody) {
         silent.push_back(connect_port(simulator.port));
     }
     EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
-    EXPECT_EQ(call_service(simulator.port, "test", ""),
-              wrap_response("test", "<result>LMWS-000</result>"));
+    expect_response(simulator.port, {"test", "", "result=LMWS-000"});
     simulator.end();
     for (const int descriptor : silent) {
         EXPECT_EQ(read_all(descriptor), "");

@@ -33,8 +33,7 @@ TEST(Told, EveryDaemonAnswersStatusesInTurn) {
         for (const daemon_row &daemon : daemons()) {
             const std::string status = status_text(daemon, number);
             if (daemon.socket.empty()) {
-                EXPECT_EQ(call_service(simulator.port, "test", ""),
-                          wrap_response("test", "<result>" + status + "</result>"));
+                expect_response(simulator.port, {"test", "", "result=" + status});
             } else {
                 EXPECT_EQ(
                     simulator.ask(daemon.socket, daemon.gateway ? "Request: x\n\n" : CORE_REQUEST),
