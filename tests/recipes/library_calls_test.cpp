@@ -44,6 +44,7 @@ const std::pair<saying, std::string> CALLS[] = {
      "502/LMCM/246/246/LMCM-502/unknown"},
     {{red(MALFORMED), 249}, "//249/249/exit 249/invalid"},
     {{"", 250, "Usage: lumocmd\n"}, "//250/250/exit 250/invalid"},
+    {{"-5\n", 5}, "//5/5/exit 5/unknown"}, // without a prefix it is no status
     {{"", 1}, "//1/1/exit 1/unknown"},
     {{"", 0}, "//0/1/exit 0/unknown"},
     {{green("Status: OFF"), 124}, "//124/124/exit 124/unknown"},

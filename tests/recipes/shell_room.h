@@ -16,6 +16,10 @@ struct shell_row {
     const char *name;
     harness::words command;
     bool brings_programs; ///< finds no program but its own
+
+    friend void PrintTo(const shell_row &shell, std::ostream *out) {
+        *out << shell.name;
+    }
 };
 
 /// A test in each of the shells.
