@@ -205,8 +205,8 @@ TEST(Page, HasACommandForEachFunction) {
         std::set<std::string> functions;
         for (const json &function : commands[protocol::lower(daemon.name)]) {
             functions.insert(function[0]);
-            const run_result seen = run({"/bin/sh", "-c", function[1]},
-                                        {.settings = {"PATH=" + path}, .empty_environment = true});
+            const run_result seen =
+                run({"/bin/sh", "-c", "PATH=" + path + "\n" + function[1].get<std::string>()});
             EXPECT_TRUE(seen.status == 0 || seen.output.ends_with("LMWS-404\n"))
                 << function << seen.output << seen.errors;
         }
