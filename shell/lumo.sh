@@ -194,7 +194,9 @@ lumo_value() {
     *"$lumo_start"*) ;;
     *"${lumo_escape}[0;32m[lumocmd] "*) return 1 ;;
     *)
-        echo 'lumo_value: no result lines were shown: -v ON has to be the first option' >&2
+        lumo_why='-v ON has to be the first option'
+        [ -n "$LUMO_CODE" ] || lumo_why="the call has no status, $(lumo_status)"
+        echo "lumo_value: no result lines were shown: $lumo_why" >&2
         return 1
         ;;
     esac
@@ -293,7 +295,14 @@ lumo_retry() {
     lumo_tries=${LUMO_TRIES:-5}
     lumo_delay=${LUMO_DELAY:-1}
     lumo_end=
-    [ -z "${LUMO_DEADLINE:-}" ] || lumo_end=$(($(lumo_clock) + LUMO_DEADLINE))
+    case ${LUMO_DEADLINE:-} in
+    '') ;;
+    *[!0-9]* | 0?*) # which shells would take for a name, or for octal
+        lumo_refuse "lumo_retry: LUMO_DEADLINE is no number of seconds: $LUMO_DEADLINE"
+        return 126
+        ;;
+    *) lumo_end=$(($(lumo_clock) + LUMO_DEADLINE)) ;;
+    esac
     while ! lumo_call_within "$(lumo_limit_of_try)" "$@"; do
         lumo_tries=$((lumo_tries - 1))
         if [ "$lumo_tries" -le 0 ] || [ "$(lumo_outcome)" != unreachable ] || lumo_is_late; then

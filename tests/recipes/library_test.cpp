@@ -126,6 +126,11 @@ lumo_call -v ON -f F
 lumo_value Status || echo absent)sh",
      "forgotten\nabsent\n",
      "lumo_value: no result lines were shown: -v ON has to be the first option\n"},
+    {"a value of a call that the time limit ended",
+     {CUT_SHORT},
+     "lumo_call -v ON -f F || lumo_value Status || echo none",
+     "none\n",
+     "lumo_value: no result lines were shown: the call has no status, exit 124\n"},
     {"items",
      {},
      R"sh(IFS='0123456789;='
@@ -190,6 +195,17 @@ lumo_retry -f F || echo "$? $((clock - 100))")sh",
      "105 3\n",
      "",
      "<-f><F>\n<-f><F>\n<-f><F>\n"},
+    {"a deadline that is no number",
+     {},
+     R"sh(for LUMO_DEADLINE in x 1.5 -1 08; do
+    lumo_retry -f F || echo "$? $(lumo_status) $(lumo_outcome)"
+done)sh",
+     "126 exit 126 invalid\n126 exit 126 invalid\n126 exit 126 invalid\n126 exit 126 invalid\n",
+     "lumo_retry: LUMO_DEADLINE is no number of seconds: x\n"
+     "lumo_retry: LUMO_DEADLINE is no number of seconds: 1.5\n"
+     "lumo_retry: LUMO_DEADLINE is no number of seconds: -1\n"
+     "lumo_retry: LUMO_DEADLINE is no number of seconds: 08\n",
+     ""},
     {"a deadline limits each try",
      {UNREACHED, UNREACHED, UNREACHED, DONE, DONE, DONE, UNREACHED, DONE},
      R"sh(clock=100
