@@ -4,6 +4,7 @@
 #include "simulator/operations.h"
 #include "simulator/page.h"
 #include "simulator/session.h"
+#include "simulator/text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,19 +18,25 @@ void note(simulator_server &server, const daemon_row &daemon, const std::string 
     server.bench.journal.watch();
 }
 
-/// Switches an element. A value of 0 or 1 is the switch itself and follows; any other stays.
-std::string switch_element(simulator_server &server, const std::string &name) {
+/// Switches the element of this key. A value of 0 or 1, ON or OFF is the switch itself and follows;
+/// any other stays.
+std::string switch_element(simulator_server &server, const std::string &key) {
     home_state &home = server.bench.home;
-    const auto found = home.elements.find(name);
+    const auto found =
+        std::find_if(home.elements.begin(), home.elements.end(),
+                     [&key](const auto &row) { return element_key(row.first) == key; });
     if (found == home.elements.end()) {
         return "no such element";
     }
     const bool on = found->second.status != "ON";
-    const std::string &value = found->second.value;
-    const bool follows = value == "0" || value == "1";
-    const home_element now{on ? "ON" : "OFF", follows ? (on ? "1" : "0") : value};
-    change_element(home, name, now);
-    note(server, DAEMONS.back(), name + " " + now.status + " " + now.value);
+    home_element now{on ? "ON" : "OFF", found->second.value};
+    if (now.value == "0" || now.value == "1") {
+        now.value = on ? "1" : "0";
+    } else if (equal_ignoring_case(now.value, "on") || equal_ignoring_case(now.value, "off")) {
+        now.value = now.status;
+    }
+    change_element(home, found->first, now);
+    note(server, DAEMONS.back(), show_value(found->first) + " " + now.status + " " + now.value);
     return "";
 }
 
@@ -118,6 +125,9 @@ void answer_bench(const session_ptr &session) {
         const auto details =
             request_details(server.bench, web.path.substr(std::strlen(DETAILS_PATH)));
         answer = write_http(details ? 200 : 404, details.value_or(""));
+    }
+    if (web.method == "HEAD") {
+        answer.erase(answer.find(HEAD_END) + HEAD_END.size());
     }
     send_all(session->client, answer,
              [session](bool /*sent*/) { end_connection(session->client); });

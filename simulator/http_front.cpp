@@ -31,6 +31,7 @@ struct http_answer {
     std::string body = {};
     const char *type = nullptr;
     const char *policy = nullptr;
+    const char *type_options = nullptr;
 };
 
 /// Parses the bytes so far, each time from their start, so that no state is kept in between.
@@ -123,14 +124,22 @@ bool is_own_host(std::string_view host) {
 }
 
 /// Why a request may be one that a browser sends for a page from elsewhere; empty when it is not.
-/// Other clients need not say where they are going, and never say where they come from.
+/// Other clients need not say where they are going, and never say where they come from. An image
+/// has no Origin: there the browser's Sec-Fetch-Site tells.
 std::string complain_about_sender(const http::fields &fields) {
     const std::string host = header_value(fields, "Host");
     const std::string origin = header_value(fields, "Origin");
-    if (!host.empty() && !is_own_host(host)) {
+    const std::string site = header_value(fields, "Sec-Fetch-Site");
+    if (fields.count("Host") > 1 || (!host.empty() && !is_own_host(host))) {
         return "foreign Host";
     }
-    return origin.empty() || origin == "http://" + host ? "" : "foreign Origin";
+    if (fields.count("Origin") > 1 || (!origin.empty() && origin != "http://" + host)) {
+        return "foreign Origin";
+    }
+    const bool own_site =
+        fields.count("Sec-Fetch-Site") == 0 ||
+        (fields.count("Sec-Fetch-Site") == 1 && (site == "same-origin" || site == "none"));
+    return own_site ? "" : "foreign Sec-Fetch-Site";
 }
 
 http_answer refuse_stranger(exchange_result &exchange, const std::string &complaint) {
@@ -145,7 +154,8 @@ http_answer answer_page(daemon_conversation &conversation, const http::fields &f
     exchange_result &exchange = conversation.exchange;
     if (exchange.web.path == PAGE_PATH) {
         exchange.audience = audience_kind::PAGE;
-        return {200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY};
+        return {200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY,
+                NO_SNIFFING};
     }
     if (changes && header_value(fields, TOKEN_HEADER) != conversation.home.token) {
         return refuse_stranger(exchange, "not from this page");
@@ -197,7 +207,8 @@ std::string write_answer(const http_answer &answer, bool with_body) {
     text.append(reason.data(), reason.size()).append("\r\nConnection: close\r\nContent-Length: ");
     text += std::to_string(answer.body.size()) + "\r\n";
     for (const auto &[name, value] : {std::pair("Content-Security-Policy: ", answer.policy),
-                                      std::pair("Content-Type: ", answer.type)}) {
+                                      std::pair("Content-Type: ", answer.type),
+                                      std::pair("X-Content-Type-Options: ", answer.type_options)}) {
         if (value != nullptr) {
             text.append(name).append(value).append("\r\n");
         }
@@ -221,7 +232,7 @@ request_progress http_progress(std::string_view received) {
 }
 
 std::string write_http(unsigned status, const std::string &body) {
-    return write_answer({status, body, "text/plain; charset=utf-8"}, true);
+    return write_answer({status, body, "text/plain; charset=utf-8", nullptr, NO_SNIFFING}, true);
 }
 
 void answer_http(daemon_conversation &conversation) {

@@ -11,7 +11,10 @@ inline constexpr const char *SERVICE_PATH = "/cgi-bin/lumows";
 /// Largest request body; clients send uploads of about a megabyte.
 inline constexpr std::size_t HTTP_BODY_LIMIT = std::size_t{4} * 1024 * 1024;
 
-/// The bytes of an answer with this text.
+/// Ends the head of an answer.
+inline constexpr std::string_view HEAD_END = "\r\n\r\n";
+
+/// The bytes of an answer to the page with this text.
 std::string write_http(unsigned status, const std::string &body);
 
 /// How far a request has come.

@@ -13,6 +13,9 @@ namespace {
 
 using json_value = nlohmann::ordered_json;
 
+/// So much of a request is in an event; its bytes are asked for.
+constexpr std::size_t EVENT_TEXT_BYTES = 300;
+
 /// How often a daemon does what it was told from now on, in words.
 std::string times_words(int told, std::size_t done) {
     const auto left = static_cast<std::size_t>(told) - done;
@@ -32,19 +35,24 @@ std::string statuses_words(const daemon_row &daemon, const std::vector<int> &sta
     return words;
 }
 
+/// How often a daemon has answered a status that it was told.
+std::size_t statuses_given(const test_bench &bench, const daemon_row &daemon) {
+    const auto given = bench.home.statuses_given.find(daemon.key);
+    return given == bench.home.statuses_given.end() ? 0 : given->second;
+}
+
 /// How a daemon is, in one word.
 const char *daemon_condition(const test_bench &bench, const daemon_row &daemon,
                              const std::string &words) {
-    const told_behaviour &told = bench.settings.behaviours[row_of(daemon)];
+    const std::vector<int> &statuses = bench.settings.behaviours[row_of(daemon)].statuses;
     if (words.starts_with("refuses")) {
         return "refusing";
     }
-    const bool waits_alone = words.starts_with("waits");
-    const bool others = words.starts_with("asks") || words.ends_with("recording");
-    if (words.empty() || (others && told.delay == 0)) {
-        return "healthy";
+    bool fails = words.starts_with("closes") || words.find(" raw bytes") != std::string::npos;
+    if (words.starts_with("answers " + std::string(daemon.prefix))) {
+        fails = statuses[std::min(statuses_given(bench, daemon), statuses.size() - 1)] != 0;
     }
-    return waits_alone || others ? "slow" : "told to fail";
+    return fails ? "told to fail" : words.find("waits ") != std::string::npos ? "slow" : "healthy";
 }
 
 json_value elements_picture(const home_state &home) {
@@ -54,7 +62,7 @@ json_value elements_picture(const home_state &home) {
         for (const auto &[place, linked] : home.links) {
             places += linked == name ? (places.empty() ? "" : ", ") + place : "";
         }
-        list.push_back({{"key", name},
+        list.push_back({{"key", element_key(name)},
                         {"status", show_value(element.status)},
                         {"value", show_value(element.value)},
                         {"links", places}});
@@ -100,6 +108,15 @@ const char *outcome_word(const journal_entry &entry) {
     return outcome.ends_with(" raw bytes") ? "raw" : "failed";
 }
 
+/// The beginning of a long text, of whole characters.
+std::string cut_text(const std::string &text) {
+    std::size_t end = std::min(text.size(), EVENT_TEXT_BYTES);
+    while (end > 0 && end < text.size() && (text[end] & 0xC0) == 0x80) {
+        end--;
+    }
+    return end == text.size() ? text : text.substr(0, end) + "...";
+}
+
 /// The requests after this one, the oldest first.
 json_value requests_picture(const request_journal &journal, std::size_t seen) {
     json_value list = json_value::array();
@@ -109,8 +126,8 @@ json_value requests_picture(const request_journal &journal, std::size_t seen) {
         list.push_back({{"number", entry.number},
                         {"time", entry.time},
                         {"daemon", entry.daemon->key},
-                        {"request", entry.request},
-                        {"outcome", entry.outcome},
+                        {"request", cut_text(entry.request)},
+                        {"outcome", cut_text(entry.outcome)},
                         {"word", outcome_word(entry)}});
     }
     return list;
@@ -136,8 +153,7 @@ std::string told_words(const test_bench &bench, const daemon_row &daemon) {
     const told_behaviour &told = settings.behaviours[row_of(daemon)];
     const auto requests = static_cast<std::size_t>(bench.turns[row_of(daemon)].requests);
     const auto refusals = static_cast<std::size_t>(bench.turns[row_of(daemon)].refusals);
-    const auto given = bench.home.statuses_given.find(daemon.key);
-    const std::size_t answered = given == bench.home.statuses_given.end() ? 0 : given->second;
+    const std::size_t answered = statuses_given(bench, daemon);
     std::string words;
     if (is_due(told.refusals, refusals)) {
         words = "refuses connections" + times_words(told.refusals, refusals);
@@ -157,6 +173,12 @@ std::string told_words(const test_bench &bench, const daemon_row &daemon) {
             "waits " + std::to_string(told.delay) + " ms" + times_words(told.delays, requests);
     }
     return words;
+}
+
+std::string element_key(const std::string &name) {
+    return name.size() <= SHOWN_VALUE_BYTES
+               ? name
+               : show_value(name) + " " + std::to_string(std::hash<std::string>{}(name));
 }
 
 std::string_view page_text() {

@@ -20,12 +20,16 @@ inline constexpr const char *PAGE_POLICY =
     "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'; "
     "connect-src 'self'; img-src data:; base-uri 'none'; frame-ancestors 'none'";
 
+/// X-Content-Type-Options of the page's answers: a browser takes them for what they say they are.
+inline constexpr const char *NO_SNIFFING = "nosniff";
+
 /// The page.
 std::string_view page_text();
 
 inline constexpr const char *STREAM_HEAD = "HTTP/1.1 200 OK\r\n"
                                            "Content-Type: text/event-stream\r\n"
                                            "Cache-Control: no-store\r\n"
+                                           "X-Content-Type-Options: nosniff\r\n"
                                            "Connection: close\r\n\r\n";
 
 /// A comment of the stream, which a watcher passes over.
@@ -37,6 +41,9 @@ std::string picture_event(const test_bench &bench, std::size_t &seen);
 
 /// The bytes of both directions as the page shows them; nothing when the request is not kept.
 std::optional<std::string> request_details(const test_bench &bench, std::string_view number);
+
+/// What the page calls an element: its name, or what stands for one that is long.
+std::string element_key(const std::string &name);
 
 /// What the daemon was told to do, in words; empty for a proper one.
 std::string told_words(const test_bench &bench, const daemon_row &daemon);

@@ -30,6 +30,11 @@ void next_event(const session_ptr &session) {
 } // namespace
 
 void stream_events(const session_ptr &session) {
+    if (session->conversation.exchange.web.method == "HEAD") {
+        send_all(session->client, STREAM_HEAD,
+                 [session](bool /*sent*/) { end_connection(session->client); });
+        return;
+    }
     // A watcher has nothing more to say: what arrives is the end of its connection.
     session->client->socket.async_wait(asio::socket_base::wait_read, [session](const error_code &) {
         session->left = true;

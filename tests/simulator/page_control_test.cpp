@@ -72,8 +72,12 @@ TEST(Page, SwitchesAnElement) {
         return wrap_response("getelementstatus", children("result=LMWS-000|status=" + state +
                                                           "|currentvalue=" + value));
     };
+    page.simulator.ask("lumo_lintronicgateway.socket",
+                       "Request: SENDLINTRONICDATAGRAM\nSectionName: s\nDevice: 07\n"
+                       "Command: 012\nPayload: on\n\n");
     for (const auto &[name, state, value] :
-         {std::tuple("LIVING-LAMP", "ON", "1"), std::tuple("LIVING-LAMP", "OFF", "0"),
+         {std::tuple("GARDEN-LAMP", "OFF", "OFF"), std::tuple("GARDEN-LAMP", "ON", "ON"),
+          std::tuple("LIVING-LAMP", "ON", "1"), std::tuple("LIVING-LAMP", "OFF", "0"),
           std::tuple("KITCHEN-THERMOSTAT", "OFF", "21.5")}) {
         EXPECT_EQ(page.order({{"element", name}}, page.token).status, 200);
         EXPECT_EQ(status(name), expected(state, value));
@@ -113,6 +117,23 @@ const order_case ORDERS[] = {
     {{{"option", "--refuse"}, {"argument", ""}}, "refuses connections", {REFUSED}},
     {{{"option", "--close"}, {"argument", ""}}, "closes without an answer", {""}},
 };
+
+TEST(Page, SwitchesAnElementWithALongName) {
+    opened_page page;
+    const std::string name(1000, 'A');
+    for (const char *last : {"B", "C"}) {
+        call_service(
+            page.simulator.port, "runonelement",
+            children("sessionid=DEMO-SESSION|idobject=" + name + last + "|operation=ON|payload=1"));
+    }
+    const json elements = event_watcher(page.simulator.port).next()["elements"];
+    ASSERT_TRUE(
+        std::string(elements[0]["key"]).starts_with(std::string(200, 'A') + "...(1001 bytes) "));
+    EXPECT_EQ(page.order({{"element", elements[1]["key"]}}, page.token).status, 200);
+    const json after = event_watcher(page.simulator.port).next()["elements"];
+    EXPECT_EQ(after[0]["status"], "ON");
+    EXPECT_EQ(after[1]["status"], "OFF");
+}
 
 TEST(Page, TellsADaemonWhatToDo) {
     opened_page page;

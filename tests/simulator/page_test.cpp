@@ -17,11 +17,24 @@ TEST(Page, IsServedWithAPolicy) {
     const http_reply page = ask_http(simulator.port, "GET /");
     EXPECT_EQ(page.status, 200);
     for (const char *line : {"\r\nContent-Type: text/html; charset=utf-8\r\n",
+                             "\r\nX-Content-Type-Options: nosniff\r\n",
                              "\r\nContent-Security-Policy: default-src 'none'"}) {
         EXPECT_NE(page.head.find(line), std::string::npos) << page.head;
     }
     EXPECT_TRUE(page.body.starts_with("<!DOCTYPE html>")) << page.body;
     EXPECT_TRUE(page.body.ends_with("</html>\n")) << page.body;
+}
+
+TEST(Page, SendsNoBodyToHead) {
+    running_simulator simulator;
+    simulator.ask(CORE_SOCKET, CORE_REQUEST);
+    for (const char *path : {"/", "/events", "/requests/1"}) {
+        const http_reply seen = ask_http(simulator.port, std::string("HEAD ") + path);
+        EXPECT_EQ(seen.status, 200) << path;
+        EXPECT_NE(seen.head.find("\r\nX-Content-Type-Options: nosniff\r\n"), std::string::npos)
+            << path << seen.head;
+        EXPECT_EQ(seen.body, "") << path;
+    }
 }
 
 /// Who a request says that it goes to and comes from; PORT stands for the port.
@@ -48,6 +61,14 @@ const sender_case SENDERS[] = {
     {"Host: localhost:PORT\r\nOrigin: http://127.0.0.1:PORT\r\n", "Origin"},
     {"Host: localhost:PORT\r\nOrigin: https://localhost:PORT\r\n", "Origin"},
     {"Host: localhost:PORT\r\nOrigin: null\r\n", "Origin"},
+    {"Host: localhost\r\nHost: localhost\r\n", "Host"},
+    {"Host: localhost\r\nOrigin: http://localhost\r\nOrigin: http://localhost\r\n", "Origin"},
+    {"Sec-Fetch-Site: same-origin\r\n", nullptr},
+    {"Sec-Fetch-Site: none\r\n", nullptr},
+    {"Sec-Fetch-Site: same-site\r\n", "Sec-Fetch-Site"},
+    {"Sec-Fetch-Site: cross-site\r\n", "Sec-Fetch-Site"},
+    {"Sec-Fetch-Site: \r\n", "Sec-Fetch-Site"},
+    {"Sec-Fetch-Site: none\r\nSec-Fetch-Site: none\r\n", "Sec-Fetch-Site"},
 };
 
 /// What may be asked, and the status where the sender is none to refuse.
@@ -121,6 +142,20 @@ TEST(Page, StreamsWhatHappens) {
     EXPECT_FALSE(third.contains("commands"));
 }
 
+TEST(Page, CutsLongRequestsBetweenCharacters) {
+    running_simulator simulator;
+    std::string accents;
+    for (int i = 0; i < 60; ++i) {
+        accents += "\u00E9";
+    }
+    simulator.ask("lumo_eibgateway.socket",
+                  "Request: SENDEIBUSSETDATAGRAM\nSectionName: " + std::string(250, 'x') +
+                      "\nDestination: x" + accents + "\nEISType: 1\nPayload: 1\n\n");
+    EXPECT_EQ(event_watcher(simulator.port).next()["requests"][0]["request"],
+              "SENDEIBUSSETDATAGRAM " + std::string(200, 'x') + "...(250 bytes)|x" +
+                  accents.substr(0, 62) + "...");
+}
+
 TEST(Page, ShowsTheBytesOfBothDirections) {
     running_simulator simulator({"--close", "fsmcore=1"});
     simulator.ask(CORE_SOCKET, std::string(9000, 'x'));
@@ -141,23 +176,37 @@ struct told_case {
     const char *told;
     const char *condition;
     const char *word; ///< what becomes of a request
+    const char *then; ///< the condition after it
 };
 
 const told_case TOLD[] = {
-    {{}, "", "healthy", "done"},
-    {{"--answer", "fsmcore=107,0"}, "answers FSMC-107, FSMC-000", "told to fail", "failed"},
-    {{"--answer-raw", "fsmcore=abc"}, "answers 3 raw bytes", "told to fail", "raw"},
-    {{"--close", "fsmcore"}, "closes without an answer", "told to fail", "closed"},
-    {{"--close", "fsmcore=2"}, "closes without an answer 2 times", "told to fail", "closed"},
-    {{"--refuse", "fsmcore=1"}, "refuses connections once", "refusing", "refused"},
-    {{"--delay", "fsmcore=20"}, "waits 20 ms", "slow", "done"},
-    {{"--delay", "fsmcore=20,1"}, "waits 20 ms once", "slow", "done"},
+    {{}, "", "healthy", "done", "healthy"},
+    {{"--answer", "fsmcore=107,0"},
+     "answers FSMC-107, FSMC-000",
+     "told to fail",
+     "failed",
+     "healthy"},
+    {{"--answer-raw", "fsmcore=abc"}, "answers 3 raw bytes", "told to fail", "raw", "told to fail"},
+    {{"--close", "fsmcore"}, "closes without an answer", "told to fail", "closed", "told to fail"},
+    {{"--close", "fsmcore=2"},
+     "closes without an answer 2 times",
+     "told to fail",
+     "closed",
+     "told to fail"},
+    {{"--refuse", "fsmcore=1"}, "refuses connections once", "refusing", "refused", "healthy"},
+    {{"--delay", "fsmcore=20"}, "waits 20 ms", "slow", "done", "slow"},
+    {{"--delay", "fsmcore=20,1"}, "waits 20 ms once", "slow", "done", "healthy"},
     {{"--close", "fsmcore", "--delay", "fsmcore=20"},
      "closes without an answer, waits 20 ms",
      "told to fail",
-     "closed"},
-    {{"--replay", "/dev/null"}, "answers from a recording", "healthy", "done"},
-    {{"--forward-sockets", "/nowhere/at/all"}, "asks the real controller", "healthy", "closed"},
+     "closed",
+     "told to fail"},
+    {{"--replay", "/dev/null"}, "answers from a recording", "healthy", "done", "healthy"},
+    {{"--forward-sockets", "/nowhere/at/all"},
+     "asks the real controller",
+     "healthy",
+     "closed",
+     "healthy"},
 };
 
 TEST(Page, SaysWhatADaemonWasToldAndWhatBecameOfARequest) {
@@ -168,7 +217,9 @@ TEST(Page, SaysWhatADaemonWasToldAndWhatBecameOfARequest) {
         EXPECT_EQ(daemon["told"], row.told);
         EXPECT_EQ(daemon["condition"], row.condition) << row.told;
         simulator.ask(CORE_SOCKET, CORE_REQUEST);
-        EXPECT_EQ(watcher.next()["requests"][0]["word"], row.word) << row.told;
+        const json event = watcher.next();
+        EXPECT_EQ(event["requests"][0]["word"], row.word) << row.told;
+        EXPECT_EQ(find_record(event["daemons"], "fsmcore")["condition"], row.then) << row.told;
     }
 }
 
