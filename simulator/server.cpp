@@ -182,6 +182,16 @@ void await_end(simulator_server &server, asio::signal_set &signals) {
     });
 }
 
+/// Signals that would end the simulator before its command; not those that nohup has it ignore.
+void add_ends(asio::signal_set &signals) {
+    for (const int number : {SIGHUP, SIGQUIT}) {
+        struct sigaction now = {};
+        if (sigaction(number, nullptr, &now) == 0 && now.sa_handler != SIG_IGN) {
+            signals.add(number);
+        }
+    }
+}
+
 /// Lack of memory for one connection must not end the others.
 void run(simulator_server &server) {
     while (!server.loop.context.stopped()) {
@@ -222,6 +232,7 @@ std::string serve(test_bench &bench) {
     asio::signal_set signals(server.loop.context, SIGINT, SIGTERM);
     if (!settings.script.empty()) {
         signals.add(SIGCHLD);
+        add_ends(signals);
     }
     std::string complaint = open_listeners(server.loop, settings, server.listeners);
     if (!complaint.empty()) {

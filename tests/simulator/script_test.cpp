@@ -4,6 +4,7 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace {
 
@@ -98,20 +99,20 @@ TEST(ScriptDirectory, IsFreshAndRemoved) {
     EXPECT_FALSE(fs::exists(seen.output.substr(0, seen.output.size() - 1))) << seen.output;
 }
 
-const std::pair<std::string, int> SIGNALS[] = {
-    {"", 128 + SIGTERM},
-    {"trap 'exit 0' TERM;", 128 + SIGTERM},
-    {"trap 'exit 5' TERM;", 5},
+const std::tuple<int, std::string, int> SIGNALS[] = {
+    {SIGTERM, "", 128 + SIGTERM},        {SIGTERM, "trap 'exit 0' TERM;", 128 + SIGTERM},
+    {SIGTERM, "trap 'exit 5' TERM;", 5}, {SIGHUP, "trap 'exit 5' HUP;", 5},
+    {SIGQUIT, "trap 'exit 5' QUIT;", 5},
 };
 
 TEST(ScriptSignals, ArePassedOn) {
-    for (const auto &[script, status] : SIGNALS) {
+    for (const auto &[number, script, status] : SIGNALS) {
         // A shell handles a signal when what it waits for has ended, so it is the built-in here.
         started_program program(
             {LUMOSIM_PROGRAM, "--", "sh", "-c",
              script + "mkfifo \"$LUMO_DIRECTORY/go\"; echo up; read line <\"$LUMO_DIRECTORY/go\""});
         ASSERT_TRUE(program.wait_for_output("up\n")) << program.errors();
-        EXPECT_EQ(end_program(program, SIGTERM).status, status) << script;
+        EXPECT_EQ(end_program(program, number).status, status) << script;
     }
 }
 
