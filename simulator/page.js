@@ -32,6 +32,7 @@ async function order(wish) {
             method: "POST",
             headers: {"X-Lumosim-Token": run},
             body: JSON.stringify(wish),
+            signal: AbortSignal.timeout(5000),
         });
         say(answer.ok ? "done" : await answer.text() || "refused");
     } catch {
@@ -134,6 +135,9 @@ function createDaemon(record) {
         const input = label.nextElementSibling;
         input.id = label.htmlFor = label.htmlFor + "-" + record.key;
     }
+    if (record.key === "soap") { /* this page comes from there */
+        group.querySelectorAll(".refuse").forEach((part) => part.remove());
+    }
     group.querySelector(".argument").value = record.base + 3;
     for (const button of group.querySelectorAll("button")) {
         const {option, once} = button.dataset;
@@ -216,7 +220,7 @@ function addRequests(records) {
     const fresh = records.filter((record) => record.number > newest).reverse();
     requests.prepend(...fresh.map((record) => filterRequest(createRequest(record))));
     newest = fresh[0]?.number ?? newest;
-    while (requests.childElementCount > KEPT_REQUESTS) {
+    for (let over = requests.childElementCount - KEPT_REQUESTS; over > 0; --over) {
         requests.lastElementChild.remove();
     }
     countRequests();
@@ -244,9 +248,10 @@ function forget() {
     newest = 0;
 }
 
-const source = new EventSource("/events");
-source.onmessage = (message) => {
-    const home = JSON.parse(message.data);
+let due = null; /* what came since the last frame */
+function show() {
+    const home = due;
+    due = null;
     if (home.run !== run) {
         forget(); /* another simulator, with other requests */
     }
@@ -258,8 +263,36 @@ source.onmessage = (message) => {
     settleElements();
     setText(byId("connection"), "live");
     byId("connection").className = "";
-};
-source.onerror = () => {
-    setText(byId("connection"), "the simulator does not answer; trying again");
-    byId("connection").className = "lost";
-};
+}
+
+/* A burst of requests is many events, which are shown at once. */
+function take(message) {
+    const home = JSON.parse(message.data);
+    if (!due) {
+        requestAnimationFrame(show);
+    } else if (due.run === home.run) {
+        due.requests.push(...home.requests);
+        home.requests = due.requests;
+        home.commands ??= due.commands;
+    }
+    due = home;
+}
+
+/* A page that nobody sees gives up its connection: browsers have six for all tabs. */
+let source = null;
+function listen() {
+    source?.close();
+    source = null;
+    if (document.hidden) {
+        setText(byId("connection"), "connecting");
+        return;
+    }
+    source = new EventSource("/events");
+    source.onmessage = take;
+    source.onerror = () => {
+        setText(byId("connection"), "the simulator does not answer; trying again");
+        byId("connection").className = "lost";
+    };
+}
+document.addEventListener("visibilitychange", listen);
+listen();

@@ -38,6 +38,8 @@ TEST_F(PageInABrowser, SwitchesAnElementByAClick) {
     click(*browser, "[data-key=LIVING-LAMP]");
     EXPECT_TRUE(sees(LAMP + ".ariaChecked === 'true'"));
     EXPECT_TRUE(sees("said.textContent === 'done'"));
+    EXPECT_EQ(evaluate(*browser, "(said.textContent = '', getComputedStyle(said).display)"),
+              "block");
     ASSERT_EQ(element_status("LIVING-LAMP"), 0);
     EXPECT_TRUE(simulator.program.wait_for_output("SOAP: told on the page: LIVING-LAMP ON 1\n"));
     EXPECT_TRUE(sees(words_of(LAMP) + " === 'LIVING-LAMP eib 1/1/3 ON 1'"));
@@ -114,6 +116,53 @@ TEST_F(PageInABrowser, FollowsTheSimulator) {
     EXPECT_TRUE(sees(ROWS + ".length === 1"));
     click(*browser, "[data-key=GARDEN-LAMP]");
     EXPECT_TRUE(next.wait_for_output("told on the page: GARDEN-LAMP ON 1\n"));
+}
+
+TEST_F(PageInABrowser, ShowsABurstAtOnce) {
+    evaluate(*browser, "(window.shown = 0, new MutationObserver((changes) => { shown += changes"
+                       ".filter((change) => change.addedNodes.length > 0).length; })"
+                       ".observe(requests, {childList: true}))");
+    evaluate(*browser, "(() => { for (let number = 1; number <= 2000; ++number) {"
+                       "source.onmessage({data: JSON.stringify({run, elements: [], daemons:"
+                       "[{key: 'eib', label: 'EIB', condition: 'healthy', told: ''}], requests:"
+                       "[{number, time: 0, daemon: 'eib', request: 'r' + number, outcome: '',"
+                       "word: 'done'}]})}); } })()");
+    EXPECT_TRUE(sees(ROWS + ".length === 2000"));
+    EXPECT_EQ(evaluate(*browser, "shown"), 1);
+    EXPECT_EQ(evaluate(*browser, ROWS + "[0].querySelector('.asked').textContent"), "r2000");
+}
+
+TEST_F(PageInABrowser, GivesUpItsConnectionWhileNobodySeesIt) {
+    const auto hide = [this](const std::string &hidden) {
+        evaluate(*browser, "(Object.defineProperty(document, 'hidden', {value: " + hidden +
+                               ", configurable: true}),"
+                               "document.dispatchEvent(new Event('visibilitychange')))");
+    };
+    evaluate(*browser, "(window.before = source, 0)");
+    hide("true");
+    EXPECT_EQ(evaluate(*browser, "before.readyState"), 2) << "closed";
+    ASSERT_EQ(ask_eib(), 0);
+    hide("false");
+    EXPECT_TRUE(sees(ROWS + ".length === 1"));
+    EXPECT_EQ(evaluate(*browser, "connection.textContent"), "live");
+}
+
+TEST_F(PageInABrowser, OffersNoRefusalOfItsOwnConnections) {
+    EXPECT_EQ(evaluate(*browser, "[...document.querySelectorAll('.daemon:has(.refuse)')]"
+                                 ".map((row) => row.dataset.key).includes('soap')"),
+              false);
+    EXPECT_EQ(evaluate(*browser, EIB + ".querySelectorAll('button.refuse').length"), 2);
+}
+
+TEST_F(PageInABrowser, ClampsALongRequestUntilItIsOpened) {
+    resize(*browser, 1000, 860);
+    simulator.ask(CORE_SOCKET, "Request: " + std::string(190, 'f') + "\n\n");
+    EXPECT_TRUE(sees(ROWS + ".length === 1"));
+    const std::string asked = "document.querySelector('#requests .asked')";
+    EXPECT_EQ(evaluate(*browser, asked + ".clientHeight < " + asked + ".scrollHeight"), true);
+    click(*browser, "#requests summary");
+    EXPECT_TRUE(sees("document.querySelector('#requests details').open"));
+    EXPECT_EQ(evaluate(*browser, asked + ".clientHeight >= " + asked + ".scrollHeight"), true);
 }
 
 /// Many elements and requests: each list scrolls in its own place, the newest request is on top.
