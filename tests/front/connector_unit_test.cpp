@@ -50,14 +50,20 @@ void expect_failure(const std::string &failed, int error_number, const connector
 }
 
 TEST_F(Connectors, NoDescriptorIsLeft) {
-    expect_failure("internettcpclient_socket socket", EMFILE, [] {
+    const auto without_descriptors = [](int (*connect)()) {
         rlimit usual = {};
         getrlimit(RLIMIT_NOFILE, &usual);
         const rlimit none = {0, usual.rlim_max};
         setrlimit(RLIMIT_NOFILE, &none);
-        const int connection = make_internettcpclient_socket("127.0.0.1", 1025);
+        const int connection = connect();
         setrlimit(RLIMIT_NOFILE, &usual);
         return connection;
+    };
+    expect_failure("localtcpclient_socket socket", EMFILE, [&] {
+        return without_descriptors([] { return make_localtcpclient_socket("/s"); });
+    });
+    expect_failure("internettcpclient_socket socket", EMFILE, [&] {
+        return without_descriptors([] { return make_internettcpclient_socket("127.0.0.1", 1025); });
     });
 }
 
