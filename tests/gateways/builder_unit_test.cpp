@@ -35,7 +35,8 @@ void expect_refusal(const function_case &row, const char *function, const char *
 /// refuses what the exchange knows.
 void expect_sent(const function_case &row, const std::string &function, const std::string &list) {
     SCOPED_TRACE(name_of(row) + " " + function + " " + list);
-    const auto &[gateway, known] = row;
+    const protocol::gateway_row &gateway = row.gateway;
+    const protocol::function_row &known = row.function;
     const words values = values_of_list(known, list);
     std::vector<const char *> pointers(std::size(NUMBERED_VALUES));
     std::transform(values.begin(), values.end(), pointers.begin(),
