@@ -177,7 +177,7 @@ std::string started_program::shown_until(const std::string &end) {
     if (!has_come) {
         throw std::runtime_error(end + " was not shown, only: " + output());
     }
-    const std::string shown = output().substr(0, output().find(end) + end.size());
+    std::string shown = output().substr(0, output().find(end) + end.size());
     result_.output.erase(0, shown.size());
     return shown;
 }
