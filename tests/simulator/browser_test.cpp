@@ -200,14 +200,23 @@ TEST_F(PageInABrowser, StaysUsable) {
     EXPECT_TRUE(sees("count.textContent === '0 of the last 5000'"));
     click(*browser, "#failures");
     EXPECT_EQ(evaluate(*browser, ROWS + ".length"), 5000);
-    // The reader's place stays while requests come.
-    evaluate(*browser, "requests.scrollTo(0, 3000)");
+    // The reader's place stays while requests come. Rows get their true heights when they are
+    // drawn.
+    const auto is_drawn = [&] {
+        evaluate(*browser, "requestAnimationFrame(() => requestAnimationFrame(() => {"
+                           " document.body.classList.add('drawn'); }))");
+        const bool drawn = sees("document.body.matches('.drawn')");
+        evaluate(*browser, "document.body.classList.remove('drawn')");
+        return drawn;
+    };
+    evaluate(*browser, "requests.children[100].scrollIntoView()");
+    EXPECT_TRUE(is_drawn());
     const std::string place = "document.elementFromPoint(180, requests.getBoundingClientRect().top "
                               "+ 5).closest('li').querySelector('.asked').textContent";
-    evaluate(*browser, "requests.scrollIntoView()");
     const nlohmann::json before = evaluate(*browser, place);
     ASSERT_EQ(ask_eib(), 0);
     EXPECT_TRUE(sees("requests.firstElementChild.textContent.includes('EIB')"));
+    EXPECT_TRUE(is_drawn());
     EXPECT_EQ(evaluate(*browser, place), before);
     evaluate(*browser, "document.querySelector('#find').value = 'element-14'");
     evaluate(*browser, "document.querySelector('#find').dispatchEvent(new Event('input'))");
