@@ -60,6 +60,30 @@ TEST(Documents, SpeakOfFilesThatExist) {
     EXPECT_GT(pages, 5U);
 }
 
+/// The tests that hold a promise stand between backquotes behind it.
+TEST(Documents, NameTestsThatExist) {
+    const std::string page = file_text(PROJECT_DIRECTORY "/SECURITY.md");
+    const std::size_t start = page.find("| Promise | Held by |");
+    const std::string promises = page.substr(start, page.find("\n\n", start) - start);
+    std::string tests;
+    for (const auto &entry :
+         std::filesystem::recursive_directory_iterator(PROJECT_DIRECTORY "/tests")) {
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".txt") {
+            tests += file_text(entry.path());
+        }
+    }
+    const std::regex name("`(\\w+)`");
+    std::size_t names = 0;
+    for (matches found(promises.begin(), promises.end(), name); found != matches(); ++found) {
+        const std::string wanted = (*found)[1];
+        EXPECT_TRUE(tests.find("(" + wanted + ",") != std::string::npos ||
+                    tests.find("add_executable(" + wanted) != std::string::npos)
+            << "SECURITY.md names " << wanted;
+        names++;
+    }
+    EXPECT_GT(names, 5U);
+}
+
 /// Midnight of a day such as 2026-11-21 as Debian writes it.
 std::string debian_date(const std::string &day) {
     std::tm time = {};
