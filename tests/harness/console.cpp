@@ -1,30 +1,21 @@
 #include "tests/harness/console.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace harness {
 
-namespace {
-
-std::string tag(pid_t pid, const char *colour) {
-    return std::string("\033[1;") + colour + "m<" + std::to_string(pid) + ">\033[0;39m ";
-}
-
-} // namespace
-
 std::string red(const std::string &message) {
     return "\033[0;31m[lumocmd] " + message + "\033[0;39m\n";
 }
 
 std::string tagged_red(pid_t pid, const std::string &message) {
-    return tag(pid, "31") + red(message);
+    return "\033[1;31m<" + std::to_string(pid) + ">\033[0;39m " + red(message);
 }
 
 std::string green(pid_t pid, const std::string &text) {
-    return tag(pid, "32") + "\033[0;32m" + text + "\033[0;39m\n";
+    return "\033[1;32m<" + std::to_string(pid) + ">\033[0;39m \033[0;32m" + text + "\033[0;39m\n";
 }
 
 std::string captured_output(const std::function<void()> &action, FILE *stream) {

@@ -9,10 +9,8 @@
 
 namespace harness {
 
-/// A red failure line with its line feed, as shown without -v ON.
+/// A red failure line with its line feed, without the pid tag and with the one of -v ON.
 std::string red(const std::string &message);
-
-/// A red failure line with the pid tag, as shown with -v ON.
 std::string tagged_red(pid_t pid, const std::string &message);
 
 /// A green line with its pid tag and line feed; `text` begins with "[lumocmd] ".

@@ -1,18 +1,19 @@
 #include "tests/harness/peer.h"
 
-#include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <net/if.h>
+#include <netdb.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sched.h>
 #include <stdexcept>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
-#include <utility>
 
 namespace harness {
 
@@ -24,32 +25,46 @@ void require(bool held, const char *what) {
     }
 }
 
+bool is_readable(int descriptor) {
+    pollfd watched = {descriptor, POLLIN, 0};
+    return poll(&watched, 1, PATIENCE_MS) > 0;
+}
+
 /// A connection to a listening socket.
 int connect_to(int listener) {
     sockaddr_storage address = {};
     socklen_t size = sizeof address;
     auto *any = reinterpret_cast<sockaddr *>(&address);
-    require(getsockname(listener, any, &size) == 0, "getsockname");
+    getsockname(listener, any, &size);
     const int connection = socket(address.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     require(connect(connection, any, size) == 0, "connect");
     return connection;
 }
 
-/// Sends the bytes of a step, or until the client goes away.
+/// Sends the bytes of a step, many at once, or until the client goes away.
 void send_step(int connection, const step &sending) {
-    constexpr std::size_t at_once = 65536;
     std::string waiting;
-    for (std::size_t i = 0; i < sending.times; i++) {
-        waiting += sending.bytes;
-        while (waiting.size() >= at_once || (i + 1 == sending.times && !waiting.empty())) {
-            const std::size_t length = std::min(at_once, waiting.size());
-            const ssize_t sent = send(connection, waiting.data(), length, MSG_NOSIGNAL);
-            if (sent < 0) {
-                return;
-            }
-            waiting.erase(0, static_cast<std::size_t>(sent));
+    for (std::size_t left = sending.times; left > 0 || !waiting.empty();) {
+        for (; left > 0 && waiting.size() < 65536; left--) {
+            waiting += sending.bytes;
         }
+        const ssize_t sent = send(connection, waiting.data(), waiting.size(), MSG_NOSIGNAL);
+        if (sent < 0) {
+            return;
+        }
+        waiting.erase(0, static_cast<std::size_t>(sent));
     }
+}
+
+/// Leaves the network of this process for one of its own, with the loopback interface up.
+void leave_network() {
+    require(unshare(CLONE_NEWNET) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0, "unshare");
+    ifreq loopback = {};
+    memcpy(loopback.ifr_name, "lo", sizeof "lo");
+    loopback.ifr_flags = IFF_UP;
+    const int any_socket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    require(ioctl(any_socket, SIOCSIFFLAGS, &loopback) == 0, "SIOCSIFFLAGS");
+    close(any_socket);
 }
 
 } // namespace
@@ -60,9 +75,8 @@ int bind_to_loopback(int descriptor, in_port_t port) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(port);
     socklen_t size = sizeof address;
-    require(bind(descriptor, reinterpret_cast<sockaddr *>(&address), size) == 0, "bind");
-    require(getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &size) == 0,
-            "getsockname");
+    auto *any = reinterpret_cast<sockaddr *>(&address);
+    require(bind(descriptor, any, size) == 0 && getsockname(descriptor, any, &size) == 0, "bind");
     return ntohs(address.sin_port);
 }
 
@@ -162,23 +176,15 @@ void peer::serve(const script &steps) {
     }
 }
 
-bool peer::wait_readable(int descriptor) const {
-    pollfd watched = {descriptor, POLLIN, 0};
-    return poll(&watched, 1, PATIENCE_MS) > 0;
-}
-
 bool peer::receive_some(int connection) {
     char bytes[65536];
-    if (!wait_readable(connection)) {
+    if (!is_readable(connection)) {
         complaint_ = "time-out: the client neither sent nor closed";
         return false;
     }
     const ssize_t count = recv(connection, bytes, sizeof bytes, 0);
-    if (count <= 0) {
-        return false;
-    }
-    received_.append(bytes, static_cast<std::size_t>(count));
-    return true;
+    received_.append(bytes, static_cast<std::size_t>(std::max(count, ssize_t(0))));
+    return count > 0;
 }
 
 bool peer::expect_bytes(int connection, const std::string &bytes) {
@@ -217,14 +223,14 @@ void peer::follow(const script &steps, int *connection) {
             checked_ = received_.size();
             break;
         case step_kind::AWAIT:
-            if (!wait_readable(*connection)) {
+            if (!is_readable(*connection)) {
                 complaint_ = "time-out: the client did not send";
                 return;
             }
             break;
         case step_kind::AWAIT_END:
             awaiting_.release();
-            if (!wait_readable(stop_[0]) || read(stop_[0], &byte, 1) < 0) {
+            if (!is_readable(stop_[0]) || read(stop_[0], &byte, 1) < 0) {
                 complaint_ = "time-out: the test did not end the script";
                 return;
             }
@@ -252,14 +258,38 @@ void peer::follow(const script &steps, int *connection) {
     }
 }
 
-deserted_point::deserted_point()
-    : path(directory.path + "/none"), bound_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+deserted_point::deserted_point() : bound_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     // A bound port without a listener refuses connections, and nobody else can take it.
     port = bind_to_loopback(bound_);
 }
 
 deserted_point::~deserted_point() {
     close(bound_);
+}
+
+std::string on_private_machine(const std::function<std::string()> &action) {
+    const auto write_outcome = [&] {
+        std::string text;
+        try {
+            leave_network();
+            text = action();
+        } catch (const std::exception &failure) {
+            text = failure.what();
+        }
+        const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+        _exit(written == static_cast<ssize_t>(text.size()) ? 0 : 1);
+    };
+    // A process of its own has one thread only, which a new user namespace demands.
+    const run_result seen = run({}, {.prepare = write_outcome});
+    return seen.status == 0 ? seen.output : "the private machine broke down after: " + seen.output;
+}
+
+std::string missing_private_machine(const std::string &host) {
+    return on_private_machine([&] {
+        addrinfo *found = nullptr;
+        const int error = getaddrinfo(host.c_str(), nullptr, nullptr, &found);
+        return error == 0 ? "" : host + " has no address: " + gai_strerror(error);
+    });
 }
 
 } // namespace harness

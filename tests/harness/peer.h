@@ -5,6 +5,7 @@
 
 #include "tests/harness/process.h"
 
+#include <functional>
 #include <memory>
 #include <netinet/in.h>
 #include <semaphore>
@@ -42,30 +43,16 @@ inline step expect(std::string bytes) {
 inline step collect_until(std::string end) {
     return {step_kind::COLLECT, std::move(end)};
 }
-inline step await_bytes() {
-    return {step_kind::AWAIT};
-}
-inline step await_end() {
-    return {step_kind::AWAIT_END};
-}
-inline step ignore() {
-    return {step_kind::IGNORE};
-}
 inline step reply(std::string bytes, std::size_t times = 1) {
     return {step_kind::SEND, std::move(bytes), times};
 }
-inline step close_connection() {
-    return {step_kind::CLOSE};
-}
-inline step half_close() {
-    return {step_kind::HALF_CLOSE};
-}
-inline step reset() {
-    return {step_kind::RESET};
-}
-inline step never_accept() {
-    return {step_kind::NEVER_ACCEPT};
-}
+constexpr auto await_bytes = [] { return step{step_kind::AWAIT}; };
+constexpr auto await_end = [] { return step{step_kind::AWAIT_END}; };
+constexpr auto ignore = [] { return step{step_kind::IGNORE}; };
+constexpr auto close_connection = [] { return step{step_kind::CLOSE}; };
+constexpr auto half_close = [] { return step{step_kind::HALF_CLOSE}; };
+constexpr auto reset = [] { return step{step_kind::RESET}; };
+constexpr auto never_accept = [] { return step{step_kind::NEVER_ACCEPT}; };
 
 using script = std::vector<step>;
 
@@ -86,10 +73,7 @@ class peer {
     explicit peer(script steps, in_port_t port = 0);
 
     ~peer();
-    peer(const peer &) = delete;
-    peer &operator=(const peer &) = delete;
 
-    /// The loopback port.
     int port() const {
         return port_;
     }
@@ -101,12 +85,11 @@ class peer {
     void go_on() const;
 
     /// Ends the script, waiting for the client to close if it is still connected.
-    /// @return what went wrong, empty when everything went as scripted. A client that never came is
-    ///         a complaint as well, and so is a second one.
+    /// @return what went wrong, or empty. A client that never came is a complaint as well, and so
+    ///         is a second one.
     std::string finish();
 
     /// Like finish() for a peer that nobody may connect to.
-    /// @return a complaint when a client came, or empty.
     std::string finish_unvisited();
 
     /// All bytes that the client sent; complete after finish().
@@ -120,7 +103,6 @@ class peer {
     void serve(const script &steps);
     void follow(const script &steps, int *connection);
     bool expect_bytes(int connection, const std::string &bytes);
-    bool wait_readable(int descriptor) const;
     bool receive_some(int connection);
 
     int listener_ = -1;
@@ -156,15 +138,22 @@ struct meeting_point {
 struct deserted_point {
     deserted_point();
     ~deserted_point();
-    deserted_point(const deserted_point &) = delete;
-    deserted_point &operator=(const deserted_point &) = delete;
 
     temporary_directory directory;
-    std::string path;
-    int port = 0;
+    std::string path = directory.path + "/none";
+    int port;
 
   private:
     int bound_;
 };
+
+/// Runs `action` in a process of its own whose network is the loopback interface alone, so that the
+/// well-known port of the local web service is free. Needs root, or leave to create user
+/// namespaces.
+/// @return the action's text, or a complaint when there is no such process to be had.
+std::string on_private_machine(const std::function<std::string()> &action);
+
+/// Why no service of such a process can be called by this name of its host; empty when it can.
+std::string missing_private_machine(const std::string &host = "127.0.0.1");
 
 } // namespace harness

@@ -23,20 +23,8 @@ namespace harness {
 
 namespace {
 
-using clock = std::chrono::steady_clock;
-
 /// A program that gives up does so at once; this is how long "at once" may take.
 constexpr int MOMENT_MS = 300;
-
-int milliseconds_until(clock::time_point deadline) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now());
-    return left.count() > 0 ? static_cast<int>(left.count()) : 0;
-}
-
-clock::time_point end_of_patience() {
-    return clock::now() + std::chrono::milliseconds(PATIENCE_MS);
-}
 
 std::vector<char *> pointers(const words &texts) {
     std::vector<char *> all;
@@ -45,6 +33,11 @@ std::vector<char *> pointers(const words &texts) {
     }
     all.push_back(nullptr);
     return all;
+}
+
+bool is_readable(int descriptor, int patience_ms) {
+    pollfd watched = {descriptor, POLLIN, 0};
+    return poll(&watched, 1, patience_ms) > 0;
 }
 
 [[noreturn]] void become(const words &command, const start_options &options, int output,
@@ -76,12 +69,21 @@ std::vector<char *> pointers(const words &texts) {
     _exit(127);
 }
 
+/// Adds what waits in a stream to its text, or closes it at its end.
+void take_from(const pollfd &watched, int *stream, std::string *text) {
+    char bytes[65536];
+    const ssize_t count = watched.revents != 0 ? read(*stream, bytes, sizeof bytes) : 0;
+    if (count > 0) {
+        text->append(bytes, static_cast<std::size_t>(count));
+    } else if (watched.revents != 0) {
+        close(std::exchange(*stream, -1));
+    }
+}
+
 int open_terminal(int ends[2]) {
     const winsize size = {100, 240, 0, 0};
-    return openpty(&ends[0], &ends[1], nullptr, nullptr, &size) == 0 &&
-                   fcntl(ends[0], F_SETFD, FD_CLOEXEC) == 0
-               ? 0
-               : -1;
+    const int result = openpty(&ends[0], &ends[1], nullptr, nullptr, &size);
+    return result == 0 ? fcntl(ends[0], F_SETFD, FD_CLOEXEC) : result;
 }
 
 std::string setting(const char *name, const char *usual) {
@@ -122,37 +124,19 @@ started_program::~started_program() {
     }
 }
 
-/// Takes what has been written to the end of one of the streams; false when both have ended or
-/// nothing came in time.
-bool started_program::read_some(int milliseconds) {
-    pollfd watched[2] = {{output_, POLLIN, 0}, {errors_, POLLIN, 0}};
-    if ((output_ < 0 && errors_ < 0) || poll(watched, 2, milliseconds) <= 0) {
-        return false;
-    }
-    int *const streams[2] = {&output_, &errors_};
-    std::string *const texts[2] = {&result_.output, &result_.errors};
-    for (int i = 0; i < 2; i++) {
-        char bytes[65536];
-        if (watched[i].revents == 0) {
-            continue;
-        }
-        const ssize_t count = read(*streams[i], bytes, sizeof bytes);
-        if (count > 0) {
-            texts[i]->append(bytes, static_cast<std::size_t>(count));
-        } else {
-            close(*streams[i]);
-            *streams[i] = -1;
-        }
-    }
-    return true;
-}
-
 bool started_program::wait_until(const std::function<bool()> &holds) {
-    const auto deadline = end_of_patience();
+    using clock = std::chrono::steady_clock;
+    using std::chrono::milliseconds;
+    const auto deadline = clock::now() + milliseconds(PATIENCE_MS);
     while (!holds()) {
-        if (!read_some(milliseconds_until(deadline))) {
+        const auto left = std::chrono::duration_cast<milliseconds>(deadline - clock::now());
+        pollfd watched[] = {{output_, POLLIN, 0}, {errors_, POLLIN, 0}};
+        if ((output_ < 0 && errors_ < 0) || left.count() <= 0 ||
+            poll(watched, 2, static_cast<int>(left.count())) <= 0) {
             return false;
         }
+        take_from(watched[0], &output_, &result_.output);
+        take_from(watched[1], &errors_, &result_.errors);
     }
     return true;
 }
@@ -189,8 +173,7 @@ bool started_program::wait_for_change(int change) const {
 }
 
 bool started_program::keeps_running() const {
-    pollfd watched = {process_, POLLIN, 0};
-    return poll(&watched, 1, MOMENT_MS) == 0;
+    return !is_readable(process_, MOMENT_MS);
 }
 
 void started_program::send_signal(int number) const {
@@ -200,26 +183,19 @@ void started_program::send_signal(int number) const {
 }
 
 run_result started_program::finish() {
-    const auto deadline = end_of_patience();
-    while (read_some(milliseconds_until(deadline))) {
-    }
+    wait_until([] { return false; });
     // With its streams closed a program can still be running.
-    pollfd watched = {process_, POLLIN, 0};
-    const bool ended =
-        output_ < 0 && errors_ < 0 && poll(&watched, 1, milliseconds_until(deadline)) > 0;
-    if (!ended) {
+    const bool has_ended = output_ < 0 && errors_ < 0 && is_readable(process_, PATIENCE_MS);
+    if (!has_ended) {
         kill(pid(), SIGKILL);
     }
     int status = 0;
     rusage used = {};
     wait4(pid(), &status, 0, &used);
-    close(process_);
-    process_ = -1;
+    close(std::exchange(process_, -1));
     result_.kilobytes = used.ru_maxrss;
     result_.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-    if (!ended) {
-        result_.status = -1;
-    }
+    result_.status = has_ended ? result_.status : -1;
     return result_;
 }
 

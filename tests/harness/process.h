@@ -10,8 +10,8 @@
 
 namespace harness {
 
-/// How long any single test may wait for its program or its peer, in milliseconds. Generous:
-/// emulated and instrumented programs are slow, and only a failing test ever waits that long.
+/// How long a test may wait for its program or its peer. Generous: emulated and instrumented
+/// programs are slow, and only a failing test waits that long.
 constexpr int PATIENCE_MS = 40000;
 
 using words = std::vector<std::string>;
@@ -46,7 +46,7 @@ class started_program {
         return result_.pid;
     }
 
-    /// What it has said so far, as far as that was waited for.
+    // What it has said so far, as far as that was waited for.
     const std::string &output() const {
         return result_.output;
     }
@@ -54,18 +54,15 @@ class started_program {
         return result_.errors;
     }
 
-    /// Reads on until a condition about what has been said holds; false when the program ends
-    /// without.
+    /// Reads on until a condition about what was said holds; false when the program ends without.
     bool wait_until(const std::function<bool()> &holds);
-
-    /// Waits until standard output holds a text.
     bool wait_for_output(const std::string &text);
 
     /// Types to the program on a terminal.
     void type(const std::string &keys) const;
 
-    /// Everything shown on the terminal since the last call, up to and including `end`, without
-    /// carriage returns and escape sequences. Throws with what was shown when `end` does not come.
+    /// What the terminal has shown since the last call, up to and including `end`, without carriage
+    /// returns and escape sequences. Throws with what was shown when `end` does not come.
     std::string shown_until(const std::string &end);
 
     /// Waits until a signal has stopped it (WSTOPPED) or let it go on (WCONTINUED); false when it
@@ -81,8 +78,6 @@ class started_program {
     run_result finish();
 
   private:
-    bool read_some(int milliseconds);
-
     int process_ = -1;
     int output_ = -1;
     int errors_ = -1;
@@ -96,10 +91,8 @@ run_result run(const words &command, const start_options &options = {});
 /// LUMOCMD_WRAPPER (words separated by blanks) goes before it: valgrind, an emulator.
 run_result lumocmd(const words &arguments, const start_options &options = {});
 
-/// The command that this runs.
+/// The command that this runs, and the program's path as it appears in its usage line.
 words lumocmd_command(const words &arguments);
-
-/// Path of the lumocmd under test, as it appears in its usage line.
 std::string lumocmd_path();
 
 /// Whether a wrapper stands before it, so that what is done to the process is done to the wrapper.

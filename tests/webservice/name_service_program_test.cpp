@@ -1,7 +1,6 @@
 // A statically linked program finds hosts by /etc/hosts and DNS alone, on a machine that holds
 // nothing of its C library and names a module of another one.
 
-#include "tests/harness/private_machine.h"
 #include "tests/webservice/http_peer.h"
 
 #include <filesystem>

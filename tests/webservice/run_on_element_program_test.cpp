@@ -3,7 +3,6 @@
 // so its service listens on a private machine.
 
 #include "tests/harness/console.h"
-#include "tests/harness/private_machine.h"
 #include "tests/webservice/http_peer.h"
 
 #include <gtest/gtest.h>
