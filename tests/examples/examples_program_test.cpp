@@ -14,10 +14,9 @@ namespace {
 
 using namespace harness;
 
-/// A command as shown, and the output shown below it.
 struct example {
     std::string command;
-    std::string output;
+    std::string output; ///< shown below it
 };
 
 /// The lines between `begin` and `end` lines, as examples: "$ " starts one, a backslash at the end
@@ -36,7 +35,7 @@ std::vector<example> read_examples(const std::string &path, const std::string &b
         line = std::regex_replace(line, std::regex(R"(\\e)"), "\\"); // the manual's own escape
         if (continued) {
             examples.back().command += "\n" + line;
-        } else if (line.rfind("$ ", 0) == 0) {
+        } else if (line.starts_with("$ ")) {
             examples.push_back({line.substr(2), ""});
         } else if (!examples.empty()) {
             examples.back().output += line + "\n";
@@ -89,17 +88,14 @@ TEST(Examples, OfTheSimulatorsManual) {
     const std::string begin = ".Dl $ lumosim ";
     int examples = 0;
     for (std::string line; std::getline(lines, line);) {
-        if (line.rfind(begin, 0) != 0) {
+        if (!line.starts_with(begin)) {
             continue;
         }
         SCOPED_TRACE(line);
         const temporary_directory directory;
-        words options = {LUMOSIM_PROGRAM};
-        std::istringstream words(line.substr(begin.size()));
-        for (std::string word; words >> word;) {
-            options.push_back(word == "\\&." ? directory.path : word);
-        }
-        started_program simulator(options);
+        words command = protocol::split(line.replace(0, begin.size(), LUMOSIM_PROGRAM " "), ' ');
+        std::replace(command.begin(), command.end(), std::string("\\&."), directory.path);
+        started_program simulator(command);
         EXPECT_TRUE(simulator.wait_for_output("\nready\n")) << simulator.output();
         EXPECT_EQ(end_program(simulator, SIGTERM).status, 0) << simulator.errors();
         examples++;

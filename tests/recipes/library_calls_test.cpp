@@ -1,7 +1,8 @@
 // What lumo.sh makes of a call, in every shell: a script stands for lumocmd and says what a row
-// tells it.
+// tells it, but in the last test, which asks a simulated controller.
 
 #include "tests/recipes/shell_room.h"
+#include "tests/webservice/http_peer.h"
 
 #include <regex>
 
@@ -23,21 +24,13 @@ const std::pair<saying, std::string> CALLS[] = {
     {{green("Payload: an error opening socket X clientside for function Y") + "EIBG-105\n", 105},
      "105/EIBG/105/105/EIBG-105/refused"},
     {UNREACHED, "105/EIBG/105/105/EIBG-105/unreachable"},
-    {{"\x1b[1;31m<4711>\x1b[0;39m " +
-          red("FSMCoreutil->fsmcore_requeststatic error opening socket FSMCore clientside for "
-              "function 'GETSTATE'") +
-          "FSMC-006\n",
-      6},
+    {{tagged_red(1, "x->y error opening socket X clientside for function 'F'") + "FSMC-006\n", 6},
      "6/FSMC/6/6/FSMC-006/unreachable"},
-    {{red("EIBGatewayutil->eibgateway_local_request strtok parsing 'Response Status: ' response "
-          "tag failed for function SENDEIBUSSETDATAGRAM") +
-          "EIBG-107\n",
-      107},
+    {{red("x->y strtok parsing 'Response Status: ' response tag failed") + "EIBG-107\n", 107},
      "107/EIBG/107/107/EIBG-107/unknown"},
     {{red("x->y error function 'F' not supported") + "BENT-1301\n", 21},
      "1301/BENT/21/21/BENT-1301/invalid"},
-    {{red("x->y error request text is longer than 1023 characters for function 'F'") + "FSMC-008\n",
-      8},
+    {{red("x->y error request text is longer than 1023 characters") + "FSMC-008\n", 8},
      "8/FSMC/8/8/FSMC-008/invalid"},
     {{"LMCM-503\n", 247}, "503/LMCM/247/247/LMCM-503/invalid"},
     {{"LMCM-502\n", 246, UNUSABLE_URL}, // which a service can write as well
@@ -63,39 +56,35 @@ std::string shown(const saying &said, bool has_status) {
 TEST_P(InShell, CallTellsItsCallerAndRetrySendsNothingTwice) {
     const std::string report = R"sh( || returned=$?
 echo "$LUMO_CODE/$LUMO_PREFIX/$LUMO_EXIT/$returned/$(lumo_status)/$(lumo_outcome)"
-printf '%s\n' "$LUMO_OUTPUT")sh";
+printf '%s\n' "$LUMO_OUTPUT"
+)sh";
     for (const auto &[said, result] : CALLS) {
         SCOPED_TRACE(result);
         const std::string output = shown(said, !result.starts_with("//"));
         const std::string wanted = result + "\n" + output + (output.empty() ? "\n" : "");
-        const shell_room once(GetParam(), {said});
-        const run_result called =
-            once.run_with_library("returned=0\nlumo_call -p 'a b|*' ''" + report);
-        EXPECT_EQ(called.output, wanted);
-        EXPECT_EQ(called.errors, "");
-        EXPECT_EQ(once.noted("calls"), "<-p><a b|*><>\n");
-
-        const shell_room again(GetParam(), {said, said});
-        const std::string retry = "LUMO_TRIES=2\nreturned=0\nlumo_retry -f F";
-        EXPECT_EQ(again.run_with_library(retry + report).output, wanted);
-        const bool is_unsent = result.ends_with("/unreachable");
-        EXPECT_EQ(again.noted("calls"), is_unsent ? "<-f><F>\n<-f><F>\n" : "<-f><F>\n");
+        const shell_room room(GetParam(), {said, said, said});
+        const run_result seen =
+            room.run_with_library("returned=0\nlumo_call -p 'a b|*' ''" + report +
+                                  "returned=0 LUMO_TRIES=2 LUMO_DELAY=0\nlumo_retry -f F" + report);
+        EXPECT_EQ(seen.output, wanted + wanted);
+        EXPECT_EQ(seen.errors, "");
+        const std::string again = result.ends_with("/unreachable") ? "<-f><F>\n" : "";
+        EXPECT_EQ(room.noted_calls(), "<-p><a b|*><>\n<-f><F>\n" + again);
     }
 }
 
 struct service_row {
     std::vector<saying> said; ///< first when called, then when asked again
-    const char *outcome;
-    const char *arguments = "-t SOAP -u v -f F";
-    const char *asked = "<-u><-u:><-t><SOAP><-u><-u:><-f><F>"; ///< the second call, if there is one
+    std::string outcome;
+    std::string arguments = "-t SOAP -u v -f F";
+    std::string asked = "<-u><-u:><-t><SOAP><-u><-u:><-f><F>\n"; ///< when asked again
 };
 
 const saying OWN_503 = {"LMCM-503\n", 247};
 const saying NO_URL_502 = {"LMCM-502\n", 246, UNUSABLE_URL};
 const saying NO_URL_508 = {"LMCM-508\n", 252, UNUSABLE_URL};
 
-/// Nothing that a service can write counts, and nothing is sent twice. More of it is said by
-/// lumocmd itself in library_controller_test.cpp.
+/// Nothing that a service can write counts, and nothing is sent twice.
 const service_row SERVICE_CALLS[] = {
     {{DONE}, "done"},
     {{{"LMWS-405\n", 149}}, "refused"},
@@ -117,28 +106,64 @@ const service_row SERVICE_CALLS[] = {
     {{OWN_503, NO_URL_502},
      "refused",
      "-p '' -tsOAp -uv -f -u -v bad",
-     "<-u><-u:><-p><><-tsOAp><-u:><-f><-u><-v><bad>"},
-    {{OWN_503, OWN_503}, "invalid", "-v bad -t soap", "<-u><-u:><-v><bad><-t><soap>"},
+     "<-u><-u:><-p><><-tsOAp><-u:><-f><-u><-v><bad>\n"},
+    {{OWN_503, OWN_503}, "invalid", "-v bad -t soap", "<-u><-u:><-v><bad><-t><soap>\n"},
     {{UNREACHED}, "unknown", "-t SOAP -t EIBLOCAL"},
     {{OWN_503}, "unknown", "-tEIBLOCAL -tSOAP"},
-    {{UNREACHED}, "unreachable", "-t EIBLOCAL -s -tSOAP -f -t -p SOAP"},
 };
 
 TEST_P(InShell, CallsOfTheServiceAreNeverRepeated) {
     for (const service_row &row : SERVICE_CALLS) {
         SCOPED_TRACE(row.said[0].output + row.arguments);
-        const shell_room room(GetParam(), row.said);
-        const bool is_unsent = row.outcome == std::string("unreachable");
-        const std::string arguments = row.arguments;
-        const run_result seen =
-            room.run_with_library((is_unsent ? "LUMO_TRIES=1\n" : "") +
-                                  ("lumo_retry " + arguments) + " || :\nlumo_outcome\nset -- " +
-                                  arguments + "\nprintf '<%s>' \"$@\" >given\necho >>given");
-        EXPECT_EQ(seen.output, std::string(row.outcome) + "\n");
+        const run_result seen = shell_room(GetParam(), row.said)
+                                    .run_with_library("lumo_retry " + row.arguments +
+                                                      " || :\nlumo_outcome\nsed 1d calls");
+        EXPECT_EQ(seen.output, row.outcome + "\n" + (row.said.size() > 1 ? row.asked : ""));
         EXPECT_EQ(seen.errors, "");
-        EXPECT_EQ(room.noted("calls"),
-                  room.noted("given") + (row.said.size() > 1 ? row.asked + std::string("\n") : ""));
-        EXPECT_EQ(room.noted("pauses"), "");
+    }
+}
+
+/// What lumocmd itself is asked, and the requests that come of it.
+struct exchange_row {
+    words options; ///< the simulator's
+    std::string arguments;
+    std::string outcome;
+    std::string requests = {};
+};
+
+const std::string RELAYED =
+    http_answer(envelope(fault_element("SOAP-ENV:Server", "Connection refused",
+                                       element("detail", "connect failed in tcp_connect()"))),
+                "500 Internal Server Error");
+
+const exchange_row EXCHANGES[] = {
+    {{}, "-f SERVICE_NONE", "LMCM-503 invalid\n"},
+    {{}, "-f SERVICE_LOGIN -p demo", "LMCM-505 invalid\n"},
+    {{}, "-f SERVICE_TEST -u localhost", "LMCM-502 invalid\n"},
+    {{"--refuse", "soap"}, "-f SERVICE_TEST", "LMCM-502 unknown\n"},
+    {{"--answer-raw", "soap=" + RELAYED},
+     "-f SERVICE_TEST",
+     "LMCM-502 unknown\n",
+     "SOAP: service-test 0 -> " + std::to_string(RELAYED.size()) + " raw bytes\n"},
+    {{"--answer", "soap=503"},
+     "-f SERVICE_TEST -v bad",
+     "LMCM-503 refused\n",
+     "SOAP: service-test 0 -> LMWS-503\n"},
+};
+
+TEST_P(InShell, CallsOfTheServiceEndAsTheProgramFoundOut) {
+    for (const exchange_row &row : EXCHANGES) {
+        SCOPED_TRACE(row.arguments + " " + row.outcome);
+        running_simulator simulator(row.options);
+        const run_result seen =
+            shell_room(GetParam())
+                .run_with_library(
+                    "for verbose in ON OFF; do\n    lumo_retry -v $verbose -t SOAP -u " +
+                    simulator.url + " " + row.arguments +
+                    " || echo \"$(lumo_status) $(lumo_outcome)\"\ndone");
+        EXPECT_EQ(seen.output, row.outcome + row.outcome);
+        EXPECT_EQ(seen.errors, "");
+        EXPECT_EQ(simulator.end(), row.requests + row.requests);
     }
 }
 

@@ -11,24 +11,20 @@ const saying FORBIDDEN = {
         red("x->y error opening socket BENTELGateway clientside for function 'F'") + "BENT-1305\n",
     25};
 
-/// What lumocmd says, what the script prints and complains, and what lumocmd is called with.
+/// What lumocmd says, what the script prints, its pauses among it, and what it complains.
 struct script_row {
     const char *name;
     std::vector<saying> said;
     const char *script;
     const char *output;
     const char *errors = "";
-    const char *calls = nullptr; ///< not looked at where there are none
-    const char *pauses = "";
-    int status = 0;
 };
 
 const script_row SCRIPTS[] = {
-    {.name = "a call ends a script that stops at failures",
-     .said = {{"BENT-1302\n", 22}},
-     .script = "lumo_call -f F\necho 'went on'",
-     .output = "",
-     .status = 22},
+    {"a call ends a script that stops at failures",
+     {{"BENT-1302\n", 22}},
+     "trap 'echo \"ended with $?\"; exit 0' EXIT\nlumo_call -f F\necho 'went on'",
+     "ended with 22\n"},
     {"no standard error",
      {{"BENT-1302\n", 22, "a report\n"}},
      "exec 2>&-\nlumo_call -f F || echo \"$LUMO_CODE\"",
@@ -42,7 +38,7 @@ const script_row SCRIPTS[] = {
      R"sh(lumo_status
 lumo_outcome
 lumo_value Status 2>/dev/null || echo none
-echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT>")sh",
+echo "<$LUMO_CODE$LUMO_PREFIX$LUMO_EXIT$LUMO_OUTPUT$LUMO_STATE$LUMO_VALUE>")sh",
      "exit\nunknown\nnone\n<>\n"},
     {"any separators",
      {UNREACHED, {"LMCM-503\n", 247}, {"LMCM-503\n", 247}},
@@ -71,17 +67,12 @@ lumo_value 'Payload L' || echo none)sh",
      "one\ntwo [*] \xe9\n\n11\nnone\n"},
     {"pauses are longer and longer",
      {UNREACHED, UNREACHED, UNREACHED, DONE},
-     "lumo_retry -f F\nlumo_status",
-     "LMCM-0000\n",
-     "",
-     "<-f><F>\n<-f><F>\n<-f><F>\n<-f><F>\n",
-     "1\n2\n4\n"},
+     "lumo_retry -f F\nlumo_status\ncat calls",
+     "sleep 1\nsleep 2\nsleep 4\nLMCM-0000\n<-f><F>\n<-f><F>\n<-f><F>\n<-f><F>\n"},
     {"tries end, without pauses",
      {UNREACHED, UNREACHED, UNREACHED},
-     "LUMO_TRIES=2\nLUMO_DELAY=0\nlumo_retry -f F || echo \"$? $(lumo_status)\"",
-     "105 EIBG-105\n",
-     "",
-     "<-f><F>\n<-f><F>\n"},
+     "LUMO_TRIES=2\nLUMO_DELAY=0\nlumo_retry -f F || echo \"$? $(lumo_status)\"\ncat calls",
+     "105 EIBG-105\n<-f><F>\n<-f><F>\n"},
     {"a list of what it can carry",
      {},
      "lumo_list -n ' b ' '*' \"it's\" 'perché'\nlumo_list one\nlumo_list",
@@ -92,13 +83,10 @@ lumo_value 'Payload L' || echo none)sh",
 '
 complain() { lumo_list "$@" 2>>complaints || echo refused; }
 complain a ''
-complain ''
 complain 'a|b'
-complain '|'
 complain "a$feed"
-complain "a${feed}b" c
 uniq complaints >&2)sh",
-     "refused\nrefused\nrefused\nrefused\nrefused\nrefused\n",
+     "refused\nrefused\nrefused\n",
      "lumo_list: a value is empty or holds a bar or a line feed\n"},
     {"colours alone are taken away",
      {},
@@ -111,13 +99,16 @@ lumo_call -t EIBLOCAL -s eib.socket -p -s
 lumo_call -seib.socket -p ''
 lumo_call -s ./eib.socket -s/tmp/eib.socket -p eib
 LUMO_DIRECTORY=
-lumo_call -s eib.socket)sh",
-     "",
-     "",
+lumo_call -s eib.socket
+cat calls)sh",
      "<-t><EIBLOCAL><-s></run/a b/eib.socket><-p><-s>\n"
      "<-s/run/a b/eib.socket><-p><>\n"
      "<-s><./eib.socket><-s/tmp/eib.socket><-p><eib>\n"
      "<-s><eib.socket>\n"},
+    {"words that look like types",
+     {UNREACHED},
+     "lumo_call -t EIBLOCAL -s -tSOAP -f -t -p SOAP || lumo_outcome",
+     "unreachable\n"},
     {"forgotten verbosity",
      {DONE, {green("Soap request selected") + "LMCM-0000\n", 0}},
      R"sh(lumo_call -f F
@@ -145,12 +136,12 @@ lumo_item '' 1)sh",
      {},
      R"sh(lumo_get LAMP || echo "$? $(lumo_outcome) <$LUMO_STATE>"
 LUMO_SESSION=S
-lumo_get 'A|B' || echo "$? $(lumo_outcome)")sh",
+lumo_get 'A|B' || echo "$? $(lumo_outcome)"
+[ ! -e calls ])sh",
      "1 invalid <>\n1 invalid\n",
      "lumo_get: no session, neither as second argument nor in LUMO_SESSION\n"
      "lumo_list: a value is empty or holds a bar or a line feed\n"
-     "lumo_get: the element or the session is none\n",
-     ""},
+     "lumo_get: the element or the session is none\n"},
     {"an element at the usual address",
      {{green("Status: ON\nand on") + green("Current Value: 7") + "LMCM-0000\n", 0},
       {green("Status: ON") + "LMCM-0000\n", 0},
@@ -160,21 +151,21 @@ echo "<$LUMO_STATE> <$LUMO_VALUE>"
 LUMO_URL=http://x/y
 LUMO_SESSION=OTHER
 lumo_get LAMP || echo "$? $LUMO_CODE"
-lumo_get LAMP || echo "$? $LUMO_CODE <$LUMO_STATE>")sh",
-     "<ON\nand on> <7>\n1 0\n1 256 <>\n",
-     "lumo_get: the answer lacks the status or the value of LAMP\n",
+lumo_get LAMP || echo "$? $LUMO_CODE <$LUMO_STATE>"
+head -n 2 calls)sh",
+     "<ON\nand on> <7>\n1 0\n1 256 <>\n"
      "<-v><ON><-t><SOAP><-u><http://localhost/cgi-bin/lumows><-f><SERVICE_GETELEMENTSTATUS><-p>"
      "<SESSION|LAMP>\n"
-     "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"
-     "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n"},
+     "<-v><ON><-t><SOAP><-u><http://x/y><-f><SERVICE_GETELEMENTSTATUS><-p><OTHER|LAMP>\n",
+     "lumo_get: the answer lacks the status or the value of LAMP\n"},
     {"alive cannot be told",
      {FORBIDDEN, CUT_SHORT, {"LMCM-502\n", 246, UNUSABLE_URL}, {"", 127}},
      R"sh(timeout() { echo "$1" >>limits; shift; "$@"; }
-for type in BENTELLOCAL FSMCORE SOAP EIBLOCAL ECHOBUSLOCAL; do
+for type in bentelLOCAL FSMCORE SOAP EIBLOCAL ECHOBUSLOCAL; do
     lumo_alive "$type" /x || echo "$? $(lumo_status)"
     LUMO_LIMIT=3
 done
-while read -r limit; do echo "$limit"; done <limits)sh",
+cat limits)sh",
      "2 BENT-1305\n2 exit 124\n2 LMCM-502\n2 exit 127\n2 exit 126\n5\n3\n3\n3\n",
      "lumo_alive: no type 'ECHOBUSLOCAL' that can be tried\n"},
     {"the clock of the machine",
@@ -191,21 +182,19 @@ now=$(lumo_clock)
 lumo_clock() { echo "$clock"; }
 sleep() { clock=$((clock + $1)); }
 LUMO_TRIES=9 LUMO_DEADLINE=7
-lumo_retry -f F || echo "$? $((clock - 100))")sh",
-     "105 3\n",
-     "",
-     "<-f><F>\n<-f><F>\n<-f><F>\n"},
+lumo_retry -f F || echo "$? $((clock - 100))"
+cat calls)sh",
+     "105 3\n<-f><F>\n<-f><F>\n<-f><F>\n"},
     {"a deadline that is no number",
      {},
-     R"sh(for LUMO_DEADLINE in x 1.5 -1 08; do
+     R"sh(for LUMO_DEADLINE in x 1.5 08; do
     lumo_retry -f F || echo "$? $(lumo_status) $(lumo_outcome)"
-done)sh",
-     "126 exit 126 invalid\n126 exit 126 invalid\n126 exit 126 invalid\n126 exit 126 invalid\n",
+done
+[ ! -e calls ])sh",
+     "126 exit 126 invalid\n126 exit 126 invalid\n126 exit 126 invalid\n",
      "lumo_retry: LUMO_DEADLINE is no number of seconds: x\n"
      "lumo_retry: LUMO_DEADLINE is no number of seconds: 1.5\n"
-     "lumo_retry: LUMO_DEADLINE is no number of seconds: -1\n"
-     "lumo_retry: LUMO_DEADLINE is no number of seconds: 08\n",
-     ""},
+     "lumo_retry: LUMO_DEADLINE is no number of seconds: 08\n"},
     {"a deadline limits each try",
      {UNREACHED, UNREACHED, UNREACHED, DONE, DONE, DONE, UNREACHED, DONE},
      R"sh(clock=100
@@ -220,22 +209,17 @@ LUMO_LIMIT=0 LUMO_DEADLINE=2
 lumo_retry -f F
 sleep() { clock=$((clock + 9)); } # longer than it was asked for
 lumo_retry -f F
-while read -r limit; do echo "$limit"; done <limits)sh",
+cat limits)sh",
      "3.5\n3.5\n3.5\n3\n10\n2\n2\n1\n"},
 };
 
 TEST_P(InShell, ScriptsGetWhatTheLibraryPromises) {
     for (const script_row &row : SCRIPTS) {
         SCOPED_TRACE(row.name);
-        const shell_room room(GetParam(), row.said);
-        const run_result seen = room.run_with_library(row.script);
+        const run_result seen = shell_room(GetParam(), row.said).run_with_library(row.script);
         EXPECT_EQ(seen.output, row.output);
         EXPECT_EQ(seen.errors, row.errors);
-        EXPECT_EQ(seen.status, row.status);
-        EXPECT_EQ(room.noted("pauses"), row.pauses);
-        if (row.calls != nullptr) {
-            EXPECT_EQ(room.noted("calls"), row.calls);
-        }
+        EXPECT_EQ(seen.status, 0);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "tests/harness/console.h"
 #include "tests/protocol/texts.h"
 #include "tests/simulator/simulator_process.h"
 
@@ -9,21 +10,11 @@
 #include <string>
 #include <vector>
 
+using harness::red;
 using protocol::replaced;
 
-/// A shell that scripts are written for, with the programs that come with it.
-struct shell_row {
-    const char *name;
-    harness::words command;
-    bool brings_programs; ///< finds no program but its own
-
-    friend void PrintTo(const shell_row &shell, std::ostream *out) {
-        *out << shell.name;
-    }
-};
-
-/// A test in each of the shells.
-class InShell : public testing::TestWithParam<shell_row> {};
+/// A test in each of the shells that scripts are written for.
+class InShell : public testing::TestWithParam<const char *> {};
 
 /// What lumocmd says in one call, and what it exits with.
 struct saying {
@@ -33,26 +24,22 @@ struct saying {
 };
 
 /// The directories of one shell's programs and of its scripts. `lumocmd` is the program under test;
-/// `logger` and `sleep` write their arguments, a line each, to `syslog` and `pauses` in the working
-/// directory instead of doing what they are for.
+/// `logger` and `sleep` print what they are called with and do nothing else.
 struct shell_room {
-    explicit shell_room(const shell_row &of);
+    explicit shell_room(const std::string &shell_name);
     /// Here a script stands for lumocmd. It says this call by call, and notes a line of
     /// "<argument>"s in `calls`.
-    shell_room(const shell_row &of, const std::vector<saying> &sayings);
+    shell_room(const std::string &shell_name, const std::vector<saying> &sayings);
 
     /// Replaces or adds a program by a script for sh.
     void add_script(const std::string &name, const std::string &text) const;
     /// Runs a script in the directory.
     harness::run_result run(const std::string &script, const std::string &in) const;
-    /// Runs one that includes lumo.sh and stops at failures, in `directory` where no other is
-    /// named.
-    harness::run_result run_with_library(const std::string &script,
-                                         const std::string &in = {}) const;
-    /// A file of `directory`.
-    std::string noted(const char *file) const;
+    /// Runs one in `directory` that includes lumo.sh and stops at failures.
+    harness::run_result run_with_library(const std::string &script) const;
+    std::string noted_calls() const;
 
-    shell_row shell;
+    std::string shell;
     harness::temporary_directory programs, directory;
     std::string path;
 };
@@ -65,12 +52,9 @@ inline const char *const LIBRARY = PROJECT_DIRECTORY "/shell/lumo.sh";
 std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,
                          const std::string &end);
 
-/// A red line and a green one with its process, as lumocmd writes them.
-inline std::string red(const std::string &message) {
-    return "\x1b[0;31m[lumocmd] " + message + "\x1b[0;39m\n";
-}
+/// A green line as lumocmd writes it.
 inline std::string green(const std::string &text) {
-    return "\x1b[1;32m<4711>\x1b[0;39m \x1b[0;32m[lumocmd] " + text + "\x1b[0;39m\n";
+    return harness::green(4711, "[lumocmd] " + text);
 }
 
 /// What lumocmd says of a gateway that cannot be reached, and of a url that cannot be used.
