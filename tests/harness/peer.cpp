@@ -25,11 +25,6 @@ void require(bool held, const char *what) {
     }
 }
 
-bool is_readable(int descriptor) {
-    pollfd watched = {descriptor, POLLIN, 0};
-    return poll(&watched, 1, PATIENCE_MS) > 0;
-}
-
 /// A connection to a listening socket.
 int connect_to(int listener) {
     sockaddr_storage address = {};

@@ -35,11 +35,6 @@ std::vector<char *> pointers(const words &texts) {
     return all;
 }
 
-bool is_readable(int descriptor, int patience_ms) {
-    pollfd watched = {descriptor, POLLIN, 0};
-    return poll(&watched, 1, patience_ms) > 0;
-}
-
 [[noreturn]] void become(const words &command, const start_options &options, int output,
                          int errors) {
     words settings = options.settings;
@@ -92,6 +87,11 @@ std::string setting(const char *name, const char *usual) {
 }
 
 } // namespace
+
+bool is_readable(int descriptor, int patience_ms) {
+    pollfd watched = {descriptor, POLLIN, 0};
+    return poll(&watched, 1, patience_ms) > 0;
+}
 
 started_program::started_program(const words &command, const start_options &options) {
     int output[2];
@@ -185,7 +185,7 @@ void started_program::send_signal(int number) const {
 run_result started_program::finish() {
     wait_until([] { return false; });
     // With its streams closed a program can still be running.
-    const bool has_ended = output_ < 0 && errors_ < 0 && is_readable(process_, PATIENCE_MS);
+    const bool has_ended = output_ < 0 && errors_ < 0 && is_readable(process_);
     if (!has_ended) {
         kill(pid(), SIGKILL);
     }

@@ -26,6 +26,8 @@ struct start_options {
     std::function<void()> prepare = {}; ///< the last thing before the start, in the new process
 };
 
+bool is_readable(int descriptor, int patience_ms = PATIENCE_MS);
+
 struct run_result {
     std::string output; ///< all of standard output
     std::string errors; ///< all of standard error

@@ -1,8 +1,8 @@
-"""Calls every operation that the description holds, in its order, with a value for every child.
+"""Calls every operation that the description holds, with a value for every child.
 usage: description_client.py DESCRIPTION URL; needs docs/examples/ among python's paths
 
-For each it prints a line of five fields with tabs between them: OPERATION, "OPERATION VALUE|VALUE", as
-the simulator's log has it, the names of the children that are sent and of those of the answer, and the
+For each it prints five fields with tabs between them: OPERATION, "OPERATION VALUE|VALUE", as the
+simulator's log has it, the names of the children that are sent and of those of the answer, and the
 answer's children as they travelled.
 """
 import sys
@@ -22,11 +22,7 @@ VALUES = {
 }
 # What an operation needs is done by another one first.
 FIRST = ("service-attach2neighbour", "service-keltoclimateeventsettimeschedule")
-LAST = ("service-detach2neighbour",)
-
-
-def turn(name):
-    return 0 if name in FIRST else 2 if name in LAST else 1
+LAST = "service-detach2neighbour"
 
 
 def names(message):
@@ -36,7 +32,7 @@ def names(message):
 description, url = sys.argv[1:]
 operations = zeep.Client(description).wsdl.bindings[BINDING].all()
 service = connect(description, url)
-for name in sorted(operations, key=turn):
+for name in sorted(operations, key=lambda name: (name not in FIRST, name == LAST)):
     sent = names(operations[name].input)
     answered = names(operations[name].output)
     values = {child: VALUES.get(child, child) for child in sent}

@@ -2,15 +2,10 @@
 // tells it, but in the last test, which asks a simulated controller.
 
 #include "tests/recipes/shell_room.h"
-#include "tests/webservice/http_peer.h"
-
-#include <regex>
 
 namespace {
 
 using namespace harness;
-
-const std::string MALFORMED = "utility->parse_cmd_line malformed request";
 
 /// What lumocmd says, and code/prefix/exit status/what is returned/status/outcome.
 const std::pair<saying, std::string> CALLS[] = {
@@ -35,8 +30,9 @@ const std::pair<saying, std::string> CALLS[] = {
     {{"LMCM-503\n", 247}, "503/LMCM/247/247/LMCM-503/invalid"},
     {{"LMCM-502\n", 246, UNUSABLE_URL}, // which a service can write as well
      "502/LMCM/246/246/LMCM-502/unknown"},
-    {{red(MALFORMED), 249}, "//249/249/exit 249/invalid"},
+    {{red("x->y malformed request"), 249}, "//249/249/exit 249/invalid"},
     {{"", 250, "Usage: lumocmd\n"}, "//250/250/exit 250/invalid"},
+    {{"lumocmd: not found\n", 127}, "//127/127/exit 127/invalid"},
     {{"-5\n", 5}, "//5/5/exit 5/unknown"}, // without a prefix it is no status
     {{"", 1}, "//1/1/exit 1/unknown"},
     {{"", 0}, "//0/1/exit 0/unknown"},
@@ -45,31 +41,23 @@ const std::pair<saying, std::string> CALLS[] = {
     {{green("Parameters selected: a\nLMCM-0250"), 250}, "//250/250/exit 250/invalid"},
 };
 
-/// What it said, without colours and the line of its status.
-std::string shown(const saying &said, bool has_status) {
-    const std::regex colour("\x1b\\[[0-9;]*m");
-    const std::string text = std::regex_replace(said.errors + said.output, colour, "");
-    return has_status ? text.substr(0, text.rfind('\n', text.size() - 2) + 1) : text;
-}
-
 /// Asked to try again, the library sends a second time what was not sent, and nothing else.
 TEST_P(InShell, CallTellsItsCallerAndRetrySendsNothingTwice) {
-    const std::string report = R"sh( || returned=$?
-echo "$LUMO_CODE/$LUMO_PREFIX/$LUMO_EXIT/$returned/$(lumo_status)/$(lumo_outcome)"
-printf '%s\n' "$LUMO_OUTPUT"
-)sh";
+    const std::string script = R"sh(report() {
+    returned=0
+    "$@" || returned=$?
+    echo "$LUMO_CODE/$LUMO_PREFIX/$LUMO_EXIT/$returned/$(lumo_status)/$(lumo_outcome)"
+}
+report lumo_call -p 'a b|*' ''
+LUMO_TRIES=2 LUMO_DELAY=0
+report lumo_retry -f F
+cat calls)sh";
     for (const auto &[said, result] : CALLS) {
         SCOPED_TRACE(result);
-        const std::string output = shown(said, !result.starts_with("//"));
-        const std::string wanted = result + "\n" + output + (output.empty() ? "\n" : "");
-        const shell_room room(GetParam(), {said, said, said});
-        const run_result seen =
-            room.run_with_library("returned=0\nlumo_call -p 'a b|*' ''" + report +
-                                  "returned=0 LUMO_TRIES=2 LUMO_DELAY=0\nlumo_retry -f F" + report);
-        EXPECT_EQ(seen.output, wanted + wanted);
-        EXPECT_EQ(seen.errors, "");
+        const run_result seen = shell_room(GetParam(), {said, said, said}).run_with_library(script);
         const std::string again = result.ends_with("/unreachable") ? "<-f><F>\n" : "";
-        EXPECT_EQ(room.noted_calls(), "<-p><a b|*><>\n<-f><F>\n" + again);
+        EXPECT_EQ(seen.output, result + "\n" + result + "\n<-p><a b|*><>\n<-f><F>\n" + again);
+        EXPECT_EQ(seen.errors, "");
     }
 }
 
@@ -88,17 +76,14 @@ const saying NO_URL_508 = {"LMCM-508\n", 252, UNUSABLE_URL};
 const service_row SERVICE_CALLS[] = {
     {{DONE}, "done"},
     {{{"LMWS-405\n", 149}}, "refused"},
-    {{{"LMCM-508\n", 252,
-       "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"Name or service not known\"\n"
-       "Detail: getaddrinfo failed in tcp_connect()\n"}},
-     "unknown"},
+    {{{"LMCM-508\n", 252, "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"no\"\n"}}, "unknown"},
     {{NO_URL_508}, "invalid"},
     {{{"LMCM-502\n", 246, "SOAP 1.1 fault SOAP-ENV:Server [no subcode]\n\"\n" + UNUSABLE_URL}},
      "unknown"},
     {{{red("x->y error url 'u' cannot be used, one like v is needed") + "LMCM-502\n", 246}},
      "unknown"},
     {{{green("Status: \n" + UNREACHED.output) + "EIBG-105\n", 105}}, "refused"},
-    {{{red(MALFORMED), 249}}, "invalid"},
+    {{{red("x->y malformed request"), 249}}, "invalid"},
     {{CUT_SHORT}, "unknown"},
     {{{"LMCM-505\n", 249}, NO_URL_508}, "refused"},
     {{{"LMCM-507\n", 251}, NO_URL_502}, "refused"},
@@ -131,20 +116,11 @@ struct exchange_row {
     std::string requests = {};
 };
 
-const std::string RELAYED =
-    http_answer(envelope(fault_element("SOAP-ENV:Server", "Connection refused",
-                                       element("detail", "connect failed in tcp_connect()"))),
-                "500 Internal Server Error");
-
 const exchange_row EXCHANGES[] = {
     {{}, "-f SERVICE_NONE", "LMCM-503 invalid\n"},
     {{}, "-f SERVICE_LOGIN -p demo", "LMCM-505 invalid\n"},
     {{}, "-f SERVICE_TEST -u localhost", "LMCM-502 invalid\n"},
     {{"--refuse", "soap"}, "-f SERVICE_TEST", "LMCM-502 unknown\n"},
-    {{"--answer-raw", "soap=" + RELAYED},
-     "-f SERVICE_TEST",
-     "LMCM-502 unknown\n",
-     "SOAP: service-test 0 -> " + std::to_string(RELAYED.size()) + " raw bytes\n"},
     {{"--answer", "soap=503"},
      "-f SERVICE_TEST -v bad",
      "LMCM-503 refused\n",
@@ -155,12 +131,11 @@ TEST_P(InShell, CallsOfTheServiceEndAsTheProgramFoundOut) {
     for (const exchange_row &row : EXCHANGES) {
         SCOPED_TRACE(row.arguments + " " + row.outcome);
         running_simulator simulator(row.options);
+        const std::string call = "lumo_retry -v $verbose -t SOAP -u " + simulator.url;
         const run_result seen =
             shell_room(GetParam())
-                .run_with_library(
-                    "for verbose in ON OFF; do\n    lumo_retry -v $verbose -t SOAP -u " +
-                    simulator.url + " " + row.arguments +
-                    " || echo \"$(lumo_status) $(lumo_outcome)\"\ndone");
+                .run_with_library("for verbose in ON OFF; do\n" + call + " " + row.arguments +
+                                  " || echo \"$(lumo_status) $(lumo_outcome)\"\ndone");
         EXPECT_EQ(seen.output, row.outcome + row.outcome);
         EXPECT_EQ(seen.errors, "");
         EXPECT_EQ(simulator.end(), row.requests + row.requests);

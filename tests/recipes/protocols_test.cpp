@@ -1,7 +1,6 @@
 // The bytes that docs/protocols.md shows, sent and expected; and the example daemon that is written
 // after it.
 
-#include "tests/harness/peer.h"
 #include "tests/recipes/shell_room.h"
 #include "tests/webservice/http_peer.h"
 
@@ -30,28 +29,20 @@ std::string http_bytes(const std::string &name) {
            std::regex_replace(line, std::regex("\n *"), " ");
 }
 
-/// A row of an answer table: what the daemon sends, nothing when it closes at once, and the last
+/// A row of an answer table: what the daemon sends, nothing where it closes at once, and the last
 /// line of the tool.
-struct answer_row {
-    bool closes;
-    std::string answer;
-    std::string last_line;
-};
+using answer_row = std::pair<std::string, std::string>;
 
 std::vector<answer_row> answers(const std::string &name) {
     std::vector<answer_row> rows;
     const std::regex row(R"(\| (?:`(.*)`|nothing, .*) \| `(.*)` \|)");
     std::size_t at = 0;
-    // Below the heading and its rule.
-    std::istringstream table(text_between(PAGE, at, "<!-- answers " + name + " -->\n", "\n\n"));
-    std::string line;
-    std::getline(table, line);
-    std::getline(table, line);
-    while (std::getline(table, line)) {
+    text_between(PAGE, at, "<!-- answers " + name + " -->\n", "---|\n");
+    std::istringstream table(text_between(PAGE, at, "---|\n", "\n\n"));
+    for (std::string line; std::getline(table, line);) {
         std::smatch found;
         EXPECT_TRUE(std::regex_match(line, found, row)) << line;
-        const std::string answer = replaced(replaced(found[1], "\\n", "\n"), "\\r", "\r");
-        rows.push_back({!found[1].matched, answer, found[2]});
+        rows.emplace_back(replaced(replaced(found[1], "\\n", "\n"), "\\r", "\r"), found[2]);
     }
     EXPECT_FALSE(rows.empty()) << name;
     return rows;
@@ -69,24 +60,20 @@ const std::pair<std::string, words> DAEMONS[] = {
 const words GETELEMENTSTATUS = {
     "-f", "SERVICE_GETELEMENTSTATUS", "-p", "DEMO-SESSION|LIVING-LAMP", "-v", "ON"};
 
-run_result call(const words &request, const std::string &path) {
-    words arguments = request;
+std::string call(words arguments, const std::string &path) {
     arguments.push_back(path);
-    return lumocmd(arguments);
+    return lumocmd(arguments).output;
 }
 
 TEST(Protocols, ShowExchangesOfDaemonsAndWhatBecomesOfAnswers) {
     for (const auto &[name, arguments] : DAEMONS) {
         std::vector<answer_row> rows = answers(name);
-        rows.push_back({false, bytes(name + "_answer"), "LMCM-0000"});
-        for (const answer_row &row : rows) {
-            SCOPED_TRACE(row.answer);
-            script steps = {expect(bytes(name + "_request")), close_connection()};
-            if (!row.closes) {
-                steps.insert(steps.begin() + 1, reply(row.answer));
-            }
-            const meeting_point daemon(family::UNIX_SOCKET, steps);
-            EXPECT_EQ(last_line(call(arguments, daemon.path).output), row.last_line);
+        rows.emplace_back(bytes(name + "_answer"), "LMCM-0000");
+        for (const auto &[answer, last] : rows) {
+            SCOPED_TRACE(answer);
+            const meeting_point daemon(family::UNIX_SOCKET, {expect(bytes(name + "_request")),
+                                                             reply(answer), close_connection()});
+            EXPECT_EQ(last_line(call(arguments, daemon.path)), last);
             EXPECT_EQ(daemon.daemon->finish(), "");
         }
     }
@@ -132,12 +119,11 @@ TEST(Protocols, ShowTheServicesFault) {
 TEST(Protocols, ShowWhatBecomesOfTheServicesResults) {
     const std::string shown = "<result>LMWS-000</result>";
     const std::string answer = http_bytes("service_answer");
-    ASSERT_NE(answer.find(shown), std::string::npos);
-    for (const answer_row &row : answers("service")) {
-        SCOPED_TRACE(row.answer);
-        const std::string result = row.closes ? "" : element("result", row.answer);
+    for (const auto &[text, last] : answers("service")) {
+        SCOPED_TRACE(text);
+        const std::string result = text.empty() ? "" : element("result", text);
         const run_result seen = call_answered(replaced(answer, shown, result), GETELEMENTSTATUS);
-        EXPECT_EQ(last_line(seen.output), row.last_line);
+        EXPECT_EQ(last_line(seen.output), last);
     }
 }
 
@@ -161,7 +147,7 @@ TEST(ExampleDaemon, ServesTheProgramAndRefusesWhatIsNoRequest) {
         {"/usr/bin/python3", PROJECT_DIRECTORY "/docs/examples/gateway_daemon.py", path});
     ASSERT_TRUE(daemon.wait_for_output("ready\n")) << daemon.errors();
     const auto arm = [&](const char *function, const std::string &list) {
-        return call({"-t", "BENTELLOCAL", "-f", function, "-p", list, "-s"}, path).output;
+        return call({"-t", "BENTELLOCAL", "-f", function, "-p", list, "-s"}, path);
     };
     const char *const function = "SENDBENTELCOMMANDDATAGRAM";
     EXPECT_EQ(arm(function, "hall|1234|ARM|1"), "LMCM-0000\n");

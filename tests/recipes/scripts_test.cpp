@@ -30,11 +30,7 @@ const char *const HOUSE = R"({"elements": {"W1": {"status": "CLOSED", "value": "
     "W2": {"status": "CLOSED", "value": "0"}, "W3": {"status": "OPEN", "value": "1"}}})";
 
 const script_row SCRIPTS[] = {
-    {.script = "all-lights-off",
-     .arguments = "lights",
-     .output = "2 of 2 lights are off\n",
-     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
-                 "EIB: SENDEIBUSSETDATAGRAM hall|1/1/4|1|0 -> EIBG-000\n"},
+    {"all-lights-off", "lights", {}, "2 of 2 lights are off\n", 0, nullptr},
     {.script = "all-lights-off",
      .arguments = "lights",
      .options = {"--refuse", "eib"},
@@ -129,12 +125,7 @@ const script_row SCRIPTS[] = {
      .requests = nullptr},
     {"check-daemons", "-h", {}, "usage: check-daemons [TYPE...]\n", 3},
 
-    {.script = "night-scene",
-     .requests = "EIB: SENDEIBUSSETDATAGRAM living|1/1/3|1|0 -> EIBG-000\n"
-                 "EIB: SENDEIBUSSETDATAGRAM living|1/2/1|1|1 -> EIBG-000\n"
-                 "LINTRONIC: SENDLINTRONICDATAGRAM garden|07|012|on -> LINT-000\n"
-                 "TUTONDO: SENDTUTONDOSETDATAGRAM audio|VOLUME|3|0 -> TUTG-0000\n"
-                 "VIVALDI: SENDVIVALDISETDATAGRAM audio|1|1|4|0|0|0|0|0|0|0|0 -> VIVG-0000\n"},
+    {"night-scene", "", {}, "", 0, nullptr},
     {.script = "night-scene",
      .arguments = "+390000001",
      .options = {"--answer", "lintronic=1003", "--close", "tutondo"},

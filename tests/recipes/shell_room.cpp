@@ -60,10 +60,6 @@ run_result shell_room::run_with_library(const std::string &script) const {
     return run(std::string("set -eu\n. ") + INSTALLED_LIBRARY + "\n" + script, directory.path);
 }
 
-std::string shell_room::noted_calls() const {
-    return read_file(directory.path + "/calls");
-}
-
 std::string text_between(const std::string &text, std::size_t &place, const std::string &begin,
                          const std::string &end) {
     const std::size_t from = text.find(begin, place);

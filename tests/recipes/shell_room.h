@@ -37,7 +37,6 @@ struct shell_room {
     harness::run_result run(const std::string &script, const std::string &in) const;
     /// Runs one in `directory` that includes lumo.sh and stops at failures.
     harness::run_result run_with_library(const std::string &script) const;
-    std::string noted_calls() const;
 
     std::string shell;
     harness::temporary_directory programs, directory;
@@ -58,12 +57,10 @@ inline std::string green(const std::string &text) {
 }
 
 /// What lumocmd says of a gateway that cannot be reached, and of a url that cannot be used.
-inline const saying UNREACHED = {
-    red("utility->make_localtcpclient_socket connect failed with error 'Connection refused'") +
-        red("EIBGatewayutil->eibgateway_local_request error opening socket EIBGateway clientside "
-            "for function SENDEIBUSSETDATAGRAM") +
-        "EIBG-105\n",
-    105};
+inline const saying UNREACHED = {red("x->y connect failed with error 'Connection refused'") +
+                                     red("x->y error opening socket X clientside for function F") +
+                                     "EIBG-105\n",
+                                 105};
 inline const std::string UNUSABLE_URL =
     "Error 3986 fault at source [no subcode]\n"
     "\"url 'u' cannot be used\"\nDetail: one like v is needed\n";
