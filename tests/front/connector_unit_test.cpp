@@ -1,7 +1,6 @@
 // The two connectors against real sockets: where they connect, and what they say when they cannot.
 
 #include "front/utility.h"
-#include "tests/front/fresh_globals.h"
 #include "tests/harness/console.h"
 #include "tests/harness/peer.h"
 
@@ -9,7 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -19,8 +18,6 @@ namespace {
 using harness::captured_output;
 using harness::peer;
 using connector = std::function<int()>;
-
-using Connectors = front_tests::FreshGlobals;
 
 /// The connection leads to this daemon and is a plain one: it blocks, and for ever.
 void expect_connected(peer *daemon, const connector &connect) {
@@ -49,53 +46,52 @@ void expect_failure(const std::string &failed, int error_number, const connector
     EXPECT_EQ(connection, -1);
 }
 
-TEST_F(Connectors, NoDescriptorIsLeft) {
-    const auto without_descriptors = [](int (*connect)()) {
-        rlimit usual = {};
-        getrlimit(RLIMIT_NOFILE, &usual);
-        const rlimit none = {0, usual.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &none);
-        const int connection = connect();
-        setrlimit(RLIMIT_NOFILE, &usual);
-        return connection;
+TEST(Connectors, SayThatNoDescriptorIsLeft) {
+    rlimit usual = {};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const auto expect_none = [&usual](const std::string &name, int (*connect)()) {
+        expect_failure(name + " socket", EMFILE, [&] {
+            const rlimit none = {0, usual.rlim_max};
+            setrlimit(RLIMIT_NOFILE, &none);
+            const int connection = connect();
+            setrlimit(RLIMIT_NOFILE, &usual);
+            return connection;
+        });
     };
-    expect_failure("localtcpclient_socket socket", EMFILE, [&] {
-        return without_descriptors([] { return make_localtcpclient_socket("/s"); });
-    });
-    expect_failure("internettcpclient_socket socket", EMFILE, [&] {
-        return without_descriptors([] { return make_internettcpclient_socket("127.0.0.1", 1025); });
-    });
+    expect_none("localtcpclient_socket", [] { return make_localtcpclient_socket("/s"); });
+    expect_none("internettcpclient_socket",
+                [] { return make_internettcpclient_socket("127.0.0.1", 1025); });
 }
 
-TEST_F(Connectors, LocalPathIsUsedUpToItsCharacter107) {
-    for (const std::size_t length : {std::size_t{100}, std::size_t{107}, std::size_t{108},
-                                     std::size_t{109}, std::size_t{100000}}) {
-        SCOPED_TRACE(length);
+TEST(Connectors, LocalPathIsUsedUpToItsCharacter107) {
+    for (const std::size_t length : {107U, 108U, 100000U}) {
         const harness::temporary_directory directory;
         std::string path = directory.path + "/";
-        path.resize(std::min<std::size_t>(length, 107), 'p');
+        path.resize(107, 'p');
         peer daemon(path, {});
         path.resize(length, 'q');
         expect_connected(&daemon, [&] { return make_localtcpclient_socket(path.c_str()); });
     }
 }
 
-TEST_F(Connectors, LocalFailuresAreReported) {
-    const harness::temporary_directory directory;
-    const std::string file = directory.path + "/file";
+TEST(Connectors, SayThatNobodyIsThere) {
+    const harness::deserted_point nobody;
+    const std::string file = nobody.directory.path + "/file";
     std::ofstream(file).put('x');
-    const std::string missing = directory.path + "/missing";
-    const std::pair<const char *, int> rows[] = {
-        {missing.c_str(), ENOENT}, {file.c_str(), ECONNREFUSED}, {"", EINVAL}, {nullptr, EINVAL}};
+    const std::pair<const char *, int> rows[] = {{nobody.path.c_str(), ENOENT},
+                                                 {file.c_str(), ECONNREFUSED},
+                                                 {"", EINVAL},
+                                                 {nullptr, EINVAL}};
     for (const auto &[path, error_number] : rows) {
         expect_failure("localtcpclient_socket connect", error_number,
                        [&, at = path] { return make_localtcpclient_socket(at); });
     }
+    expect_failure("internettcpclient_socket connect", ECONNREFUSED,
+                   [&] { return make_internettcpclient_socket("127.0.0.1", nobody.port); });
 }
 
-TEST_F(Connectors, InternetUsesTheLowSixteenBitsOfThePort) {
+TEST(Connectors, InternetUsesTheLowSixteenBitsOfThePort) {
     for (const int added : {0, 65536, 10 * 65536, -65536}) {
-        SCOPED_TRACE(added);
         peer daemon({});
         expect_connected(&daemon, [&] {
             return make_internettcpclient_socket("127.0.0.1", daemon.port() + added);
@@ -103,24 +99,17 @@ TEST_F(Connectors, InternetUsesTheLowSixteenBitsOfThePort) {
     }
 }
 
-TEST_F(Connectors, InternetAddressesThatAreNoDottedQuadsAreNotResolved) {
+TEST(Connectors, InternetAddressesThatAreNoDottedQuadsAreNotResolved) {
     peer daemon({});
     const auto failure = [&daemon](const char *address) {
         return captured_output(
             [&] { EXPECT_EQ(make_internettcpclient_socket(address, daemon.port()), -1); });
     };
-    const std::string of_all_ones = failure("255.255.255.255");
-    for (const char *address : {"localhost", "", "127.0.0.256", "127.0.0.1x", "::1",
-                                static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(failure(address), of_all_ones);
+    const char *const no_address = nullptr;
+    for (const char *address : {"localhost", "", "127.0.0.256", "127.0.0.1x", "::1", no_address}) {
+        EXPECT_EQ(failure(address), failure("255.255.255.255"));
     }
     EXPECT_EQ(daemon.finish_unvisited(), "");
-}
-
-TEST_F(Connectors, InternetRefusalIsReported) {
-    const harness::deserted_point nobody;
-    expect_failure("internettcpclient_socket connect", ECONNREFUSED,
-                   [&] { return make_internettcpclient_socket("127.0.0.1", nobody.port); });
 }
 
 } // namespace

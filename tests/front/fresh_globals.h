@@ -5,8 +5,6 @@
 #include "front/diagnostics.h"
 #include "front/request_record.h"
 
-#include <cstdlib>
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace front_tests {
@@ -19,11 +17,5 @@ class FreshGlobals : public testing::Test {
         debug_level = 1;
     }
 };
-
-/// valgrind brings its own allocator, and takes the largest sizes for mistakes.
-inline bool under_valgrind() {
-    const char *preloaded = getenv("LD_PRELOAD");
-    return preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr;
-}
 
 } // namespace front_tests

@@ -1,22 +1,17 @@
-// Allocation and the string copies: contents, the room behind them, and the end of memory.
+// Allocation, the string copies and the cutters: contents, the room behind them, what is released,
+// and the end of memory.
 
 #include "front/memory.h"
+#include "front/utility.h"
 #include "tests/front/fresh_globals.h"
 #include "tests/harness/console.h"
 
 #include <cstdarg>
 #include <cstdint>
-#include <cstdio>
 #include <malloc.h>
-#include <string>
-#include <vector>
 
 // The system log of this program: records go to standard error, where a death test looks. A
 // hardened build of the library calls the second form. NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" [[gnu::format(printf, 2, 3)]] void syslog(int priority, const char *format, ...);
-extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int flag,
-                                                           const char *format, ...);
-
 #define WRITE_RECORD(PRIORITY, FORMAT)                                                             \
     va_list arguments;                                                                             \
     va_start(arguments, FORMAT);                                                                   \
@@ -24,27 +19,32 @@ extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int fla
     vfprintf(stderr, FORMAT, arguments);                                                           \
     va_end(arguments)
 
-extern "C" void syslog(int priority, const char *format, ...) {
+extern "C" [[gnu::format(printf, 2, 3)]] void syslog(int priority, const char *format, ...) {
     WRITE_RECORD(priority, format);
 }
 
-extern "C" void __syslog_chk(int priority, int /*flag*/, const char *format, ...) {
+extern "C" [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int /*flag*/,
+                                                           const char *format, ...) {
     WRITE_RECORD(priority, format);
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
-using namespace front_tests;
+using Memory = front_tests::FreshGlobals;
 
-using Memory = FreshGlobals;
+/// valgrind brings its own allocator, and takes the largest sizes for mistakes.
+bool is_under_valgrind() {
+    const char *preloaded = getenv("LD_PRELOAD");
+    return preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr;
+}
 
 bool is_zero(const void *block, std::size_t size) {
     return std::string(static_cast<const char *>(block), size) == std::string(size, '\0');
 }
 
-TEST_F(Memory, XmallocZeroes) {
-    for (const std::size_t size : {std::size_t{1}, std::size_t{100}, std::size_t{1000000}}) {
+TEST_F(Memory, BlocksAreZeroedAndKeepTheirContents) {
+    for (const std::size_t size : {100U, 1000000U}) {
         // What was used before must not shine through.
         void *used = malloc(size);
         memset(used, 'x', size);
@@ -53,17 +53,6 @@ TEST_F(Memory, XmallocZeroes) {
         EXPECT_TRUE(is_zero(block, size)) << size;
         xfree(block);
     }
-}
-
-TEST_F(Memory, BlockOfNothingIsABlock) {
-    for (void *block : {xmalloc(0), xrealloc(xmalloc(10), 0), xrealloc(nullptr, 0)}) {
-        EXPECT_NE(block, nullptr);
-        xfree(block);
-    }
-    xfree(nullptr);
-}
-
-TEST_F(Memory, XreallocKeepsTheContents) {
     char *block = static_cast<char *>(xrealloc(nullptr, 4));
     memcpy(block, "abc", 4);
     block = static_cast<char *>(xrealloc(block, 1000000));
@@ -71,7 +60,11 @@ TEST_F(Memory, XreallocKeepsTheContents) {
     memset(block + 4, 'x', 1000000 - 4);
     block = static_cast<char *>(xrealloc(block, 2));
     EXPECT_EQ(std::string(block, 2), "ab");
-    xfree(block);
+    for (void *nothing : {xmalloc(0), xrealloc(block, 0), xrealloc(nullptr, 0)}) {
+        EXPECT_NE(nothing, nullptr);
+        xfree(nothing);
+    }
+    xfree(nullptr);
 }
 
 // More than any allocator gives, whatever the width. Volatile: the compiler would refuse so absurd
@@ -86,7 +79,7 @@ std::string record_of(const std::string &function, std::size_t size) {
 }
 
 TEST(MemoryDeathTest, OneRecordAndStatusOneEndTheProcess) {
-    if (under_valgrind()) {
+    if (is_under_valgrind()) {
         GTEST_SKIP() << "valgrind reports the sizes itself";
     }
     const auto one = testing::ExitedWithCode(1);
@@ -99,9 +92,8 @@ TEST(MemoryDeathTest, OneRecordAndStatusOneEndTheProcess) {
     EXPECT_EQ(output, "");
 }
 
-const char *const FULL = "abcdefghijklmnopqrstuvwx"; ///< fills what an allocator hands out
-
 TEST_F(Memory, CopiesAreWholeAndHaveTheirRoom) {
+    const char *const full = "abcdefghijklmnopqrstuvwx"; // what an allocator hands out
     // No page is there: reading or freeing it would end the test.
     const char *nowhere = reinterpret_cast<const char *>(std::uintptr_t{16});
     const char unterminated[3] = {'a', 'b', 'c'};
@@ -112,28 +104,23 @@ TEST_F(Memory, CopiesAreWholeAndHaveTheirRoom) {
         std::size_t room; ///< at least, zeroed behind the text
     } rows[] = {
         {xstrdup(nowhere, ""), "", 1},
-        {xstrdup(nowhere, FULL), FULL, 25},
+        {xstrdup(nowhere, full), full, 25},
         {xstrndup(nowhere, "abc", 0), "", 1},
-        {xstrndup(nowhere, "abc", 2), "ab", 3},
         {xstrndup(nowhere, "abc", 4000), "abc", 4001},
         {xstrndup(nowhere, unterminated, 3), "abc", 4},
-        {xstrndup(nowhere, FULL, 24), FULL, 25},
+        {xstrndup(nowhere, full, 24), full, 25},
         {xstrdup_free(nullptr, 1), "", 1},
-        {xstrdup_free(strdup(""), 1), "", 1},
-        {xstrdup_free(strdup(FULL), 1), FULL, 25},
+        {xstrdup_free(strdup(full), 1), full, 25},
         {xstrndup_free(nullptr, 5, 1), "", 1},
-        {xstrndup_free(strdup("abc"), 1, 1), "a", 4},
-        {xstrndup_free(strdup(FULL), 24, 1), FULL, 25},
+        {xstrndup_free(strdup(full), 24, 1), full, 25},
         {xstrndup_free(strdup("abc"), SIZE_MAX, 1), "abc", 4},
         {xstrndup_free(strdup(std::string(4000, 'x').c_str()), 1, 1), "x", 4001},
-        {xstrconcat("ab", FULL + 2), FULL, 25},
-        {xstrconcat(pair, pair), "abab", 5},
-        {xstrconcat(FULL, nullptr), FULL, 25},
-        {xstrconcat(nullptr, FULL), FULL, 25},
+        {xstrconcat("ab", full + 2), full, 25},
+        {xstrconcat(full, nullptr), full, 25},
+        {xstrconcat(nullptr, full), full, 25},
         {xstrconcat(nullptr, nullptr), "", 1},
         {xstrconcat_free(nullptr, strdup("cd"), 1, 1), "cd", 3},
         {xstrconcat_free(strdup("ab"), nullptr, 1, 1), "ab", 3},
-        {xstrconcat_free(strdup("ab"), strdup("cd"), 1, 1), "abcd", 5},
         {xstrconcat_free(pair, pair, 1, 0), "abab", 5},
     };
     for (const auto &row : rows) {
@@ -144,6 +131,52 @@ TEST_F(Memory, CopiesAreWholeAndHaveTheirRoom) {
         EXPECT_TRUE(is_zero(row.copy + length, row.room - length));
         xfree(row.copy);
     }
+}
+
+TEST_F(Memory, SourcesAreReleasedWhenTheirFlagsSaySoAndTheRecordAtTheEnd) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's allocator counts nothing";
+#endif
+    if (is_under_valgrind()) {
+        GTEST_SKIP() << "valgrind finds leaked and lost blocks by itself";
+    }
+    const struct {
+        char *(*copy)(char *first, char *second);
+        bool releases_first = false;
+        bool releases_second = false;
+    } rows[] = {
+        {[](char *first, char *) { return xstrdup(first, first); }},
+        {[](char *first, char *) { return xstrndup(first, first, 3); }},
+        {[](char *first, char *) { return xstrdup_free(first, 0); }},
+        {[](char *first, char *) { return xstrdup_free(first, 1); }, true},
+        {[](char *first, char *) { return xstrdup_free(first, -1); }, true},
+        {[](char *first, char *) { return xstrndup_free(first, 3, 0); }},
+        {[](char *first, char *) { return xstrndup_free(first, 3, 1); }, true},
+        {[](char *first, char *) { return xstrndup_free(first, 3, -1); }, true},
+        {[](char *first, char *second) { return xstrconcat(first, second); }},
+        {[](char *first, char *second) { return xstrconcat_free(first, second, 0, 0); }},
+        {[](char *first, char *second) { return xstrconcat_free(first, second, -1, 0); }, true},
+        {[](char *first, char *second) { return xstrconcat_free(first, second, 0, -1); }, false,
+         true},
+    };
+    // So large that nothing else weighs against it.
+    const auto large = [] { return strdup(std::string(65535, 'x').c_str()); };
+    const auto in_use = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        char *first = large();
+        char *second = large();
+        const std::size_t before = in_use();
+        xfree(row.copy(first, second));
+        const int released = (row.releases_first ? 1 : 0) + (row.releases_second ? 1 : 0);
+        EXPECT_EQ((before - in_use() + 32768) / 65536, released);
+        xfree(row.releases_first ? nullptr : first);
+        xfree(row.releases_second ? nullptr : second);
+    }
+    const std::size_t before = in_use();
+    g_config = {large(), large(), large(), large(), large(), 0, 0, 0};
+    release_config();
+    EXPECT_LT(in_use(), before + 65536);
 }
 
 // --- The cutters
@@ -166,19 +199,15 @@ const struct {
     {"cut_message_to_preserve_newline",
      cut_message_to_preserve_newline,
      {{"Response Status: EIBG-101\n", 17, "EIBG-101\n"},
-      {"abc\n", 0, "abc\n"},
       {"abc", 3, ""},
       {"abc", 4, "", TOO_LONG + ". str = abc, len = 3"},
-      {"EIBG-101\n", 30, "", TOO_LONG + ". str = EIBG-101\n, len = 9"},
       {"%n%s", SIZE_MAX, "", TOO_LONG + ". str = %n%s, len = 4"},
       {"", 17, "", NOTHING},
-      {"", 0, "", NOTHING},
       {nullptr, 17, "", NOTHING}}},
     {"cut_message_to_trim_newline",
      cut_message_to_trim_newline,
      {{"Status: 5\n", 8, "5"},
       {"abcdef", 2, "cde"},
-      {"abc", 0, "ab"},
       {"abc", 2, ""},
       {"abc", 3, ""},
       {"abc\n", 5, "", TOO_LONG + ". str = abc\n, len = 4"},
@@ -189,19 +218,14 @@ const struct {
       {"Key\t=\t=value\trest", 3, "value"},
       {"Keyvalue", 3, "value"},
       {"Key=a=b c", 3, "a=b"},
-      {"Key='a|b'\n c", 3, "'a|b'\n"},
-      {"Key = \t", 3, ""},
       {"Key", 3, ""},
       {"Key", 4, "", TOO_LONG},
       {nullptr, 3, "", NOTHING}}},
     {"cutqueryparamto",
      cutqueryparamto,
      {{"where \t'|'value' and", 5, "value"},
-      {"k|value rest", 1, "value"},
       {"k|value\trest", 1, "value"},
       {"k 'a|b' c", 1, "a|b"},
-      {"k =v", 1, "=v"},
-      {"k '|' ", 1, ""},
       {"key", 3, ""},
       {"key", 4, "", TOO_LONG},
       {nullptr, 3, "", NOTHING}}},
