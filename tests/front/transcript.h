@@ -51,8 +51,4 @@ inline void expect_transcript(const std::string &line, const std::string &output
     EXPECT_EQ(run.status, status & 0xff);
 }
 
-inline const char *const MALFORMED = "utility->parse_cmd_line malformed request";
-inline const char *const NOT_PARSED = "main->main error on parsing command line";
-inline const char *const UNIMPLEMENTED = "main->main error unimplemented feature";
-
 } // namespace front_tests
