@@ -3,19 +3,8 @@
 #pragma once
 
 #include "fsmcore/FSMCoreutil.h"
-#include "tests/harness/console.h"
 #include "tests/harness/peer.h"
 #include "tests/harness/watched_client.h"
-
-#include <cstring>
-#include <string>
-#include <vector>
-
-/// The holders that a caller passes for the returned parameters.
-struct holders {
-    int *count;
-    char ***values;
-};
 
 struct fsmcore_exchange {
     harness::family where;
@@ -28,28 +17,36 @@ inline const fsmcore_exchange LOCAL = {
     harness::family::UNIX_SOCKET, "FSMCoreutil->fsmcore_requeststatic", "Waittime: 5\n", "socket"};
 inline const fsmcore_exchange REMOTE = {
     harness::family::LOOPBACK, "FSMCoreutil->fsmcore_m2mrequeststatic", "", "remote socket"};
+
 inline const fsmcore_exchange *const FSMCORE_EXCHANGES[] = {&LOCAL, &REMOTE};
+
+/// The holders that a caller passes for the returned parameters.
+struct holders {
+    int *count;
+    char ***values;
+};
 
 /// Calls an exchange over a meeting or a deserted point, with the values in slots of 512 bytes.
 template <typename Point>
-harness::watched_client::outcome call(const fsmcore_exchange &x, const Point &point,
-                                      harness::watched_client *client, const char *function,
-                                      const std::vector<std::string> &values,
-                                      const holders &returned = {nullptr, nullptr}) {
-    std::vector<char> slots(values.size() * 512 + 1);
-    for (std::size_t i = 0; i < values.size(); i++) {
-        memcpy(slots.data() + i * 512, values[i].data(), values[i].size());
+harness::client_outcome call(const fsmcore_exchange &x, const Point &point, const char *function,
+                             const harness::words &values,
+                             const holders &returned = {nullptr, nullptr},
+                             const harness::client_fault &fault = {}) {
+    std::string slots;
+    for (const std::string &value : values) {
+        slots += value + std::string(512 - value.size(), '\0');
     }
     const int count = static_cast<int>(values.size());
     const std::string port = std::to_string(point.port);
-    return client->run([&] {
+    const auto exchange = [&] {
         if (x.where == harness::family::UNIX_SOCKET) {
             return fsmcore_requeststatic(point.path.c_str(), function, count, slots.data(),
                                          returned.count, returned.values, "5");
         }
         return fsmcore_m2mrequeststatic("127.0.0.1", port.c_str(), function, count, slots.data(),
                                         returned.count, returned.values);
-    });
+    };
+    return harness::watched(exchange, fault);
 }
 
 /// A message as an exchange writes it, without colours; numbered in the order of the protocol.
