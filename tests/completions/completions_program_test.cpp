@@ -6,7 +6,6 @@
 #include "tests/protocol/request_types.h"
 #include "tests/protocol/service_functions.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -20,15 +19,6 @@ namespace {
 
 using namespace harness;
 using names = std::set<std::string>;
-using replacements = std::map<std::string, std::string>; ///< of the word behind an "@", or of it
-
-std::string filled(std::string text, const replacements &texts) {
-    for (const auto &[mark, replacement] : texts) {
-        text = std::regex_replace(text, std::regex(mark.empty() ? "@" : "@" + mark + "\\b"),
-                                  replacement);
-    }
-    return text;
-}
 
 struct function_row {
     std::string type;
@@ -55,16 +45,15 @@ TEST(CompletionTable, NamesTheParametersAsTheyTravel) {
             continue;
         }
         // Some daemons want underscores in the names.
-        const std::string lines = std::regex_replace(function.lines, std::regex("_"), "");
-        std::string list;
-        for (std::size_t i = 0; i < protocol::count_of(function); i++) {
-            const std::string mark = std::to_string(i + function.first_value);
-            std::smatch found; // none for what is only counted
-            const bool travels =
-                std::regex_search(lines, found, std::regex("(\\w+): \\{" + mark + "\\}"));
-            list += (i == 0 ? "" : "|") + (travels ? found[1].str() : "Payload");
+        const std::string lines = protocol::replaced(function.lines, "_", "");
+        words list(protocol::count_of(function), "Payload"); // of what is only counted
+        for (std::size_t i = 0; i < list.size(); i++) {
+            const std::string mark = "(\\w+): \\{" + std::to_string(i + function.first_value);
+            if (std::smatch found; std::regex_search(lines, found, std::regex(mark + "\\}"))) {
+                list[i] = found[1];
+            }
         }
-        lists[function.name] = list;
+        lists[function.name] = protocol::joined(list, "|");
     }
     for (const function_row &row : read_table()) {
         const std::regex no_name("[\\[\\]]|^-$"); // an optional one is in brackets
@@ -122,10 +111,6 @@ const shell SHELLS[] = {
      {"env", "XDG_CONFIG_HOME=@/config", "XDG_DATA_HOME=@/data", "fish", "-i"}},
 };
 
-void PrintTo(const shell &tested, std::ostream *out) {
-    *out << tested.name;
-}
-
 /// What a shell does with a line when asked to complete it.
 struct answer {
     std::string shown; ///< below the line
@@ -135,16 +120,16 @@ struct answer {
 class Completion : public testing::TestWithParam<shell> {
   protected:
     void SetUp() override {
-        SKIP_WHERE_MISSING(harness::missing_terminal());
+        SKIP_WHERE_MISSING(missing_terminal());
         const std::filesystem::path startup = home_.path + "/" + GetParam().startup_file;
         std::filesystem::create_directories(startup.parent_path());
-        std::ofstream(startup) << filled(GetParam().startup, {{"", LUMOCMD_COMPLETIONS}});
+        std::ofstream(startup) << protocol::replaced(GetParam().startup, "@", LUMOCMD_COMPLETIONS);
         words command = {"env", "HOME=" + home_.path};
         for (const std::string &word : GetParam().command) {
-            command.push_back(filled(word, {{"", home_.path}}));
+            command.push_back(protocol::replaced(word, "@", home_.path));
         }
-        terminal_ = std::make_unique<harness::started_program>(
-            command, harness::start_options{.on_terminal = true});
+        terminal_ = std::make_unique<started_program>(
+            command, start_options{.directory = home_.path, .on_terminal = true});
         terminal_->shown_until(PROMPT);
     }
 
@@ -191,14 +176,14 @@ class Completion : public testing::TestWithParam<shell> {
     const bool is_fish_ = std::string(GetParam().name) == "fish";
 
   private:
-    std::unique_ptr<harness::started_program> terminal_;
+    std::unique_ptr<started_program> terminal_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Shell, Completion, testing::ValuesIn(SHELLS),
                          [](const auto &each) { return std::string(each.param.name); });
 
 TEST_P(Completion, OffersTheOptionsOfBothPrograms) {
-    const std::string help = harness::run({LUMOSIM_PROGRAM, "--help"}).output;
+    const std::string help = run({LUMOSIM_PROGRAM, "--help"}).output;
     const std::regex option("\n  (--[a-z-]+)");
     const names shown = offered("lumosim --");
     std::size_t options = 0;
@@ -255,78 +240,60 @@ TEST_P(Completion, HintsTheParameterListWithoutInsertingIt) {
 }
 
 TEST_P(Completion, CompletesWhatHasOneEnding) {
-    const std::vector<function_row> table = read_table();
-    // A type with one function.
-    const auto row = *std::find_if(table.begin(), table.end(), [&table](const auto &one) {
-        return one.function != "*" &&
-               std::count_if(table.begin(), table.end(),
-                             [&one](const auto &each) { return each.type == one.type; }) == 1;
-    });
-    const auto cut = [](const std::string &text) { return text.substr(0, text.size() - 1); };
-    const std::string lower = protocol::lower(row.type);
-    const std::string gateway = lower.substr(0, lower.find("local"));
-    const std::string file = home_.path + "/evening.list";
-    std::ofstream(file) << "";
+    const std::string function = "SENDBENTELCOMMANDDATAGRAM"; // the only one of its type
+    std::ofstream(home_.path + "/evening.list") << "";
     peer daemon(home_.path + "/evening.socket", {});
-    const replacements texts = {{"TYPE", row.type},
-                                {"TYP", cut(row.type)},
-                                {"type", lower},
-                                {"typ", cut(lower)},
-                                {"FUNCTION", row.function},
-                                {"function", protocol::lower(cut(row.function))},
-                                {"gateway", gateway},
-                                {"gatewa", cut(gateway)},
-                                {"HOME", home_.path},
-                                {"URL", "http://localhost/cgi-bin/lumows"}};
+    const std::string unchanged;
     const struct {
-        const char *line;
-        const char *wanted; ///< apart from blanks; null: the line does not change
-        const char *in_fish = nullptr;
-        const char *rest = "";
+        std::string line;
+        std::string wanted; ///< apart from blanks
+        std::string in_fish = wanted;
+        std::string rest = "";
     } rows[] = {
         {"lumocmd -v of", "lumocmd -v OFF"},
         {"lumocmd -vOF", "lumocmd -vOFF"},
-        {"lumocmd -t @typ", "lumocmd -t @TYPE"},
-        {"lumocmd -t@TYP", "lumocmd -t@TYPE"},
+        {"lumocmd -t bentelloca", "lumocmd -t BENTELLOCAL"},
+        {"lumocmd -tBENTELLOCA", "lumocmd -tBENTELLOCAL"},
         // fish would replace the option as well to change the case.
-        {"lumocmd -t@typ", "lumocmd -t@TYPE", "lumocmd -t@typ"},
-        {"lumocmd -u ", "lumocmd -u @URL"},
-        {"lumocmd -u http://lo", "lumocmd -u @URL"},
-        {"lumocmd -s @HOME/ev", "lumocmd -s @HOME/evening.socket"}, // and no other files
-        {"lumocmd -t @type -f @function", "lumocmd -t @type -f @FUNCTION"},
-        {"lumocmd -t@TYPE -f ", "lumocmd -t@TYPE -f @FUNCTION"},
-        {"lumocmd -v ON -t @TYPE -s /x -w 5 -f ", "lumocmd -v ON -t @TYPE -s /x -w 5 -f @FUNCTION"},
-        {"lumocmd -tSOAP -t '@type' -f ", "lumocmd -tSOAP -t '@type' -f @FUNCTION"},
+        {"lumocmd -tbentelloca", "lumocmd -tBENTELLOCAL", unchanged},
+        {"lumocmd -u ", "lumocmd -u http://localhost/cgi-bin/lumows"},
+        {"lumocmd -u http://lo", "lumocmd -u http://localhost/cgi-bin/lumows"},
+        {"lumocmd -s ev", "lumocmd -s evening.socket"}, // and no other files
+        {"lumocmd -t bentellocal -f sendb", "lumocmd -t bentellocal -f " + function},
+        {"lumocmd -tBENTELLOCAL -f ", "lumocmd -tBENTELLOCAL -f " + function},
+        {"lumocmd -v ON -t BENTELLOCAL -s /x -w 5 -f ",
+         "lumocmd -v ON -t BENTELLOCAL -s /x -w 5 -f " + function},
+        {"lumocmd -tSOAP -t 'bentellocal' -f ", "lumocmd -tSOAP -t 'bentellocal' -f " + function},
         // fish tells a completion nothing about the words behind the cursor.
-        {"lumocmd -f ", "lumocmd -f @FUNCTION -t @type", "lumocmd -f -t @type", " -t @type"},
+        {"lumocmd -f ", "lumocmd -f " + function + " -t BENTELLOCAL", "lumocmd -f -t BENTELLOCAL",
+         " -t BENTELLOCAL"},
         // The value of another option is no type.
-        {"lumocmd -s -t @TYPE -f ", nullptr},
-        {"lumocmd -f SEND", nullptr},
-        {"lumocmd -t NOSUCH -f ", nullptr},
-        {"lumocmd -t EIBINTERNET -f ", nullptr},
-        {"lumocmd -t FSMCORE -f ", nullptr},
-        {"lumocmd -t SOAP -t FSMCORE -f SERVICE_T", nullptr},
-        {"lumocmd -t SOAP -f NOSUCH -p ", nullptr},
+        {"lumocmd -s -t BENTELLOCAL -f ", unchanged},
+        {"lumocmd -f SEND", unchanged},
+        {"lumocmd -t NOSUCH -f ", unchanged},
+        {"lumocmd -t EIBINTERNET -f ", unchanged},
+        {"lumocmd -t FSMCORE -f ", unchanged},
+        {"lumocmd -t SOAP -t FSMCORE -f SERVICE_T", unchanged},
+        {"lumocmd -t SOAP -f NOSUCH -p ", unchanged},
         {"lumosim --vers", "lumosim --version"},
-        {"lumosim --answer @gatewa", "lumosim --answer @gateway="},
-        {"lumosim --raw --delay @gateway=5 --log-format j",
-         "lumosim --raw --delay @gateway=5 --log-format json"},
+        {"lumosim --answer bente", "lumosim --answer bentel="},
+        {"lumosim --raw --delay bentel=5 --log-format j",
+         "lumosim --raw --delay bentel=5 --log-format json"},
         {"lumosim --log-format=j", "lumosim --log-format=json"},
-        {"lumosim --expect @HOME/evening.l", "lumosim --expect @HOME/evening.list"},
-        {"lumosim --raw -- @HOME/evening.l", "lumosim --raw -- @HOME/evening.list"},
-        {"lumosim --port e", nullptr},
+        {"lumosim --expect evening.l", "lumosim --expect evening.list"},
+        {"lumosim --raw -- ./evening.l", "lumosim --raw -- ./evening.list"},
+        {"lumosim --port e", unchanged},
+    };
+    const auto without_blanks = [](const std::string &text) {
+        return std::regex_replace(text, std::regex(" +(?= |$)"), "");
     };
     for (const auto &each : rows) {
-        const std::string line = filled(each.line, texts);
-        SCOPED_TRACE(line);
-        const answer given = complete(line, filled(each.rest, texts));
-        const auto without_blanks = [](const std::string &text) {
-            return std::regex_replace(text, std::regex(" +(?= |$)"), "");
-        };
-        const char *wanted = each.wanted == nullptr ? each.line : each.wanted;
-        wanted = is_fish_ && each.in_fish != nullptr ? each.in_fish : wanted;
-        EXPECT_EQ(without_blanks(given.line), without_blanks(filled(wanted, texts)));
-        if (each.wanted == nullptr) {
+        SCOPED_TRACE(each.line);
+        const answer given = complete(each.line, each.rest);
+        const std::string &wanted = is_fish_ ? each.in_fish : each.wanted;
+        EXPECT_EQ(without_blanks(given.line),
+                  without_blanks(wanted == unchanged ? each.line : wanted));
+        if (wanted == unchanged) {
             EXPECT_EQ(given.shown.find("DATAGRAM"), std::string::npos) << given.shown;
             EXPECT_EQ(given.shown.find("SERVICE_"), std::string::npos) << given.shown;
         }

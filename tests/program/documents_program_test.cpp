@@ -14,11 +14,15 @@
 namespace {
 
 using namespace harness;
-using matches = std::sregex_iterator;
 
 std::string file_text(const std::filesystem::path &path) {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::smatch> found_in(const std::string &text, const char *pattern) {
+    const std::regex regex(pattern);
+    return {std::sregex_iterator(text.begin(), text.end(), regex), std::sregex_iterator()};
 }
 
 /// The failure shows the lines to paste.
@@ -34,7 +38,6 @@ TEST(Documents, ListWhatTheTablesHold) {
 /// suffix, and what the build makes need not be there.
 TEST(Documents, SpeakOfFilesThatExist) {
     const std::filesystem::path project = PROJECT_DIRECTORY;
-    const std::regex path("`(?!build/|[^`]*/[A-Z]+`)([a-z]\\w*/[\\w./-]*)`");
     std::size_t pages = 0;
     for (auto entry = std::filesystem::recursive_directory_iterator(project);
          entry != std::filesystem::recursive_directory_iterator(); ++entry) {
@@ -46,14 +49,14 @@ TEST(Documents, SpeakOfFilesThatExist) {
             continue;
         }
         const std::string text = file_text(entry->path());
-        for (matches found(text.begin(), text.end(), path); found != matches(); ++found) {
+        for (const auto &path : found_in(text, "`(?!build/|[^`]*/[A-Z]+`)([a-z]\\w*/[\\w./-]*)`")) {
             bool exists = false;
             for (const auto &from : {project, entry->path().parent_path()}) {
                 for (const char *suffix : {"", ".h", ".cpp"}) {
-                    exists |= std::filesystem::exists(from / ((*found)[1].str() + suffix));
+                    exists |= std::filesystem::exists(from / (path[1].str() + suffix));
                 }
             }
-            EXPECT_TRUE(exists) << entry->path() << " speaks of " << (*found)[1];
+            EXPECT_TRUE(exists) << entry->path() << " speaks of " << path[1];
         }
         pages++;
     }
@@ -72,16 +75,13 @@ TEST(Documents, NameTestsThatExist) {
             tests += file_text(entry.path());
         }
     }
-    const std::regex name("`(\\w+)`");
-    std::size_t names = 0;
-    for (matches found(promises.begin(), promises.end(), name); found != matches(); ++found) {
-        const std::string wanted = (*found)[1];
-        EXPECT_TRUE(tests.find("(" + wanted + ",") != std::string::npos ||
-                    tests.find("add_executable(" + wanted) != std::string::npos)
-            << "SECURITY.md names " << wanted;
-        names++;
+    const auto names = found_in(promises, "`(\\w+)`");
+    EXPECT_GT(names.size(), 5U);
+    for (const auto &name : names) {
+        EXPECT_TRUE(tests.find("(" + name[1].str() + ",") != std::string::npos ||
+                    tests.find("add_executable(" + name[1].str()) != std::string::npos)
+            << "SECURITY.md names " << name[1];
     }
-    EXPECT_GT(names, 5U);
 }
 
 /// Midnight of a day such as 2026-11-21 as Debian writes it.
@@ -96,14 +96,13 @@ std::string debian_date(const std::string &day) {
 /// The failure shows the changelog that the packages need.
 TEST(Changelog, HasTheSameReleasesForDebian) {
     const std::string log = file_text(PROJECT_DIRECTORY "/CHANGELOG.md");
-    const std::regex release("\n## \\[(\\d[^\\]]*)\\] - (\\d{4}-\\d\\d-\\d\\d)");
     std::string wanted;
-    for (matches found(log.begin(), log.end(), release); found != matches(); ++found) {
-        wanted += (wanted.empty() ? "" : "\n") + ("lumocmd (" + (*found)[1].str()) +
+    for (const auto &release : found_in(log, "\n## \\[(\\d[^\\]]*)\\] - (\\d{4}-\\d\\d-\\d\\d)")) {
+        wanted += (wanted.empty() ? "" : "\n") + ("lumocmd (" + release[1].str()) +
                   ") stable; urgency=medium\n\n"
                   "  * New release; CHANGELOG.md says what is new.\n\n"
                   " -- The Lumotron developers <developers@lumotron.example>  " +
-                  debian_date((*found)[2]) + "\n";
+                  debian_date(release[2]) + "\n";
     }
     EXPECT_TRUE(wanted.starts_with("lumocmd (" LUMOCMD_VERSION ") ")) << wanted;
     EXPECT_EQ(file_text(PROJECT_DIRECTORY "/packaging/debian/changelog"), wanted);
@@ -111,13 +110,11 @@ TEST(Changelog, HasTheSameReleasesForDebian) {
 
 TEST(Manual, HasTheLowEightBitsRight) {
     const std::string manual = file_text(LUMOCMD_MANUALS "/lumocmd.1");
-    const std::regex row("\n\\.It (\\d+) Ta (\\d+) Ta");
-    std::size_t rows = 0;
-    for (matches found(manual.begin(), manual.end(), row); found != matches(); ++found) {
-        EXPECT_EQ(std::stoi((*found)[1]) & 0xff, std::stoi((*found)[2])) << found->str();
-        rows++;
+    const auto rows = found_in(manual, "\n\\.It (\\d+) Ta (\\d+) Ta");
+    EXPECT_GT(rows.size(), 5U);
+    for (const auto &row : rows) {
+        EXPECT_EQ(std::stoi(row[1]) & 0xff, std::stoi(row[2])) << row.str();
     }
-    EXPECT_GT(rows, 5U);
 }
 
 TEST(Manual, PleasesMandocAndFitsATerminalOf60ColumnsInGroff) {
