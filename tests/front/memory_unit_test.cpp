@@ -145,15 +145,12 @@ TEST_F(Memory, SourcesAreReleasedWhenTheirFlagsSaySoAndTheRecordAtTheEnd) {
         bool releases_first = false;
         bool releases_second = false;
     } rows[] = {
-        {[](char *first, char *) { return xstrdup(first, first); }},
-        {[](char *first, char *) { return xstrndup(first, first, 3); }},
         {[](char *first, char *) { return xstrdup_free(first, 0); }},
         {[](char *first, char *) { return xstrdup_free(first, 1); }, true},
         {[](char *first, char *) { return xstrdup_free(first, -1); }, true},
         {[](char *first, char *) { return xstrndup_free(first, 3, 0); }},
         {[](char *first, char *) { return xstrndup_free(first, 3, 1); }, true},
         {[](char *first, char *) { return xstrndup_free(first, 3, -1); }, true},
-        {[](char *first, char *second) { return xstrconcat(first, second); }},
         {[](char *first, char *second) { return xstrconcat_free(first, second, 0, 0); }},
         {[](char *first, char *second) { return xstrconcat_free(first, second, -1, 0); }, true},
         {[](char *first, char *second) { return xstrconcat_free(first, second, 0, -1); }, false,

@@ -4,8 +4,6 @@
 
 #include "tests/protocol/gateways.h"
 
-#include <string>
-
 constexpr int TOO_LONG = 9; ///< a request that is not sent, quoted like the send message
 
 /// A message as an exchange writes it, without colours.
@@ -30,9 +28,4 @@ inline std::string exchange_message(const protocol::gateway_row &x, int number,
         x.tag + " error request text is longer than 1023 characters",
     };
     return number == 2 ? texts[number] : texts[number] + " for function " + shown;
-}
-
-/// The function by which the tests of all exchanges call one.
-inline const char *usual_function(const protocol::gateway_row &x) {
-    return x.functions.front().name;
 }

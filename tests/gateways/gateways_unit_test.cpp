@@ -1,5 +1,6 @@
-// The exchange of all gateways: what it sends, how it reads an answer, and what it says of each
-// failure. What differs between the gateways is tried with each, the rest with one.
+// The builders and the exchange of all gateways: which functions they serve, what they refuse, what
+// they send, how they read an answer, and what they say of each failure. What differs between the
+// gateways is tried with each, the rest with one.
 
 #include "tests/gateways/exchange_messages.h"
 #include "tests/harness/console.h"
@@ -15,22 +16,123 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
-const words VALUES(11, "v"); // enough for every exchange
-
-// --- The request
-
-/// Has these values sent with the usual function.
-void expect_sent(const gateway_row &x, const words &values) {
-    const function_row &function = x.functions.front();
-    const meeting_point point(x.where,
-                              {expect(request_text(function, function.name, values)),
-                               reply(std::string("Response Status: ") + x.prefix + "0\n")});
-    EXPECT_EQ(call(x, point, function.name, values), 0);
+/// Has a request sent, and its answer returned.
+void expect_sent(const gateway_row &x, const std::string &request,
+                 const std::function<int(const meeting_point &)> &send_request) {
+    SCOPED_TRACE(title(x) + ": " + request);
+    const meeting_point point(
+        x.where, {expect(request), reply(std::string("Response Status: ") + x.prefix + "42\n")});
+    const client_outcome got = watched([&] { return send_request(point); });
+    EXPECT_EQ(got.output, "");
+    EXPECT_EQ(got.status, 42);
+    EXPECT_FALSE(got.left_open);
     EXPECT_EQ(point.daemon->finish(), "");
 }
 
+// --- The builders
+
+/// Sends this list by the builder, or by the exchange where the builder refuses what the exchange
+/// knows.
+void expect_list_sent(const function_case &row, const std::string &function,
+                      const std::string &list) {
+    const auto &[x, known] = row;
+    const words values = values_of_list(known, list);
+    expect_sent(x, request_text(known, function, values), [&](const meeting_point &point) {
+        return row.function.built == builder_answer::SENDS
+                   ? builder_of(row.gateway)
+                         .make(point.path.c_str(), point.port, function.c_str(), list.c_str())
+                   : call(row.gateway, point, function.c_str(), values);
+    });
+}
+
+/// Builds a request that must end before a connection: nobody is there.
+void expect_refusal(const function_case &row, const char *function, const char *list, int status,
+                    const std::string &output) {
+    SCOPED_TRACE(name_of(row) + " " + (list == nullptr ? "(no list)" : list));
+    const client_outcome got =
+        watched([&] { return builder_of(row.gateway).make("/nowhere", 0, function, list); });
+    EXPECT_EQ(got.output, output);
+    EXPECT_EQ(got.status, status);
+}
+
+TEST(GatewayBuilder, SendsItsFunctionsAndReturnsTheAnswer) {
+    for (const function_case &row : all_functions()) {
+        expect_list_sent(row, row.function.name, row.function.sample);
+        expect_list_sent(row, lower(row.function.name), row.function.sample);
+    }
+}
+
+TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
+    for (const function_case &row : all_functions()) {
+        if (row.function.built == builder_answer::REFUSES) {
+            continue;
+        }
+        const std::size_t count = count_of(row.function);
+        const std::string too_few = list_of(count - 1);
+        const std::string message = red(count_message(row.gateway, row.function));
+        for (const std::string &list : {too_few, list_of(count + 1), "p||" + too_few}) {
+            expect_refusal(row, row.function.name, list.c_str(), 505, message);
+        }
+        expect_refusal(row, row.function.name, nullptr, 505, message);
+    }
+}
+
+/// The function named otherwise, and one that its builder only counts, or that the exchange alone
+/// knows.
+TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
+    for (const function_case &row : all_functions()) {
+        const std::string name = row.function.name;
+        for (const std::string &stranger :
+             {std::string(), name + "S", name.substr(1), name.substr(0, name.size() - 1)}) {
+            expect_refusal(row, stranger.c_str(), row.function.sample, 503, "");
+        }
+        expect_refusal(row, nullptr, nullptr, 503, "");
+        if (row.function.built != builder_answer::SENDS) {
+            expect_refusal(row, name.c_str(), row.function.sample, 503, "");
+        }
+    }
+}
+
+TEST(GatewayBuilder, ChecksTheLengthOfSomeValuesInOrder) {
+    for (const function_case &row : all_functions()) {
+        const function_row &function = row.function;
+        words all_wrong = entries_of(function.sample);
+        std::string first;
+        for (const width_row &checked : function.widths) {
+            const std::string message = red(row.gateway.builder + " error " + checked.refusal);
+            first = first.empty() ? message : first;
+            words entries = entries_of(function.sample);
+            std::string &entry = entries[checked.item - 1];
+            entry.assign(checked.width, 'x');
+            expect_list_sent(row, function.name, joined(entries, "|"));
+            for (const std::size_t width : {checked.width - 1, checked.width + 1}) {
+                entry.assign(width, 'x');
+                const std::string list = joined(entries, "|");
+                expect_refusal(row, function.name, list.c_str(), 502, message);
+                expect_refusal(row, function.name, (list + "|more").c_str(), 505,
+                               red(count_message(row.gateway, function)));
+            }
+            all_wrong[checked.item - 1] = "too long";
+        }
+        if (!first.empty()) {
+            expect_refusal(row, function.name, joined(all_wrong, "|").c_str(), 502, first);
+        }
+    }
+}
+
+// --- The exchange
+
+const words VALUES(11, "v"); // enough for every exchange
+
+/// Sends these values with the gateway's first function.
+void expect_values_sent(const gateway_row &x, const words &values) {
+    const function_row &function = x.functions.front();
+    expect_sent(x, request_text(function, function.name, values),
+                [&](const meeting_point &point) { return call(x, point, function.name, values); });
+}
+
 TEST(GatewayExchange, SendsValuesAsTheyAre) {
-    expect_sent(any_gateway(), {" a\tb ", "", "c\nUserCode: d", "100%s '\"\\|\r"});
+    expect_values_sent(any_gateway(), {" a\tb ", "", "c\nUserCode: d", "100%s '\"\\|\r"});
 }
 
 TEST(GatewayExchange, SendsUpTo1023Characters) {
@@ -40,7 +142,7 @@ TEST(GatewayExchange, SendsUpTo1023Characters) {
         words values = VALUES;
         const std::size_t usual = request_text(function, function.name, values).size();
         values[0].append(1023 - usual, 's');
-        expect_sent(x, values);
+        expect_values_sent(x, values);
         for (const std::size_t more : {1U, 100000U}) {
             values[0].append(more, 's');
             const meeting_point point(x.where, {});
@@ -54,8 +156,6 @@ TEST(GatewayExchange, SendsUpTo1023Characters) {
         }
     }
 }
-
-// --- The answer
 
 /// Sends the answer, closes, and checks what the exchange makes of it: a message with the system's
 /// words for `number`, or the returned number when there is none.
