@@ -1,8 +1,8 @@
 #include "tests/webservice/http_peer.h"
 
+#include <arpa/inet.h>
 #include <cstdio>
 #include <gtest/gtest.h>
-#include <regex>
 
 namespace harness {
 
@@ -19,17 +19,8 @@ const char *const ENVELOPE_TAG = NAMESPACES("http://schemas.xmlsoap.org/soap/env
 const char *const ENVELOPE_TAG_12 = NAMESPACES("http://www.w3.org/2003/05/soap-envelope",
                                                "http://www.w3.org/2003/05/soap-encoding");
 
-namespace {
-
-/// Every element on a line of its own.
-std::string by_element(const std::string &text) {
-    return std::regex_replace(text, std::regex("<(?!/)"), "\n<");
-}
-
 /// The client ends its envelope with a line break and counts it in.
-const char *const REQUEST_END = "</SOAP-ENV:Envelope>\r\n";
-
-} // namespace
+static const char *const REQUEST_END = "</SOAP-ENV:Envelope>\r\n";
 
 std::string http_request::header(const std::string &name) const {
     const std::string start = "\r\n" + name + ": ";
@@ -51,14 +42,9 @@ http_request split_request(const std::string &bytes) {
 }
 
 std::string request_text(const std::string &operation, const std::string &children) {
-    return by_element(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + std::string(ENVELOPE_TAG) +
-        "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
-        element("ns:service-" + operation, children) + "</SOAP-ENV:Body>" + REQUEST_END);
-}
-
-std::string sent_text(const peer &service) {
-    return by_element(split_request(service.received()).body);
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + std::string(ENVELOPE_TAG) +
+           "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
+           element("ns:service-" + operation, children) + "</SOAP-ENV:Body>" + REQUEST_END;
 }
 
 std::string envelope(const std::string &content, const std::string &header) {
@@ -69,6 +55,11 @@ std::string fault_element(const std::string &code, const std::string &reason,
                           const std::string &more) {
     return element("SOAP-ENV:Fault",
                    element("faultcode", code) + element("faultstring", reason) + more);
+}
+
+std::string fault_report(const std::string &code, const std::string &reason,
+                         const std::string &detail) {
+    return "SOAP 1.1 fault " + code + " [no subcode]\n\"" + reason + "\"\nDetail: " + detail + "\n";
 }
 
 std::string http_answer(const std::string &body, const std::string &status,
@@ -86,33 +77,22 @@ std::string http_chunk(const std::string &bytes) {
 
 std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
                         std::size_t announced) {
-    std::string record;
-    const auto put = [&record](std::size_t number, int size) {
-        while (size-- > 0) {
-            record += static_cast<char>(number >> (8 * size) & 0xff);
-        }
-    };
-    put(1U << 3 | flags, 1);
-    put(type_format << 4, 1);
-    put(0, 2); // options
-    put(0, 2); // identifier
-    put(type.size(), 2);
-    put(announced, 4);
+    const std::uint32_t head[] = {htonl((1U << 3 | flags) << 24 | type_format << 20),
+                                  htonl(static_cast<std::uint32_t>(type.size())),
+                                  htonl(static_cast<std::uint32_t>(announced))};
     type.resize((type.size() + 3) / 4 * 4);
     bytes.resize((bytes.size() + 3) / 4 * 4);
-    return record + type + bytes;
+    return std::string(reinterpret_cast<const char *>(head), sizeof head) + type + bytes;
 }
 
 script after_request(script further) {
-    script steps = {collect_until(REQUEST_END)};
-    steps.insert(steps.end(), further.begin(), further.end());
-    return steps;
+    further.insert(further.begin(), collect_until(REQUEST_END));
+    return further;
 }
 
-run_result call_at(const std::string &url, const words &further) {
-    words arguments = {"-t", "SOAP", "-u", url};
-    arguments.insert(arguments.end(), further.begin(), further.end());
-    return lumocmd(arguments);
+run_result call_at(const std::string &url, words further) {
+    further.insert(further.begin(), {"-t", "SOAP", "-u", url});
+    return lumocmd(further);
 }
 
 run_result call_answered(const std::string &answer, const words &further) {
@@ -127,11 +107,6 @@ void expect_run(const run_result &run, const std::string &output, int code,
     EXPECT_EQ(run.output, output);
     EXPECT_EQ(run.errors, errors);
     EXPECT_EQ(run.status, code & 0xff);
-}
-
-std::string fault_report(const std::string &code, const std::string &reason,
-                         const std::string &detail) {
-    return "SOAP 1.1 fault " + code + " [no subcode]\n\"" + reason + "\"\nDetail: " + detail + "\n";
 }
 
 } // namespace harness

@@ -5,7 +5,6 @@
 
 #include "tests/harness/console.h"
 #include "tests/harness/peer.h"
-#include "tests/harness/process.h"
 
 #include <string>
 
@@ -28,11 +27,8 @@ http_request split_request(const std::string &bytes);
 extern const char *const ENVELOPE_TAG;
 extern const char *const ENVELOPE_TAG_12;
 
-/// The body of the request that calls an operation, and what a service has received of it. Every
-/// element stands on a line of its own, so that a failed comparison shows the one that differs.
-/// @param children the operation's child elements as they must arrive.
+/// The body of the request that calls an operation, with these child elements.
 std::string request_text(const std::string &operation, const std::string &children);
-std::string sent_text(const peer &service);
 
 /// An envelope around the content of its body; `header` is a whole header element or nothing.
 std::string envelope(const std::string &content, const std::string &header = "");
@@ -47,9 +43,12 @@ inline std::string response_element(const std::string &operation, const std::str
     return element("ns:service-" + operation + "Response", children);
 }
 
-/// A SOAP 1.1 fault with this code and reason; `more` follows the reason.
+/// A SOAP 1.1 fault with this code and reason; `more` follows the reason. And how the client
+/// reports it on standard error.
 std::string fault_element(const std::string &code, const std::string &reason,
                           const std::string &more = "");
+std::string fault_report(const std::string &code, const std::string &reason,
+                         const std::string &detail = "[no detail]");
 
 /// A whole HTTP answer with a Content-Length, and the one of an operation with these children.
 std::string http_answer(const std::string &body, const std::string &status = "200 OK",
@@ -61,7 +60,7 @@ inline std::string http_response(const std::string &operation, const std::string
 /// One chunk of a body; an empty one is the last.
 std::string http_chunk(const std::string &bytes);
 
-/// One DIME record: flags and lengths, the type, the bytes; all padded to four.
+/// One DIME record, padded to four bytes each: flags and lengths, the type, the bytes.
 /// @param announced length of the bytes as the record states it.
 std::string dime_record(unsigned flags, unsigned type_format, std::string type, std::string bytes,
                         std::size_t announced);
@@ -78,13 +77,11 @@ inline std::string url_of(const peer &service) {
     return "http://127.0.0.1:" + std::to_string(service.port()) + "/cgi-bin/lumows";
 }
 
-/// Runs the program with a SOAP request: `-t SOAP -u <url>` and the further arguments.
-run_result call_at(const std::string &url, const words &further);
+/// Runs the program with a SOAP request to a url, to a peer, or to one that gives this answer.
+run_result call_at(const std::string &url, words further);
 inline run_result call_service(const peer &service, const words &further) {
     return call_at(url_of(service), further);
 }
-
-/// The same against a service that gives this answer to the request.
 run_result call_answered(const std::string &answer, const words &further);
 
 /// Compares all that a run has left; `code` is the whole status.
@@ -93,15 +90,6 @@ void expect_run(const run_result &run, const std::string &output, int code,
 
 /// Names a test's row.
 constexpr auto NAME_OF_ROW = [](const auto &row) { return row.param.name; };
-
-/// A call whose lines are shown only with a result, what is usually answered, and the lines.
-inline const words RECORD_CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
-inline const std::string USUAL_RECORD =
-    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
-inline std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {
-    return green(pid, "[lumocmd] Status: " + status) +
-           green(pid, "[lumocmd] Current Value: " + value);
-}
 
 /// A call without lines.
 inline const words SINGLE_CALL = {"-f", "SERVICE_TEST", "-v", "ON"};
@@ -112,8 +100,13 @@ inline std::string text_line(pid_t pid, const std::string &url) {
     return green(pid, "[lumocmd] Url: " + url);
 }
 
-/// The client's report of a fault on standard error.
-std::string fault_report(const std::string &code, const std::string &reason,
-                         const std::string &detail = "[no detail]");
+/// A call whose lines are shown only with a result, what is usually answered, and the lines.
+inline const words RECORD_CALL = {"-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i", "-v", "ON"};
+inline const std::string USUAL_RECORD =
+    "<result>LMWS-000</result><status>on</status><currentvalue>7</currentvalue>";
+inline std::string record_lines(pid_t pid, const std::string &status, const std::string &value) {
+    return green(pid, "[lumocmd] Status: " + status) +
+           green(pid, "[lumocmd] Current Value: " + value);
+}
 
 } // namespace harness
