@@ -98,14 +98,6 @@ int open(const char *path, int flags, ...) {
     return fails("open") ? -1 : (int)syscall(SYS_openat, AT_FDCWD, path, flags, 0);
 }
 
-int fcntl(int descriptor, int command, ...) {
-    va_list arguments;
-    va_start(arguments, command);
-    const long argument = va_arg(arguments, long);
-    va_end(arguments);
-    return fails("fcntl") ? -1 : (int)syscall(SYS_fcntl, descriptor, command, argument);
-}
-
 /* Linux gives the descriptor free even when it reports a failure. */
 int close(int descriptor) {
     const int failed = fails("close");
@@ -173,9 +165,8 @@ void *realloc(void *block, size_t size) {
 
 static void record(int priority, const char *format, va_list arguments) {
     char text[256];
-    const int length = vsnprintf(text, sizeof text, format, arguments);
-    const int is_line = length > 0 && text[length - 1] == '\n';
-    note("syslog %d %.*s%s\n", priority, length - is_line, text, is_line ? "\\n" : "");
+    vsnprintf(text, sizeof text, format, arguments);
+    note("syslog %d %s", priority, text); /* which ends the line */
 }
 
 __attribute__((format(printf, 2, 3))) void syslog(int priority, const char *format, ...) {

@@ -1,33 +1,22 @@
-// A request of every kind: to FSMCore, to a gateway, and to the web service for each way in which
-// an answer is shown. What is answered, and what an answer or none of it looks like.
+// A request of every kind: to FSMCore, to a gateway, and to the web service for each status that a
+// failed call has. What is answered, and what an answer or none of it looks like.
 
 #pragma once
 
+#include "tests/fsmcore/fsmcore_exchanges.h"
+#include "tests/gateways/exchange_messages.h"
+#include "tests/harness/console.h"
 #include "tests/harness/peer.h"
-#include "tests/harness/process.h"
-#include "tests/protocol/gateway_row.h"
+#include "tests/webservice/http_peer.h"
 
+#include <cerrno>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace failure_tests {
-
-/// Where an exchange with a daemon can fail.
-enum failure {
-    OPENING,
-    SENDING,
-    RECEIVING,
-    NO_STATUS_LINE,
-    WRONG_PREFIX,
-    BAD_NUMBER,
-    FURTHER_TEXT
-};
-
-inline std::string no_lines(pid_t /*pid*/, bool /*is_answered*/) {
-    return "";
-}
 
 struct request {
     bool is_service() const {
@@ -37,34 +26,59 @@ struct request {
     std::string name;
     harness::family where; ///< the daemons have sockets, the services ports
     harness::words arguments;
-    harness::script answered;
-    std::string (*lines)(pid_t pid, bool is_answered) = no_lines; ///< above the last one
-    int failed_status = 0;                                        ///< of a service
-    // Of a daemon
-    std::string text = {};   ///< all that is sent
-    std::string prefix = {}; ///< of the status in its answer
-    std::string rest = {};   ///< of the answer, behind the status line
-    int base = 0;            ///< the codes of its failures count from here
-    std::string (*shown)(int code) = nullptr;
-    std::string (*message)(failure how, const std::string &reason) = nullptr;
+    harness::script answered; ///< of a daemon: all that it is sent, and its answer
+    int failed_status = 0;    ///< of a service
 };
 
-/// The gateway, for what else its row says.
-const protocol::gateway_row &sample_gateway();
+inline const std::vector<request> &every_request() {
+    using namespace harness;
+    const protocol::gateway_row &gateway = protocol::any_gateway();
+    const protocol::function_row &function = gateway.functions.front();
+    const std::string result = "<result>LMWS-042</result>";
+    static const std::vector<request> all = {
+        {"Fsmcore",
+         family::UNIX_SOCKET,
+         {"-t", "FSMCORE", "-f", "GETSTATE", "-p", "12|on"},
+         {expect("Request: GETSTATE\nParameter Count: 2\nParam000 Length: 2\nParam000:\n12\n"
+                 "Param001 Length: 2\nParam001:\non\nWaittime: 5\n\n"),
+          reply("Response Status: FSMC-0042\nParameter Count: 2\nParam000 Length: 3\nParam000:\n"
+                "yes\nParam001 Length: 2\nParam001:\nno\n")}},
+        {"Gateway",
+         family::UNIX_SOCKET,
+         {"-t", std::string(gateway.name) + "LOCAL", "-f", function.name, "-p", function.sample},
+         {expect(sample_request(function, function.name)),
+          reply("Response Status: " + std::string(gateway.prefix) + "0042\n")}},
+        {"Text",
+         family::LOOPBACK,
+         {"-t", "SOAP", "-f", "SERVICE_RETRIEVECONFIGURATION", "-p", "s"},
+         answering(http_response("retrieveconfiguration", result + "<url>http://c/</url>")),
+         502},
+        {"Record",
+         family::LOOPBACK,
+         {"-t", "SOAP", "-f", "SERVICE_GETELEMENTSTATUS", "-p", "s|i"},
+         answering(http_response("getelementstatus", result + "<status>on</status>")),
+         508},
+    };
+    return all;
+}
 
-std::span<const request> every_request();
-std::span<const request> daemon_requests();
-std::span<const request> service_requests();
+inline std::span<const request> daemon_requests() {
+    return std::span(every_request()).first(2);
+}
 
-/// The number that all of them are answered with, and how it is shown.
-constexpr int ANSWERED = 42;
-inline const char *const ANSWERED_TEXT = "FSMC-042\n";
-
-/// A whole answer of a daemon with this number.
-std::string answer_of(const request &daemon, const std::string &number);
+inline std::span<const request> service_requests() {
+    return std::span(every_request()).subspan(2);
+}
 
 /// The whole command for a peer.
-harness::words arguments_of(const request &wanted, const harness::meeting_point &at);
+inline harness::words arguments_of(const request &wanted, const harness::meeting_point &at) {
+    harness::words all = wanted.arguments;
+    all.emplace_back(wanted.is_service() ? "-u" : "-s");
+    all.push_back(wanted.is_service() ? harness::url_of(*at.daemon) : at.path);
+    return all;
+}
+
+// ---------------------------------------------------------------------------------------------
 
 /// What is shown, and how the run ends.
 struct outcome {
@@ -72,37 +86,67 @@ struct outcome {
     int status;
 };
 
-outcome failed(const request &daemon, failure how, int error = 0);
+inline void expect_outcome(const harness::run_result &run, const outcome &wanted) {
+    harness::expect_run(run, wanted.output, wanted.status);
+}
+
+/// Of every request that is answered.
+inline const outcome ANSWERED = {"FSMC-042\n", 42};
+
+/// Where an exchange with a daemon can fail, by the number of the gateway's message.
+enum failure { OPENING = 1, SENDING = 3, RECEIVING, NO_STATUS_LINE, BAD_NUMBER = 7, FURTHER_TEXT };
+
+inline outcome failed(const request &daemon, failure how, int error = 0) {
+    const int step = how == OPENING ? 5 : how == SENDING ? 6 : 7;
+    const std::string reason = strerror(error);
+    if (daemon.name == "Fsmcore") {
+        const int number = how == OPENING ? 1 : how == FURTHER_TEXT ? 12 : how - 1;
+        return {harness::red(fsmcore_message(LOCAL, number, "GETSTATE", reason)) + "FSMC-00" +
+                    std::to_string(step + 1) + "\n",
+                step + 1};
+    }
+    const protocol::gateway_row &gateway = protocol::any_gateway();
+    const int code = gateway.base + step;
+    return {harness::red(exchange_message(gateway, how, usual_function(gateway), reason)) +
+                shown_code(gateway, code) + "\n",
+            code};
+}
 
 /// The red line of the connector, and the failure that follows from it.
-outcome unconnected(const request &daemon, const std::string &call, int error);
-
-void expect_outcome(const harness::run_result &run, const outcome &wanted);
-void expect_answered(const request &wanted, const harness::run_result &run,
-                     bool is_output_lost = false);
-
-/// Makes every request and has it answered.
-void expect_every_answer(const harness::start_options &options, bool is_output_lost = false);
+inline outcome unconnected(const request &daemon, const std::string &call, int error) {
+    outcome whole = failed(daemon, OPENING);
+    whole.output.insert(0, harness::red("utility->make_localtcpclient_socket " + call +
+                                        " failed with error '" + strerror(error) + "'"));
+    return whole;
+}
 
 /// A service's failure is reported in the runtime's words, once.
-void expect_reported(const request &service, const harness::run_result &run,
-                     const std::string &reason = "");
+inline void expect_reported(const request &service, const harness::run_result &run,
+                            const std::string &reason = "") {
+    const int code = service.failed_status;
+    harness::expect_run(run, "LMCM-" + std::to_string(code) + "\n", code, run.errors);
+    EXPECT_NE(run.errors.find(" fault "), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find(reason), std::string::npos) << run.errors;
+    const std::size_t detail = run.errors.find("\nDetail: ");
+    EXPECT_NE(detail, std::string::npos) << run.errors;
+    EXPECT_EQ(detail, run.errors.rfind("\nDetail: ")) << run.errors;
+}
+
+// ---------------------------------------------------------------------------------------------
 
 /// Whether memory and time are the shipped program's own. Instrumented and emulated ones are slow
 /// and large: they get smaller floods and no bounds.
-bool is_shipped_program();
+inline bool is_shipped_program() {
+#ifdef NDEBUG
+    return !harness::is_wrapped();
+#else
+    return false;
+#endif
+}
 
 /// How much of a flood this program is sent.
-std::size_t flooded(std::size_t size);
-
-/// For what a caller does to the process: behind a wrapper it would hit that.
-class unwrapped_test : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (harness::is_wrapped()) {
-            GTEST_SKIP() << "what the caller does would hit the wrapper";
-        }
-    }
-};
+inline std::size_t flooded(std::size_t size) {
+    return is_shipped_program() ? size : size / 64;
+}
 
 } // namespace failure_tests
