@@ -6,15 +6,23 @@
 using protocol::builder_answer;
 using protocol::function_row;
 using protocol::gateway_row;
+using protocol::words;
 
 namespace {
 
+/// The entries of a -p list: an empty one ends it.
+words entries_taken(const std::string &list) {
+    words entries = protocol::entries_of(list);
+    entries.erase(std::find(entries.begin(), entries.end(), ""), entries.end());
+    return entries;
+}
+
 void check_any_words(fuzz::input in) {
-    std::vector<std::string> words;
-    while (in.left != 0) {
-        words.push_back(fuzz::field(&in));
+    words all;
+    while (!in.empty()) {
+        all.push_back(fuzz::field(&in));
     }
-    const fuzz::ending seen = fuzz::run_program(words, "Response Status: EIBG-042\n", 0);
+    const fuzz::ending seen = fuzz::run_program(all, "Response Status: EIBG-042\n");
     fuzz::require(seen.sent.empty() || seen.sent.starts_with("Request: ") ||
                       seen.sent.starts_with("POST "),
                   "what is sent is a request");
@@ -24,14 +32,15 @@ void check_any_words(fuzz::input in) {
 void check_gateway_list(const gateway_row &gateway, const function_row &function,
                         const std::string &list) {
     const std::string type = std::string(gateway.name) + "LOCAL";
-    const std::string answer = std::string("Response Status: ") + gateway.prefix + "0042\n";
     const fuzz::ending seen =
-        fuzz::run_program({"-t", type, "-s", "s", "-f", function.name, "-p", list}, answer, 0);
-    const std::vector<std::string> entries = fuzz::entries_taken(list);
+        fuzz::run_program({"-t", type, "-s", "s", "-f", function.name, "-p", list},
+                          std::string("Response Status: ") + gateway.prefix + "0042\n");
+    const words entries = entries_taken(list);
     if (!seen.sent.empty()) {
-        std::vector<std::string> values(function.first_value - 1);
+        words values(function.first_value - 1);
         values.insert(values.end(), entries.begin(), entries.end());
-        fuzz::require_equal("request", seen.sent, request_text(function, function.name, values));
+        fuzz::require(seen.sent == request_text(function, function.name, values),
+                      "the request is the function's");
         fuzz::require(seen.status == 42, "the status is the daemon's");
     } else if (function.built == builder_answer::REFUSES) {
         fuzz::require(seen.status == 503, "a function without a builder is not supported");
@@ -47,20 +56,20 @@ void check_gateway_list(const gateway_row &gateway, const function_row &function
 void check_fsmcore_list(const std::string &function, const std::string &list) {
     const fuzz::ending seen =
         fuzz::run_program({"-t", "FSMCORE", "-s", "s", "-f", function, "-p", list},
-                          "Response Status: FSMC-042\nParameter Count: 0\n", 0);
+                          "Response Status: FSMC-042\nParameter Count: 0\n");
     if (seen.sent.empty()) {
         fuzz::require(seen.status == 8, "too much is FSMCore's own failure");
         return;
     }
-    const std::vector<std::string> entries = fuzz::entries_taken(list);
-    std::string wanted = "Request: " + function + "\nParameter Count: ";
-    wanted += std::to_string(entries.size()) + "\n";
+    const words entries = entries_taken(list);
+    std::string wanted =
+        "Request: " + function + "\nParameter Count: " + std::to_string(entries.size()) + "\n";
     for (std::size_t i = 0; i < entries.size(); i++) {
         const std::string name = (i < 10 ? "Param00" : "Param0") + std::to_string(i);
         wanted += name + " Length: " + std::to_string(entries[i].size()) + "\n";
         wanted += name + ":\n" + entries[i] + "\n";
     }
-    fuzz::require_equal("request", seen.sent, wanted + "Waittime: 5\n\n");
+    fuzz::require(seen.sent == wanted + "Waittime: 5\n\n", "the request has the list's entries");
     fuzz::require(seen.status == 42, "the status is the daemon's");
 }
 
@@ -68,7 +77,7 @@ void check_fsmcore_list(const std::string &function, const std::string &list) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     enum { ANY_WORDS, FSMCORE, FIRST_GATEWAY };
-    fuzz::input in = {data, size};
+    fuzz::input in = fuzz::input_of(data, size);
     const std::size_t chosen = fuzz::below(&in, FIRST_GATEWAY + std::size(protocol::GATEWAYS));
     if (chosen == ANY_WORDS) {
         check_any_words(in);

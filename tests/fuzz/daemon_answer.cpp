@@ -3,7 +3,6 @@
 #include "program.h"
 #include "tests/protocol/gateways.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
@@ -12,7 +11,7 @@ namespace {
 
 /// One exchange, and its failure to read an answer. Without words: the command line has none.
 struct exchange {
-    std::vector<std::string> words;
+    protocol::words words;
     std::string request, prefix;
     int failure;
 };
@@ -42,17 +41,15 @@ bool gives(const std::string &answer, const std::string &prefix, int number) {
     const std::string tag = "Response Status: ";
     const std::string received = answer.substr(0, 1024);
     const char *line = received.c_str() + strspn(received.c_str(), "\n");
-    if (strncasecmp(line, tag.c_str(), tag.size()) != 0 ||
-        strncmp(line + tag.size(), prefix.c_str(), prefix.size()) != 0) {
-        return false;
-    }
-    return strtol(line + tag.size() + prefix.size(), nullptr, 10) == number;
+    return strncasecmp(line, tag.c_str(), tag.size()) == 0 &&
+           strncmp(line + tag.size(), prefix.c_str(), prefix.size()) == 0 &&
+           strtol(line + tag.size() + prefix.size(), nullptr, 10) == number;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    fuzz::input in = {data, size};
+    fuzz::input in = fuzz::input_of(data, size);
     const std::size_t place = fuzz::below(&in, std::size(protocol::GATEWAYS) + 1);
     const bool is_gateway = place < std::size(protocol::GATEWAYS);
     const exchange tried = exchange_of(is_gateway ? &protocol::GATEWAYS[place] : nullptr, &in);
@@ -60,15 +57,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     }
     const bool is_proper = fuzz::below(&in, 2) == 1;
-    std::string answer = fuzz::rest(&in);
+    std::string answer(in);
     if (is_proper) {
         int number = 0;
-        memcpy(&number, answer.data(), std::min(answer.size(), sizeof number));
-        answer = "Response Status: " + tried.prefix + std::to_string(number) + "\n";
-        answer += is_gateway ? "" : "Parameter Count: 0\n";
+        memcpy(&number, in.data(), std::min(in.size(), sizeof number));
+        answer = "Response Status: " + tried.prefix + std::to_string(number) + "\n" +
+                 (is_gateway ? "" : "Parameter Count: 0\n");
     }
-    const fuzz::ending seen = fuzz::run_program(tried.words, answer, 0);
-    fuzz::require_equal("request", seen.sent, tried.request);
+    const fuzz::ending seen = fuzz::run_program(tried.words, answer);
+    fuzz::require(seen.sent == tried.request, "the request is the exchange's");
     const bool is_read = seen.output.find('\n') == seen.output.size() - 1;
     fuzz::require(is_read || !is_proper, "a proper answer is read without a message");
     fuzz::require(is_read || seen.output.find("[lumocmd] ") != std::string::npos,

@@ -5,7 +5,6 @@
 
 #include "front/diagnostics.h"
 #include "front/request_record.h"
-#include "tests/protocol/texts.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -13,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <getopt.h>
+#include <map>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -25,40 +25,32 @@ int lumocmd_main(int argument_count, char **arguments);
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker names them
 extern "C" {
 void *__real_calloc(size_t count, size_t size);
-void *__real_realloc(void *block, size_t size);
 void __real_free(void *block);
 [[noreturn]] void __real_exit(int status);
 }
 
 namespace {
 
-struct kept_block {
-    void *block;
-    bool is_of_runtime;
-};
-
-/// The run under way. The program frees no parameter list, because it ends: its blocks are
-/// remembered and released here. Those that the SOAP runtime took have to be gone by themselves.
+/// The run under way.
 struct {
-    bool active;
-    jmp_buf exit_point;
-    int program_end, other_end;
-    const std::string *answer;
-    std::size_t piece;
-    fuzz::ending *seen;
-    std::vector<kept_block> *blocks;
+    bool active = false;
+    jmp_buf exit_point = {};
+    int program_end = -1;
+    int other_end = -1;
+    const std::string *answer = nullptr;
+    std::size_t piece = 0;
+    fuzz::ending *seen = nullptr;
 } run;
 
-void remember(void *block, bool is_of_runtime) {
-    if (run.active && block != nullptr) {
-        run.blocks->push_back({block, is_of_runtime});
-    }
-}
+/// Its blocks, and whether the SOAP runtime took them: those have to be gone by themselves. The
+/// program frees no parameter list, because it ends: its blocks are released here.
+std::map<void *, bool> blocks;
 
-void forget(void *block) {
-    if (run.active) {
-        std::erase_if(*run.blocks, [&](const kept_block &kept) { return kept.block == block; });
+void *remembered(void *block, bool is_of_runtime) {
+    if (run.active && block != nullptr) {
+        blocks[block] = is_of_runtime;
     }
+    return block;
 }
 
 /// Sends the answer ahead of its request, one record for each receive.
@@ -90,15 +82,16 @@ std::string received() {
 }
 
 /// The last line names the exit status behind the prefix of whoever it comes from.
-void check_last_line(const fuzz::ending &seen) {
-    fuzz::require(seen.output.ends_with('\n'), "the last line ends");
-    const std::size_t before = seen.output.rfind('\n', seen.output.size() - 2);
-    const std::string line = seen.output.substr(before + 1); // 0 where it is the only one
+bool ends_with_status(const fuzz::ending &seen) {
+    const std::string &output = seen.output;
+    if (!output.ends_with('\n')) {
+        return false;
+    }
+    const std::size_t start = output.rfind('\n', output.size() - 2) + 1; // 0: the only line
     int status = 0;
     int length = 0;
-    fuzz::require(sscanf(line.c_str(), "%*5[A-Z0-9]-%d\n%n", &status, &length) == 1 &&
-                      static_cast<std::size_t>(length) == line.size() && status == seen.status,
-                  "the last line is the status");
+    return sscanf(output.c_str() + start, "%*5[A-Z0-9]-%d\n%n", &status, &length) == 1 &&
+           start + static_cast<std::size_t>(length) == output.size() && status == seen.status;
 }
 
 void check_ending(const fuzz::ending &seen) {
@@ -108,10 +101,10 @@ void check_ending(const fuzz::ending &seen) {
                       "the status of a refused command line");
         fuzz::require(seen.connections == 0, "nothing is sent for a refused command line");
     } else {
-        check_last_line(seen);
+        fuzz::require(ends_with_status(seen), "the last line is the status");
     }
-    for (const kept_block &kept : *run.blocks) {
-        fuzz::require(!kept.is_of_runtime || seen.connections == 0, "the runtime frees its memory");
+    for (const auto &[block, is_of_runtime] : blocks) {
+        fuzz::require(!is_of_runtime || seen.connections == 0, "the runtime frees its memory");
     }
 }
 
@@ -144,14 +137,8 @@ namespace fuzz {
 
 ending run_program(const std::vector<std::string> &words, const std::string &answer,
                    std::size_t piece) {
-    static std::vector<kept_block> blocks;
     ending seen;
-    run = {};
-    run.program_end = run.other_end = -1;
-    run.answer = &answer;
-    run.piece = piece;
-    run.seen = &seen;
-    run.blocks = &blocks;
+    run = {.answer = &answer, .piece = piece, .seen = &seen};
     char *texts[2] = {};
     size_t sizes[2] = {};
     FILE *const usual_output = std::exchange(stdout, open_memstream(&texts[0], &sizes[0]));
@@ -166,8 +153,8 @@ ending run_program(const std::vector<std::string> &words, const std::string &ans
     close(run.program_end); // which the program may have done
     close(run.other_end);
     check_ending(seen);
-    for (const kept_block &kept : std::exchange(blocks, {})) {
-        free(kept.block);
+    for (const auto &[block, is_of_runtime] : std::exchange(blocks, {})) {
+        free(block);
     }
     std::for_each(arguments.begin(), arguments.end(), free);
     std::for_each(std::begin(texts), std::end(texts), free);
@@ -175,43 +162,23 @@ ending run_program(const std::vector<std::string> &words, const std::string &ans
 }
 
 std::size_t below(input *in, std::size_t bound) {
-    if (in->left == 0) {
+    if (in->empty()) {
         return 0;
     }
-    in->left--;
-    return *in->at++ % bound;
+    const auto byte = static_cast<unsigned char>(in->front());
+    in->remove_prefix(1);
+    return byte % bound;
 }
 
 std::string field(input *in) {
-    std::string text(reinterpret_cast<const char *>(in->at),
-                     strnlen(reinterpret_cast<const char *>(in->at), in->left));
-    const std::size_t taken = std::min(text.size() + 1, in->left);
-    in->at += taken;
-    in->left -= taken;
+    const std::string text(in->substr(0, in->find('\0')));
+    in->remove_prefix(std::min(text.size() + 1, in->size()));
     return text;
-}
-
-std::string rest(input *in) {
-    return {reinterpret_cast<const char *>(in->at), std::exchange(in->left, 0)};
-}
-
-std::vector<std::string> entries_taken(const std::string &list) {
-    std::vector<std::string> entries = protocol::entries_of(list);
-    entries.erase(std::find(entries.begin(), entries.end(), ""), entries.end());
-    return entries;
 }
 
 void require(bool holds, const char *what) {
     if (!holds) {
         dprintf(STDERR_FILENO, "does not hold: %s\n", what);
-        abort();
-    }
-}
-
-void require_equal(const char *what, const std::string &is, const std::string &wanted) {
-    if (is != wanted) {
-        dprintf(STDERR_FILENO, "%s\n-- is:\n%s\n-- must be:\n%s\n--\n", what, is.c_str(),
-                wanted.c_str());
         abort();
     }
 }
@@ -222,26 +189,17 @@ extern "C" {
 
 /// Instead of the program's own.
 void *lumocmd_runtime_malloc(size_t size) {
-    void *block = malloc(size);
-    remember(block, true);
-    return block;
+    return remembered(malloc(size), true);
 }
 
 void *__wrap_calloc(size_t count, size_t size) {
-    void *block = __real_calloc(count, size);
-    remember(block, false);
-    return block;
-}
-
-void *__wrap_realloc(void *block, size_t size) {
-    forget(block);
-    void *resized = __real_realloc(block, size);
-    remember(resized, false);
-    return resized;
+    return remembered(__real_calloc(count, size), false);
 }
 
 void __wrap_free(void *block) {
-    forget(block);
+    if (run.active) {
+        blocks.erase(block);
+    }
     __real_free(block);
 }
 
@@ -278,10 +236,10 @@ int __wrap_getaddrinfo(const char * /*host*/, const char * /*service*/,
                        const struct addrinfo * /*hints*/, struct addrinfo **found) {
     static sockaddr_in address = {};
     static addrinfo entry = {};
-    entry.ai_addr = reinterpret_cast<sockaddr *>(&address);
-    entry.ai_addrlen = sizeof address;
     address.sin_family = AF_INET;
     entry.ai_family = AF_INET;
+    entry.ai_addr = reinterpret_cast<sockaddr *>(&address);
+    entry.ai_addrlen = sizeof address;
     *found = &entry;
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The target itself: checks the program with one input. Returns 0, or ends the process.
@@ -13,14 +14,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 namespace fuzz {
 
-/// An input, taken apart from its start. Behind its end everything is zero or empty.
-struct input {
-    const std::uint8_t *at;
-    std::size_t left;
-};
+/// What is left of an input, which is taken apart from its start. Behind its end everything is zero
+/// or empty.
+using input = std::string_view;
+inline input input_of(const std::uint8_t *data, std::size_t size) {
+    return {reinterpret_cast<const char *>(data), size};
+}
 std::size_t below(input *in, std::size_t bound); ///< a number from 0 to bound - 1, one byte
 std::string field(input *in);                    ///< up to the next zero byte, which is taken too
-std::string rest(input *in);
 
 struct ending {
     int status = 0;          ///< the exit status before the system cuts it to eight bits
@@ -35,12 +36,9 @@ struct ending {
 /// @param answer what the other side sends to whatever connects.
 /// @param piece so many bytes arrive at a time, or more where that would take too many; 0 for all.
 ending run_program(const std::vector<std::string> &words, const std::string &answer,
-                   std::size_t piece);
+                   std::size_t piece = 0);
 
-/// The entries of a -p list: an empty one ends it.
-std::vector<std::string> entries_taken(const std::string &list);
-
+/// Ends the process with this text when it does not hold.
 void require(bool holds, const char *what);
-void require_equal(const char *what, const std::string &is, const std::string &wanted);
 
 } // namespace fuzz

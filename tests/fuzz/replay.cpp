@@ -8,15 +8,15 @@
 #include <iterator>
 
 int main(int argument_count, char **arguments) {
-    bool is_empty = true;
+    int status = 1;
     for (const auto &entry :
          std::filesystem::directory_iterator(argument_count == 2 ? arguments[1] : "")) {
         printf("%s\n", entry.path().filename().c_str());
         fflush(stdout); // a finding ends the process here
         std::ifstream file(entry.path(), std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size());
-        is_empty = false;
+        const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+        status = 0;
     }
-    return is_empty ? 1 : 0;
+    return status;
 }
