@@ -65,6 +65,7 @@ running_simulator::running_simulator(const words &options)
     const std::size_t at = text.find(host);
     url = text.substr(at, text.size() - 1 - at);
     port = std::stoi(url.substr(host.size()));
+    origin = host + std::to_string(port);
 }
 
 std::string running_simulator::ask(const std::string &socket_file, std::string_view request,

@@ -33,7 +33,8 @@ struct running_simulator {
 
     temporary_directory home;
     started_program program;
-    std::string url; ///< of the web service
+    std::string url;    ///< of the web service
+    std::string origin; ///< the same without its path
     int port = 0;
 };
 
