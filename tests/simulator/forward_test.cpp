@@ -14,10 +14,6 @@ using namespace protocol;
 
 const std::string LAMP = children("sessionid=DEMO-SESSION|idobject=LIVING-LAMP");
 
-std::string url_of(const running_simulator &house) {
-    return "http://127.0.0.1:" + std::to_string(house.port);
-}
-
 /// Asks each daemon, and the service for what the house alone answers; what was answered.
 words ask_all(const running_simulator &desk) {
     words answers;
@@ -45,7 +41,7 @@ TEST(Forwarding, AnswersWhatTheHouseAnswersAndCanBeReplayed) {
     EXPECT_EQ(answers.back(), wrap_response("getelementstatus",
                                             children("result=LMWS-000|status=ON|currentvalue=42")));
     running_simulator desk(
-        {"--forward-sockets", house.home.path, "--forward-url", url_of(house), "--record", list});
+        {"--forward-sockets", house.home.path, "--forward-url", house.origin, "--record", list});
     EXPECT_EQ(ask_all(desk), answers);
     const std::string log = desk.end();
     EXPECT_NE(log, "");
@@ -57,7 +53,7 @@ TEST(Forwarding, AnswersWhatTheHouseAnswersAndCanBeReplayed) {
 
 TEST(Forwarding, LeavesOutDaemonsThatAreToldWhatToAnswer) {
     running_simulator house;
-    running_simulator desk({"--forward-sockets", house.home.path, "--forward-url", url_of(house),
+    running_simulator desk({"--forward-sockets", house.home.path, "--forward-url", house.origin,
                             "--answer", "fsmcore=107", "--close", "soap"});
     EXPECT_EQ(desk.ask(CORE_SOCKET, CORE_REQUEST),
               "Response Status: FSMC-107\nParameter Count: 0\n");
@@ -73,7 +69,7 @@ TEST(Forwarding, UsesThePathOfTheAddress) {
     running_simulator house;
     for (const auto &[path, status] :
          {std::pair("/cgi-bin/lumows", 200), std::pair("/elsewhere", 404)}) {
-        running_simulator desk({"--forward-url", url_of(house) + path});
+        running_simulator desk({"--forward-url", house.origin + path});
         EXPECT_EQ(post_message(desk.port, wrap_request("<ns:service-test/>")).status, status);
     }
 }
@@ -81,14 +77,14 @@ TEST(Forwarding, UsesThePathOfTheAddress) {
 TEST(Forwarding, ClosesWhenTheHouseIsAway) {
     const temporary_directory nowhere;
     running_simulator closed({"--refuse", "soap"});
-    running_simulator desk({"--forward-sockets", nowhere.path, "--forward-url", url_of(closed)});
+    running_simulator desk({"--forward-sockets", nowhere.path, "--forward-url", closed.origin});
     EXPECT_EQ(desk.ask(CORE_SOCKET, CORE_REQUEST), "");
     EXPECT_EQ(call_service(desk.port, "test", ""), "");
     EXPECT_EQ(desk.end(), "FSMCORE: f -> closed without an answer (" + nowhere.path + "/" +
                               CORE_SOCKET +
                               ": No such file or directory)\n"
                               "SOAP: service-test (absent) -> closed without an answer (" +
-                              url_of(closed) + ": Connection refused)\n");
+                              closed.origin + ": Connection refused)\n");
 }
 
 TEST(Forwarding, DoesNotNeedTheHouseToClose) {

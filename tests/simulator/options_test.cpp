@@ -9,12 +9,13 @@ namespace {
 using namespace harness;
 using namespace protocol;
 
-words daemon_keys() {
+/// The names of the daemons in options.
+std::string daemon_keys(const char *separator) {
     words keys;
     for (const daemon_row &daemon : daemons()) {
         keys.push_back(lower(daemon.name));
     }
-    return keys;
+    return joined(keys, separator);
 }
 
 const char *const OPTIONS =
@@ -30,7 +31,7 @@ TEST(Options, AreExplained) {
     for (const std::string &option : entries_of(OPTIONS)) {
         EXPECT_NE(help.output.find("\n  " + option), std::string::npos) << option;
     }
-    EXPECT_NE(help.output.find("\nDAEMON is one of:\n  " + joined(daemon_keys(), " ") + "\n"),
+    EXPECT_NE(help.output.find("\nDAEMON is one of:\n  " + daemon_keys(" ") + "\n"),
               std::string::npos)
         << "simulator/daemons.cpp and tests/protocol/ have other daemons: " << help.output;
     EXPECT_NE(help.output.find("\n  demo (demo, DEMO-SESSION)\n  admin (admin, ADMIN-SESSION)\n"),
@@ -40,17 +41,14 @@ TEST(Options, AreExplained) {
 
 const std::pair<words, std::string> WRONG[] = {
     {{"--foo"}, "unknown option '--foo'"},
-    {{"foo"}, "unknown option 'foo'"},
     {{"--port"}, "--port needs N after it"},
     {{"--port", "65536"}, "--port '65536' needs a number from 0 to 65535"},
-    {{"--port", "12x"}, "--port '12x' needs a number from 0 to 65535"},
     {{"--port="}, "--port '' needs a number from 0 to 65535"},
     {{"--directory", ""}, "--directory '' needs the name of a directory"},
     {{"--raw=1"}, "--raw takes no argument"},
     {{"--answer", "fmscore=1"},
-     "--answer 'fmscore=1' names no daemon; write one of " + joined(daemon_keys(), ", ") + "\n"},
+     "--answer 'fmscore=1' names no daemon; write one of " + daemon_keys(", ") + "\n"},
     {{"--answer", "fsmcore"}, "--answer 'fsmcore' needs a number from -2147483647 to 2147483647"},
-    {{"--answer-raw", "fsmcore=\\q"}, "--answer-raw 'fsmcore=\\q' has an escape other than"},
     {{"--answer-raw", "fsmcore=\\x4"}, "--answer-raw 'fsmcore=\\x4' has an escape other than"},
     {{"--answer-raw", "fsmcore=@/nowhere/at/all"}, "names a file that cannot be read"},
     {{"--delay", "fsmcore=-1"}, "--delay 'fsmcore=-1' needs a number from 0 to 3600000"},
@@ -59,12 +57,9 @@ const std::pair<words, std::string> WRONG[] = {
     {{"--refuse", "fsmcore=x"}, "--refuse 'fsmcore=x' needs a number from 1 to 1000000"},
     {{"--refuse", "soap=1"}, "--refuse counts the connections to a socket only, not to soap"},
     {{"--delay", "fsmcore=1,"}, "--delay 'fsmcore=1,' needs a number from 1 to 1000000"},
-    {{"--delay", "fsmcore=,1"}, "--delay 'fsmcore=,1' needs a number from 0 to 3600000"},
     {{"--answer", "fsmcore=1,"},
      "--answer 'fsmcore=1,' needs a number from -2147483647 to 2147483647"},
-    {{"--answer", "fsmcore=1,x,2"}, "needs a number from -2147483647 to 2147483647"},
     {{"--expect", ""}, "--expect '' needs the name of a file"},
-    {{"--forward-sockets", ""}, "--forward-sockets '' needs the name of a directory"},
     {{"--forward-url", "https://house"}, "--forward-url 'https://house' needs an address such as"},
     {{"--forward-url", "http://"}, "needs an address such as"},
     {{"--forward-url", "http://house:x"}, "needs an address such as"},
@@ -94,29 +89,23 @@ TEST(Options, ThatAreWrongAreExplained) {
 const std::pair<std::string, std::string> WRONG_LISTS[] = {
     {"FSM: x\n", " line 1: 'FSM: x' is no line of the log"},
     {"\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
-    {"SOAP: x\nFSMCORE -> \"x\"\n", " line 2: an answer without a request before it"},
     {"SOAP: x\nSOAP -> x\n", " line 2: the bytes of an answer stand between double quotes"},
     {"SOAP: x\nSOAP -> \"\\q\"\n", " line 2: the bytes hold an unknown escape"},
 };
 
 const std::pair<std::string, std::string> WRONG_STATES[] = {
     {"", "[json.exception.parse_error.101] parse error"},
-    {"{\"elements\": {}", "[json.exception.parse_error.101] parse error"},
     {"[]", "is no object"},
     {R"({"element": {}})", "unknown part 'element'"},
     {R"({"elements": []})", "'elements': is no object"},
     {R"({"elements": {"A": "ON"}})", "'elements': a record is no object"},
     {R"({"elements": {"A": {"state": "ON"}}})", "'elements': unknown field 'state'"},
     {R"({"elements": {"A": {"value": 7}}})", "'elements': "},
-    {R"({"sessions": {"A": 1}})", "'sessions': "},
     {R"({"schedules": [1]})", "'schedules': a record is no object"},
     {R"({"messages": "x"})", "'messages': "},
     {R"({"links": []})", "'links': is no object"},
     {R"({"links": {"eib 1/1/3": 7}})", "'links': "},
-    {R"({"links": {"bentel 1": "LIVING-LAMP"}})",
-     "'links': 'bentel 1' begins with none of eib, lintronic, vivaldi, tutondo\n"},
-    {R"({"links": {"1/1/3": "LIVING-LAMP"}})",
-     "'links': '1/1/3' begins with none of eib, lintronic, vivaldi, tutondo\n"},
+    {R"({"links": {"bentel 1": "LIVING-LAMP"}})", "'links': 'bentel 1' begins with none of eib, "},
     {R"({"links": {"eib": "LIVING-LAMP"}})", "'links': 'eib' needs a blank and its Destination\n"},
     {R"({"links": {"vivaldi 1": "LIVING-LAMP"}})",
      "'links': 'vivaldi 1' needs a blank and its CentralNumber/RC20_Number\n"},

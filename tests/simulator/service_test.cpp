@@ -33,14 +33,15 @@ const values ANSWERED = read_values(
     "result=LMWS-000|results=LMWS-000|result-len=8|version=LUMOSIM Version: 1.0.0 - |"
     "systemcode=LUMOSIM|status=OFF|currentvalue=0|currentstate=LIVING-LAMP=OFF|"
     "currentvalues=LIVING-LAMP=0|messagecount=2|message=LIVING-LAMP ON 1;LIVING-LAMP OFF 0|"
-    "neighbourlist=u1,garage,10.0.0.2,1025,none|interfacesidlist=1;2;3;4;5|"
-    "interfacesnamelist=BATH-RADIO;GARDEN-LAMP;KITCHEN-RADIO;KITCHEN-THERMOSTAT;LIVING-LAMP|"
-    "interfacestypelist=ELEMENT;ELEMENT;ELEMENT;ELEMENT;ELEMENT|"
-    "interfacesvaluelist=0;0;0;21.5;0|interfacesaccessmodelist=RW;RW;RW;RW;RW|tagnumber=1|"
+    "neighbourlist=u1,garage,10.0.0.2,1025,none|interfacesidlist=1;2|"
+    "interfacesnamelist=HEATING;LIVING-LAMP|interfacestypelist=ELEMENT;ELEMENT|"
+    "interfacesvaluelist=21.5;0|interfacesaccessmodelist=RW;RW|tagnumber=1|"
     "tagtype=GUEST|tagtypeoptionals=0|tagplantcode=0001|isblank=0|hasvalidplantcode=1|"
     "expiredatetime=2030-12-31 12:00:00|ispresent=1|payload-len=8|payload=SELECT 1|"
     "schedule=8-20|partializationgrants=PERIMETER;INSIDE");
-const char *const HOUSE = R"({"messages": ["LIVING-LAMP ON 1", "LIVING-LAMP OFF 0"],
+const std::string HOUSE = R"({"elements": {"HEATING": {"status": "ON", "value": "21.5"},
+                 "LIVING-LAMP": {"status": "OFF", "value": "0"}},
+    "messages": ["LIVING-LAMP ON 1", "LIVING-LAMP OFF 0"],
     "schedules": [{"object": "LIVING-LAMP", "mode": "x", "type": "x", "schedule": "8-20"}],
     "neighbours": {"u1": {"name": "garage", "address": "10.0.0.2", "port": "1025",
                           "optionals": "none"}}})";
@@ -68,7 +69,7 @@ TEST(Operations, AnswerProperRequests) {
     for (const service_row &row : protocol::SERVICE_FUNCTIONS) {
         running_simulator simulator({"--state", directory.path + "/house"});
         values answered = ANSWERED;
-        answered["url"] = "http://127.0.0.1:" + std::to_string(simulator.port) + "/configuration";
+        answered["url"] = simulator.origin + "/configuration";
         EXPECT_EQ(
             call_service(simulator.port, row.name, elements(contract_children(row), SENT, "x")),
             wrap_response(row.name, elements(row.response, answered, "")));
@@ -101,7 +102,7 @@ const std::string NEIGHBOUR = "remoteip=10.0.0.2|remoteport=1025|neighbouruid=u1
 const std::string DONE = "result=LMWS-000";
 const std::string PLACE = SESSION + "idobject=K|mode=m|type=t";
 
-/// One after the other, in a house as it is at the start.
+/// One after the other, in a house with a heating.
 const call_row CALLS[] = {
     // An element that was run is seen, and its value changes without its status.
     {"getelementstatus", SESSION + "idobject=new", "result=LMWS-404|status=|currentvalue="},
@@ -110,16 +111,12 @@ const call_row CALLS[] = {
     {"retrievemessages", SESSION, DONE + "|messagecount=1|message=new DIM 40"},
     {"elementhaschanged", "idobject=new|currentvalue=8", DONE + "|currentvalue=8"},
     {"getelementstatusarray", SESSION,
-     DONE + "|currentstate=BATH-RADIO=OFF;GARDEN-LAMP=OFF;KITCHEN-RADIO=OFF;"
-            "KITCHEN-THERMOSTAT=ON;LIVING-LAMP=OFF;new=DIM|"
-            "currentvalues=BATH-RADIO=0;GARDEN-LAMP=0;KITCHEN-RADIO=0;"
-            "KITCHEN-THERMOSTAT=21.5;LIVING-LAMP=0;new=8"},
+     DONE + "|currentstate=HEATING=ON;new=DIM|currentvalues=HEATING=21.5;new=8"},
     {"getelementstatusarray", SESSION + "idobjects=new;nobody",
      "result=LMWS-404|currentstate=|currentvalues="},
     // Values keep their characters.
     {"elementhaschanged", "idobject=x|currentvalue= &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t ",
      DONE + "|currentvalue= &lt;&amp;\xC3\x83\xC2\xA9&#13;\n\t "},
-    {"elementhaschanged", "idobject=x|currentvalue= ", DONE + "|currentvalue= "},
     // Neighbours come and go.
     {"search4neighbours", "", DONE + "|neighbourlist="},
     {"discover2neighbour", "neighbouruid=u1",
@@ -137,7 +134,6 @@ const call_row CALLS[] = {
     // A login opens the user's session.
     {"checklogged", "username=admin|sessionid=ADMIN-SESSION", "result=LMWS-403"},
     {"login", "user=admin|pass=wrong", "result=LMWS-405"},
-    {"login", "user=nobody|pass=admin", "result=LMWS-405"},
     {"checklogged", "username=admin|sessionid=ADMIN-SESSION", "result=LMWS-403"},
     {"login", "user=admin|pass=admin", DONE},
     {"checklogged", "username=admin|sessionid=ADMIN-SESSION", DONE},
@@ -155,7 +151,10 @@ const call_row CALLS[] = {
 };
 
 TEST(Service, RemembersAndChecks) {
-    running_simulator simulator({"--session", "MINE"});
+    const temporary_directory directory;
+    const std::string house = directory.path + "/house";
+    write_file(house, R"({"elements": {"HEATING": {"status": "ON", "value": "21.5"}}})");
+    running_simulator simulator({"--session", "MINE", "--state", house});
     for (const call_row &row : CALLS) {
         expect_response(simulator.port, row);
     }
@@ -205,7 +204,6 @@ const fault_row FAULTS[] = {
      "the body does not state the SOAP encoding style"},
     {"</SOAP-ENV:Envelope>", "", "malformed XML: Start-end tags mismatch"},
     {"?>", "?><!DOCTYPE a>", "the message is not exactly one element without a document type"},
-    {"SOAP-ENV:Body", "SOAP-ENV:Head", "the envelope does not hold exactly one body"},
     {"<SOAP-ENV:Body ", "text<SOAP-ENV:Body ", "the envelope does not hold exactly one body"},
     {"<waittime>0", "<waittime>\xE9", "the message is not UTF-8 text"},
     {"<SOAP-ENV:Body ",

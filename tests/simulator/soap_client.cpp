@@ -9,14 +9,12 @@ namespace harness {
 
 namespace {
 
-const std::string DECLARATION = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const std::string DECLARATION = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
 std::string encoded_envelope(const std::string &content) {
-    return ENVELOPE_TAG +
-           ("<SOAP-ENV:Body SOAP-ENV:encodingStyle="
-            "\"http://schemas.xmlsoap.org/soap/encoding/\">" +
-            content) +
-           "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
+    return std::string(ENVELOPE_TAG) +
+           R"(<SOAP-ENV:Body SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/">)" +
+           content + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 }
 
 } // namespace

@@ -3,51 +3,33 @@
 
 #include "tests/simulator/simulator_process.h"
 
-#include <array>
+#include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace harness {
 
-/// Somebody who watches the stream.
 struct event_watcher {
-    explicit event_watcher(int port) : descriptor(connect_port(port)) {
-        const std::string host = "127.0.0.1:" + std::to_string(port);
-        send_bytes(descriptor, "GET /events HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+    explicit event_watcher(int port) : stream(fdopen(connect_port(port), "r+"), &fclose) {
+        fprintf(stream.get(), "GET /events HTTP/1.1\r\nHost: 127.0.0.1:%d\r\n\r\n", port);
+        fflush(stream.get());
     }
-
-    ~event_watcher() {
-        close(descriptor);
-    }
-
-    event_watcher(const event_watcher &) = delete;
-    event_watcher &operator=(const event_watcher &) = delete;
 
     /// The next event; null when none comes in time.
-    nlohmann::json next() {
-        std::size_t end = 0;
-        while ((end = text.find("\n\n")) == std::string::npos) {
-            std::array<char, 4096> chunk{};
-            pollfd watched{descriptor, POLLIN, 0};
-            const ssize_t count = poll(&watched, 1, PATIENCE_MS) > 0
-                                      ? recv(descriptor, chunk.data(), chunk.size(), 0)
-                                      : -1;
-            if (count <= 0) {
-                return nullptr;
+    nlohmann::json next() const {
+        const std::string tag = "data: ";
+        std::string line;
+        for (int byte = 0; (byte = getc(stream.get())) != EOF;) {
+            line += static_cast<char>(byte);
+            if (byte == '\n' && line.starts_with(tag)) {
+                return nlohmann::json::parse(line.substr(tag.size()), nullptr, false);
             }
-            text.append(chunk.data(), static_cast<std::size_t>(count));
+            line.erase(0, byte == '\n' ? line.size() : 0);
         }
-        const std::size_t start = text.find("data: ") + std::string("data: ").size();
-        nlohmann::json event =
-            nlohmann::json::parse(text.substr(start, end - start), nullptr, false);
-        text.erase(0, end + 2);
-        return event;
+        return nullptr;
     }
 
-    int descriptor;
-    std::string text;
+    std::unique_ptr<FILE, int (*)(FILE *)> stream;
 };
 
 /// The record of this key in a list of them; null when there is none.
