@@ -1,8 +1,7 @@
-// Everything that one running simulator holds.
+// The running simulator: everything that it holds, and its service.
 #pragma once
 
 #include "simulator/home.h"
-#include "simulator/journal.h"
 #include "simulator/options.h"
 #include "simulator/request_list.h"
 #include "simulator/script.h"
@@ -22,3 +21,7 @@ struct test_bench {
     std::vector<daemon_turns> turns = std::vector<daemon_turns>(DAEMONS.size());
     std::vector<std::string> places = {}; ///< where each listens, in the order of DAEMONS
 };
+
+/// Listens, prints where, and serves until SIGINT or SIGTERM or, with a command, until its end; the
+/// signals are passed on to it. Returns an error message; empty when it has served.
+std::string serve(test_bench &bench);

@@ -1,16 +1,18 @@
 // The functions of the gateways have samples in their rows; those of the web service follow from
 // the children of its requests.
-#include "simulator/client_commands.h"
-
 #include "simulator/operations.h"
+#include "simulator/page.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/replace.hpp>
 #include <filesystem>
 
 namespace {
 
 /// Values with which an operation succeeds; for any other child its name does.
-constexpr std::pair<std::string_view, std::string_view> SAMPLES[] = {
+using sample_value = std::pair<std::string_view, std::string_view>;
+constexpr sample_value SAMPLES[] = {
     {"sessionid", "DEMO-SESSION"},
     {"idobject", "LIVING-LAMP"},
     {"operation", "ON"},
@@ -34,33 +36,25 @@ constexpr std::string_view UNASKED[] = {"waittime", "retrivefromdevice", "idobje
 std::string parameters_of(const service_operation &operation) {
     std::string list;
     for (const std::string_view child : child_names(operation.request)) {
-        if (std::find(std::begin(UNASKED), std::end(UNASKED), child) != std::end(UNASKED)) {
-            continue;
+        if (std::ranges::find(UNASKED, child) == std::end(UNASKED)) {
+            const auto *sample = std::ranges::find(SAMPLES, child, &sample_value::first);
+            list.append(list.empty() ? "" : "|");
+            list.append(sample == std::end(SAMPLES) ? child : sample->second);
         }
-        const auto *sample = std::find_if(std::begin(SAMPLES), std::end(SAMPLES),
-                                          [child](const auto &row) { return row.first == child; });
-        list.append(list.empty() ? "" : "|");
-        list.append(sample == std::end(SAMPLES) ? child : sample->second);
     }
     return list;
 }
 
 /// The name by which the client knows an operation, such as SERVICE_TEST for service-test.
 std::string client_name(std::string_view operation) {
-    std::string name(operation);
-    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char letter) {
-        return letter == '-' ? '_' : static_cast<char>(std::toupper(letter));
-    });
+    std::string name = boost::to_upper_copy(std::string(operation));
+    std::ranges::replace(name, '-', '_');
     return name;
 }
 
 /// A word of a command for any shell.
 std::string quote_word(const std::string &word) {
-    std::string quoted = "'";
-    for (const char letter : word) {
-        quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
-    }
-    return quoted + "'";
+    return "'" + boost::replace_all_copy(word, "'", "'\\''") + "'";
 }
 
 } // namespace

@@ -1,14 +1,11 @@
 // Matches rows of the list with requests and prints those that remain. In order it takes the
 // longest common subsequence. In any order the most specific rows choose first, so that a row
 // without an answer never takes the request that another row needs.
-#include "simulator/comparison.h"
-
-#include "simulator/report.h"
+#include "simulator/options.h"
+#include "simulator/request_list.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <optional>
 
 namespace {
 
@@ -102,8 +99,8 @@ void print_side(char sign, const daemon_row &daemon, const std::string &line,
 /// Prints both sides: a row that has no pair comes before the requests that have none.
 void print_sides(const std::vector<listed_request> &list, const std::vector<journal_entry> &entries,
                  const pair_list &pairs, const std::vector<bool> &paired) {
-    const bool with_bytes = std::any_of(list.begin(), list.end(),
-                                        [](const listed_request &row) { return !!row.answer; });
+    const bool with_bytes =
+        std::ranges::any_of(list, [](const listed_request &row) { return row.answer.has_value(); });
     std::size_t asked = 0;
     const auto print_unexpected = [&](std::size_t end) {
         for (; asked < end; ++asked) {

@@ -4,7 +4,6 @@
 
 #include "simulator/daemons.h"
 
-#include <array>
 #include <boost/asio/basic_stream_socket.hpp>
 #include <boost/asio/basic_waitable_timer.hpp>
 #include <boost/asio/generic/stream_protocol.hpp>
@@ -13,7 +12,6 @@
 #include <functional>
 #include <memory>
 #include <set>
-#include <string>
 
 namespace asio = boost::asio;
 using boost::system::error_code;

@@ -1,11 +1,12 @@
-// What the page asks for beside its events: the bytes of a request, and changes of the home and of
-// what the daemons are told.
+// What the page asks for: an event for every change, the bytes of a request, and changes of the
+// home and of what the daemons are told.
 #include "simulator/http_front.h"
 #include "simulator/operations.h"
 #include "simulator/page.h"
 #include "simulator/session.h"
 #include "simulator/text.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -22,9 +23,8 @@ void note(simulator_server &server, const daemon_row &daemon, const std::string 
 /// any other stays.
 std::string switch_element(simulator_server &server, const std::string &key) {
     home_state &home = server.bench.home;
-    const auto found =
-        std::find_if(home.elements.begin(), home.elements.end(),
-                     [&key](const auto &row) { return element_key(row.first) == key; });
+    const auto found = std::ranges::find(home.elements, key,
+                                         [](const auto &row) { return element_key(row.first); });
     if (found == home.elements.end()) {
         return "no such element";
     }
@@ -32,7 +32,7 @@ std::string switch_element(simulator_server &server, const std::string &key) {
     home_element now{on ? "ON" : "OFF", found->second.value};
     if (now.value == "0" || now.value == "1") {
         now.value = on ? "1" : "0";
-    } else if (equal_ignoring_case(now.value, "on") || equal_ignoring_case(now.value, "off")) {
+    } else if (boost::iequals(now.value, "on") || boost::iequals(now.value, "off")) {
         now.value = now.status;
     }
     change_element(home, found->first, now);
@@ -80,13 +80,10 @@ std::string tell_daemon(simulator_server &server, const nlohmann::json &wish) {
     told_behaviour told;
     const auto option_name = wish.value("option", std::string());
     if (!option_name.empty()) {
-        const auto option =
-            std::find_if(OPTIONS.begin(), OPTIONS.end(),
-                         [&option_name](const option_row &row) { return row.name == option_name; });
-        if (std::find(std::begin(TOLD_WHILE_RUNNING), std::end(TOLD_WHILE_RUNNING), option_name) ==
-            std::end(TOLD_WHILE_RUNNING)) {
+        if (std::ranges::find(TOLD_WHILE_RUNNING, option_name) == std::end(TOLD_WHILE_RUNNING)) {
             return "no option for a daemon that runs";
         }
+        const auto option = std::ranges::find(OPTIONS, option_name, &option_row::name);
         std::string complaint = option->tell(told, wish.value("argument", std::string()));
         if (!complaint.empty()) {
             return complaint;
@@ -112,23 +109,58 @@ std::string carry_out(simulator_server &server, const std::string &body) {
     }
 }
 
+/// How often pages that disappeared without closing are looked for.
+constexpr std::chrono::milliseconds STILL_HERE_TIME{15000};
+constexpr std::chrono::milliseconds NO_TIME{0};
+
+void next_event(const session_ptr &session) {
+    session->idle = true;
+    wait(session->client, session->changed ? NO_TIME : STILL_HERE_TIME, [session]() {
+        session->idle = false;
+        if (session->left || session->server.loop.stopping) {
+            end_connection(session->client);
+            return;
+        }
+        const bool changed = std::exchange(session->changed, false);
+        send_all(session->client,
+                 changed ? picture_event(session->server.bench, session->seen) : STILL_HERE,
+                 [session](bool sent) {
+                     session->left = session->left || !sent;
+                     next_event(session);
+                 });
+    });
+}
+
 } // namespace
 
 void answer_bench(const session_ptr &session) {
     simulator_server &server = session->server;
     const passed_request &web = session->conversation.exchange.web;
-    std::string answer;
     if (web.path == CONTROL_PATH) {
         const std::string complaint = carry_out(server, web.body);
-        answer = write_http(complaint.empty() ? 200 : 400, complaint);
+        send_last(session, write_http(complaint.empty() ? 200 : 400, complaint, true));
     } else {
         const auto details =
             request_details(server.bench, web.path.substr(std::strlen(DETAILS_PATH)));
-        answer = write_http(details ? 200 : 404, details.value_or(""));
+        send_last(session,
+                  write_http(details ? 200 : 404, details.value_or(""), web.method != "HEAD"));
     }
-    if (web.method == "HEAD") {
-        answer.erase(answer.find(HEAD_END) + HEAD_END.size());
+}
+
+void stream_events(const session_ptr &session) {
+    if (session->conversation.exchange.web.method == "HEAD") {
+        send_last(session, STREAM_HEAD);
+        return;
     }
-    send_all(session->client, answer,
-             [session](bool /*sent*/) { end_connection(session->client); });
+    // A watcher has nothing more to say: what arrives is the end of its connection.
+    session->client->socket.async_wait(asio::socket_base::wait_read, [session](const error_code &) {
+        session->left = true;
+        session->client->timer.cancel();
+        session->client->socket.cancel();
+    });
+    send_all(session->client, STREAM_HEAD + picture_event(session->server.bench, session->seen),
+             [session](bool sent) {
+                 session->left = session->left || !sent;
+                 next_event(session);
+             });
 }

@@ -3,8 +3,6 @@
 // daemon's own answers, which differ from the names that a client prints for the same numbers.
 #include "simulator/daemons.h"
 
-#include "simulator/fsmcore.h"
-#include "simulator/gateway.h"
 #include "simulator/home.h"
 #include "simulator/http_front.h"
 
@@ -110,7 +108,14 @@ const char *describe_arrival(arrival_kind arrival) {
 }
 
 const daemon_row *find_daemon(std::string_view key) {
-    const auto found = std::find_if(DAEMONS.begin(), DAEMONS.end(),
-                                    [key](const daemon_row &daemon) { return daemon.key == key; });
+    const auto found = std::ranges::find(DAEMONS, key, &daemon_row::key);
     return found == DAEMONS.end() ? nullptr : &*found;
+}
+
+std::string daemon_keys(const char *separator) {
+    std::string keys;
+    for (const daemon_row &daemon : DAEMONS) {
+        keys.append(keys.empty() ? "" : separator).append(daemon.key);
+    }
+    return keys;
 }

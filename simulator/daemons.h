@@ -125,5 +125,19 @@ int choose_status(const daemon_conversation &conversation, int error);
 /// Answers this error number, or whatever the daemon was told, in a status line.
 void answer_status(daemon_conversation &conversation, int error, const std::string &complaint);
 
+// How each kind of daemon reads a request and answers it.
+request_progress fsmcore_progress(std::string_view received);
+request_progress gateway_progress(std::string_view received);
+request_progress http_progress(std::string_view received);
+void answer_fsmcore(daemon_conversation &conversation);
+void answer_gateway(daemon_conversation &conversation);
+void answer_http(daemon_conversation &conversation);
+
+/// What is wrong with a place of home_state::links, such as "eib 1/1/3"; empty when nothing is.
+std::string complain_about_link(std::string_view link);
+
+/// The names of all daemons in options.
+std::string daemon_keys(const char *separator);
+
 /// The daemon with this option name, null when there is none.
 const daemon_row *find_daemon(std::string_view key);

@@ -5,7 +5,7 @@
 #include "simulator/text.h"
 
 #include <algorithm>
-#include <array>
+#include <boost/algorithm/string/replace.hpp>
 #include <cstring>
 #include <pugixml.hpp>
 #include <sstream>
@@ -15,18 +15,13 @@ namespace {
 #define ENVELOPE_NAMESPACE "http://schemas.xmlsoap.org/soap/envelope/"
 constexpr const char *ENCODING_NAMESPACE = "http://schemas.xmlsoap.org/soap/encoding/";
 
-struct namespace_declaration {
-    const char *attribute;
-    const char *name_space;
-};
-
 /// What every request declares on its envelope, and every answer too.
-constexpr std::array<namespace_declaration, 5> DECLARATIONS{
-    {{"xmlns:SOAP-ENV", ENVELOPE_NAMESPACE},
-     {"xmlns:SOAP-ENC", ENCODING_NAMESPACE},
-     {"xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance"},
-     {"xmlns:xsd", "http://www.w3.org/2001/XMLSchema"},
-     {"xmlns:ns", SERVICE_NAMESPACE}}};
+constexpr std::pair<const char *, const char *> DECLARATIONS[] = {
+    {"xmlns:SOAP-ENV", ENVELOPE_NAMESPACE},
+    {"xmlns:SOAP-ENC", ENCODING_NAMESPACE},
+    {"xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance"},
+    {"xmlns:xsd", "http://www.w3.org/2001/XMLSchema"},
+    {"xmlns:ns", SERVICE_NAMESPACE}};
 
 /// Keeps values of white space, and a document type so that it can be refused.
 constexpr unsigned PARSE_OPTIONS =
@@ -129,11 +124,10 @@ std::variant<pugi::xml_node, soap_fault> find_body(const pugi::xml_document &doc
     if (namespace_of(envelope) != ENVELOPE_NAMESPACE) {
         return soap_fault{"VersionMismatch", "the envelope is not a SOAP 1.1 envelope"};
     }
-    for (const namespace_declaration &declaration : DECLARATIONS) {
-        const std::string_view declared = envelope.attribute(declaration.attribute).value();
-        if (declared != declaration.name_space) {
-            return client_fault(std::string("the envelope lacks ") + declaration.attribute + "=\"" +
-                                declaration.name_space + "\"");
+    for (const auto &[attribute, name_space] : DECLARATIONS) {
+        if (std::string_view(envelope.attribute(attribute).value()) != name_space) {
+            return client_fault(std::string("the envelope lacks ") + attribute + "=\"" +
+                                name_space + "\"");
         }
     }
     const auto parts = element_children(envelope);
@@ -156,8 +150,8 @@ pugi::xml_node start_envelope(pugi::xml_document &document) {
     declaration.append_attribute("version") = "1.0";
     declaration.append_attribute("encoding") = "UTF-8";
     pugi::xml_node envelope = document.append_child("SOAP-ENV:Envelope");
-    for (const namespace_declaration &row : DECLARATIONS) {
-        envelope.append_attribute(row.attribute) = row.name_space;
+    for (const auto &[attribute, name_space] : DECLARATIONS) {
+        envelope.append_attribute(attribute) = name_space;
     }
     return envelope.append_child("SOAP-ENV:Body");
 }
@@ -165,12 +159,8 @@ pugi::xml_node start_envelope(pugi::xml_document &document) {
 std::string write_document(const pugi::xml_document &document) {
     std::ostringstream out;
     document.save(out, "", pugi::format_raw, pugi::encoding_utf8);
-    std::string text = out.str();
     // XML parsers read a literal carriage return as a line feed.
-    for (std::size_t at = 0; (at = text.find('\r', at)) != std::string::npos;) {
-        text.replace(at, 1, "&#13;");
-    }
-    return text;
+    return boost::replace_all_copy(out.str(), "\r", "&#13;");
 }
 
 } // namespace

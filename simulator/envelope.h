@@ -4,8 +4,6 @@
 
 #include "simulator/operations.h"
 
-#include <string>
-#include <string_view>
 #include <variant>
 
 /// A request that cannot be answered with a response element.

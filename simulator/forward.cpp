@@ -13,6 +13,7 @@
 #include <boost/asio/local/stream_protocol.hpp>
 #include <netdb.h>
 #include <pugixml.hpp>
+#include <regex>
 #include <sys/un.h>
 
 namespace {
@@ -154,21 +155,14 @@ std::string web_request(const web_address &address, const passed_request &reques
 } // namespace
 
 std::optional<web_address> read_web_address(const std::string &text) {
-    constexpr std::string_view scheme = "http://";
-    if (!text.starts_with(scheme)) {
+    // The port is needed where the host holds colons, and is what follows the last one.
+    const std::regex form("http://(?:([^/:]+)|([^/]+):([0-9]+))(/.*)?");
+    std::smatch parts;
+    if (!std::regex_match(text, parts, form)) {
         return std::nullopt;
     }
-    const std::string rest = text.substr(scheme.size());
-    const std::size_t slash = std::min(rest.find('/'), rest.size());
-    const std::string place = rest.substr(0, slash);
-    const std::size_t colon = std::min(place.rfind(':'), place.size());
-    web_address address{place.substr(0, colon), "80", rest.substr(slash)};
-    if (colon < place.size()) {
-        address.port = place.substr(colon + 1);
-    }
-    const bool digits =
-        !address.port.empty() && address.port.find_first_not_of("0123456789") == std::string::npos;
-    return address.host.empty() || !digits ? std::nullopt : std::optional(address);
+    return web_address{parts[1].str() + parts[2].str(), parts[3].matched ? parts[3].str() : "80",
+                       parts[4]};
 }
 
 bool is_forwarded(const simulator_settings &settings, const daemon_row &daemon) {

@@ -1,13 +1,10 @@
 // FSMCore requests are read by their announced lengths, not up to an empty line: a value may be
 // empty or hold line feeds. The simulated core accepts every function name, since the functions of
 // a real one depend on its configuration, and returns the parameters that it was given.
-#include "simulator/fsmcore.h"
-
+#include "simulator/daemons.h"
 #include "simulator/text.h"
 
-#include <array>
 #include <cstdio>
-#include <vector>
 
 namespace {
 

@@ -1,14 +1,12 @@
 // The checker of gateway requests. It has no branch per gateway: the functions and their lines are
 // those of the daemon's row. Values are not interpreted, apart from the widths and fixed contents
 // that the rows state, and from what sets an element of the home.
-#include "simulator/gateway.h"
-
+#include "simulator/daemons.h"
 #include "simulator/operations.h"
 #include "simulator/text.h"
 
 #include <algorithm>
-#include <span>
-#include <vector>
+#include <boost/algorithm/string/predicate.hpp>
 
 namespace {
 
@@ -59,17 +57,15 @@ request_verdict check_lines(const gateway_request &request, std::span<const std:
 
 /// The request of this name, null when the gateway knows none.
 const gateway_request *find_request(const daemon_row &gateway, std::string_view function) {
-    const auto row = std::find_if(gateway.requests.begin(), gateway.requests.end(),
-                                  [&](const gateway_request &known) {
-                                      return equal_ignoring_case(known.function, function);
-                                  });
+    const auto row = std::ranges::find_if(gateway.requests, [&](const gateway_request &known) {
+        return boost::iequals(known.function, function);
+    });
     return row == gateway.requests.end() ? nullptr : &*row;
 }
 
 /// Whether the text of a value means off; whatever is no form of zero means on.
 bool means_off(std::string_view value) {
-    return equal_ignoring_case(value, "off") ||
-           value.find_first_not_of("0.") == std::string_view::npos;
+    return boost::iequals(value, "off") || value.find_first_not_of("0.") == std::string_view::npos;
 }
 
 /// A datagram that sets changes the element that its address leads to.

@@ -1,6 +1,5 @@
-// What the simulated controller remembers between requests: elements, users and sessions,
-// neighbours, schedules, messages. Plain data; the service decides what it
-// means.
+// What the simulated controller remembers between requests, and the file of it for --state and
+// --state-out. Plain data; the service decides what it means.
 #pragma once
 
 #include <array>
@@ -70,3 +69,10 @@ struct home_state {
     std::string origin; ///< the address of the web service, such as http://127.0.0.1:8080
     std::string token;  ///< what a request of the page must carry to change something
 };
+
+/// Fills the home from the text of a state file. A part that the text names replaces the whole
+/// part; the others stay. Returns what is wrong with the text, empty when nothing is.
+std::string read_state(const std::string &text, home_state &home);
+
+/// The text of a state file.
+std::string write_state(const home_state &home);

@@ -1,12 +1,11 @@
 #include "simulator/http_front.h"
 
 #include "simulator/envelope.h"
-#include "simulator/operations.h"
 #include "simulator/page.h"
 #include "simulator/text.h"
 
 #include <algorithm>
-#include <array>
+#include <boost/algorithm/string/predicate.hpp>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/beast/http/parser.hpp>
@@ -56,7 +55,7 @@ std::string header_value(const http::fields &fields, const char *name) {
 std::string complain_about_headers(const http::fields &fields) {
     std::string type = header_value(fields, "Content-Type");
     std::erase(type, ' ');
-    if (!equal_ignoring_case(type, "text/xml;charset=utf-8")) {
+    if (!boost::iequals(type, "text/xml;charset=utf-8")) {
         return "Content-Type is not text/xml; charset=utf-8";
     }
     if (header_value(fields, "SOAPAction") != ACTION) {
@@ -120,7 +119,7 @@ bool is_own_host(std::string_view host) {
     }
     boost::system::error_code error;
     boost::asio::ip::make_address(name, error);
-    return !error || equal_ignoring_case(name, "localhost");
+    return !error || boost::iequals(name, "localhost");
 }
 
 /// Why a request may be one that a browser sends for a page from elsewhere; empty when it is not.
@@ -231,8 +230,9 @@ request_progress http_progress(std::string_view received) {
     return asks_first ? request_progress::AWAITS_CONTINUE : request_progress::INCOMPLETE;
 }
 
-std::string write_http(unsigned status, const std::string &body) {
-    return write_answer({status, body, "text/plain; charset=utf-8", nullptr, NO_SNIFFING}, true);
+std::string write_http(unsigned status, const std::string &body, bool with_body) {
+    return write_answer({status, body, "text/plain; charset=utf-8", nullptr, NO_SNIFFING},
+                        with_body);
 }
 
 void answer_http(daemon_conversation &conversation) {

@@ -7,9 +7,6 @@
 #include <cstdio>
 #include <deque>
 #include <functional>
-#include <optional>
-#include <string>
-#include <vector>
 
 /// One request and what was answered.
 struct journal_entry {

@@ -96,20 +96,27 @@ bool can_count(event_loop &loop, const std::string &path, const any_protocol::en
 /// Binds and listens. Where the daemon refuses connections it only binds: the kernel refuses them.
 error_code start_listening(stream_acceptor &acceptor, const any_protocol::endpoint &place,
                            bool refuses) {
-    error_code error;
-    acceptor.open(place.protocol(), error);
-    if (!error) {
+    try {
+        acceptor.open(place.protocol());
         // What a command leaves behind must not go on listening.
         fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
-        acceptor.set_option(asio::socket_base::reuse_address(true), error);
+        acceptor.set_option(asio::socket_base::reuse_address(true));
+        acceptor.bind(place);
+        if (!refuses) {
+            acceptor.listen(BACKLOG);
+        }
+        return {};
+    } catch (const boost::system::system_error &error) {
+        return error.code();
     }
-    if (!error) {
-        acceptor.bind(place, error);
-    }
-    if (!error && !refuses) {
-        acceptor.listen(BACKLOG, error);
-    }
-    return error;
+}
+
+/// Notes which file was made.
+void note_file(daemon_listener &listener) {
+    struct stat made {};
+    lstat(listener.path.c_str(), &made);
+    listener.device = made.st_dev;
+    listener.inode = made.st_ino;
 }
 
 std::string open_unix(event_loop &loop, const simulator_settings &settings,
@@ -124,20 +131,17 @@ std::string open_unix(event_loop &loop, const simulator_settings &settings,
         return complaint;
     }
     stream_acceptor acceptor(loop.context);
-    const error_code error =
-        start_listening(acceptor, place, settings.behaviours[row_of(daemon)].refusals != 0);
-    if (error) {
+    const int refusals = settings.behaviours[row_of(daemon)].refusals;
+    if (const error_code error = start_listening(acceptor, place, refusals != 0)) {
         return "cannot make " + path + ": " + error.message();
     }
-    const int refusals = settings.behaviours[row_of(daemon)].refusals;
     if (refusals != 0 && refusals != FOR_EVER && !can_count(loop, path, place)) {
         unlink(path.c_str());
         return "cannot count connections to " + path +
                ", whose file system notes no accesses; choose another with --directory";
     }
-    struct stat made {};
-    lstat(path.c_str(), &made);
-    listeners.rows.push_back({&daemon, std::move(acceptor), path, made.st_dev, made.st_ino});
+    listeners.rows.push_back({&daemon, std::move(acceptor), path});
+    note_file(listeners.rows.back());
     return "";
 }
 
@@ -157,7 +161,7 @@ std::string open_tcp(event_loop &loop, const simulator_settings &settings, const
     const any_protocol::endpoint generic = acceptor.local_endpoint();
     std::memcpy(taken.data(), generic.data(), generic.size());
     listeners.origin = "http://127.0.0.1:" + std::to_string(taken.port());
-    listeners.rows.push_back({&daemon, std::move(acceptor), "", 0, 0});
+    listeners.rows.push_back({&daemon, std::move(acceptor), ""});
     return "";
 }
 
@@ -211,10 +215,7 @@ bool stop_listening(event_loop &loop, daemon_listener &listener, bool counted) {
     listener.acceptor.close(error);
     unlink(listener.path.c_str());
     error = start_listening(listener.acceptor, place, true);
-    struct stat made {};
-    lstat(listener.path.c_str(), &made);
-    listener.device = made.st_dev;
-    listener.inode = made.st_ino;
+    note_file(listener);
     return !error && (!counted || can_count(loop, listener.path, place));
 }
 

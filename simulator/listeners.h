@@ -6,10 +6,7 @@
 #include "simulator/options.h"
 
 #include <boost/asio/basic_socket_acceptor.hpp>
-#include <functional>
-#include <string>
 #include <sys/types.h>
-#include <vector>
 
 using stream_acceptor = asio::basic_socket_acceptor<any_protocol, loop_executor>;
 
@@ -17,8 +14,8 @@ struct daemon_listener {
     const daemon_row *daemon;
     stream_acceptor acceptor;
     std::string path; ///< socket file; empty for the TCP port
-    dev_t device;     ///< device and inode of the socket file, to remove no other
-    ino_t inode;
+    dev_t device = 0; ///< device and inode of the socket file, to remove no other
+    ino_t inode = 0;
     unsigned orders = 0; ///< how often it was told anew; a wait for an older order is over
 };
 

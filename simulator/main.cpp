@@ -1,14 +1,9 @@
 // The lumosim program: reads the options and their files, serves until a signal comes, and writes
 // the files that were asked for.
-#include "simulator/comparison.h"
-#include "simulator/options.h"
-#include "simulator/report.h"
-#include "simulator/server.h"
-#include "simulator/state.h"
+#include "simulator/bench.h"
 
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -141,8 +136,7 @@ int start(const std::vector<std::string> &arguments) {
     const std::string complaint = read_options(arguments, settings);
     if (!complaint.empty()) {
         std::fprintf(stderr, "lumosim: %s\nTry 'lumosim --help'.\n", complaint.c_str());
-        const bool serves_script =
-            std::find(arguments.begin(), arguments.end(), SCRIPT_OPTION) != arguments.end();
+        const bool serves_script = std::ranges::count(arguments, SCRIPT_OPTION) > 0;
         return serves_script ? EXIT_SIMULATOR_FAILED : EXIT_WRONG_OPTIONS;
     }
     if (settings.help) {

@@ -6,8 +6,9 @@
 #include "simulator/options.h"
 #include "simulator/text.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/replace.hpp>
 #include <cctype>
-#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <iterator>
@@ -141,17 +142,9 @@ std::string option_table() {
     return lines;
 }
 
-std::string daemon_names() {
-    std::string names;
-    for (const daemon_row &row : DAEMONS) {
-        names.append(names.empty() ? "" : " ").append(row.key);
-    }
-    return names;
-}
-
 constexpr page_filling COMPLETION_FILLINGS[] = {
     {"@OPTIONS@", option_table},
-    {"@DAEMONS@", daemon_names},
+    {"@DAEMONS@", [] { return daemon_keys(" "); }},
 };
 
 /// The descriptions are written by hand; this checks that no option is missing.
@@ -173,15 +166,10 @@ void compare_options(const std::string &page) {
 
 std::string fill(std::string page, std::span<const page_filling> fillings) {
     for (const page_filling &filling : fillings) {
-        const std::string mark = filling.mark;
-        const std::string text = filling.text();
-        std::size_t at = page.find(mark);
-        if (at == std::string::npos) {
-            throw std::runtime_error("the page has no place for " + mark);
+        if (!boost::contains(page, filling.mark)) {
+            throw std::runtime_error(std::string("the page has no place for ") + filling.mark);
         }
-        for (; at != std::string::npos; at = page.find(mark, at + text.size())) {
-            page.replace(at, mark.size(), text);
-        }
+        boost::replace_all(page, filling.mark, filling.text());
     }
     return page;
 }

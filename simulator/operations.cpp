@@ -261,15 +261,13 @@ std::vector<std::string_view> child_names(std::string_view children) {
 }
 
 const service_operation *find_operation(std::string_view name) {
-    const auto found =
-        std::find_if(OPERATIONS.begin(), OPERATIONS.end(),
-                     [name](const service_operation &row) { return row.name == name; });
+    const auto found = std::ranges::find(OPERATIONS, name, &service_operation::name);
     return found == OPERATIONS.end() ? nullptr : &*found;
 }
 
 std::string_view request_value(const service_call &call, std::string_view child) {
     const auto names = child_names(call.operation->request);
-    const auto found = std::find(names.begin(), names.end(), child);
+    const auto found = std::ranges::find(names, child);
     const auto index = static_cast<std::size_t>(found - names.begin());
     return index < call.values.size() && call.values[index] ? std::string_view(*call.values[index])
                                                             : std::string_view();

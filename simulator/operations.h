@@ -4,12 +4,8 @@
 
 #include "simulator/home.h"
 
-#include <cstddef>
-#include <map>
 #include <optional>
 #include <span>
-#include <string>
-#include <string_view>
 #include <vector>
 
 inline constexpr const char *SERVICE_NAMESPACE = "urn:xmethods-lumows";

@@ -137,11 +137,7 @@ std::string tell_daemon(const option_row &option, simulator_settings &settings,
     const std::size_t equals = std::min(argument.find('='), argument.size());
     const daemon_row *daemon = find_daemon(argument.substr(0, equals));
     if (daemon == nullptr) {
-        std::string complaint = "names no daemon; write one of";
-        for (const daemon_row &row : DAEMONS) {
-            complaint.append(&row == DAEMONS.data() ? " " : ", ").append(row.key);
-        }
-        return complaint;
+        return "names no daemon; write one of " + daemon_keys(", ");
     }
     if (option.argument == "DAEMON[=TIMES]" && argument.ends_with('=')) {
         return "needs a number after the equals sign";
@@ -183,8 +179,7 @@ std::string read_options(const std::vector<std::string> &arguments, simulator_se
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::size_t equals = arguments[i].find('=');
         const std::string name = arguments[i].substr(0, equals);
-        const auto option = std::find_if(OPTIONS.begin(), OPTIONS.end(),
-                                         [&](const option_row &row) { return row.name == name; });
+        const auto option = std::ranges::find(OPTIONS, name, &option_row::name);
         if (option == OPTIONS.end()) {
             return "unknown option '" + name + "'";
         }
@@ -232,11 +227,8 @@ std::string help_text() {
         text.append(left).append(option.help);
         text += option.help_end == nullptr ? "\n" : option.help_end() + "\n";
     }
-    text += "\nDAEMON is one of:\n ";
-    for (const daemon_row &daemon : DAEMONS) {
-        text.append(" ").append(daemon.key);
-    }
     text +=
+        "\nDAEMON is one of:\n  " + daemon_keys(" ") +
         "\nTEXT may hold \\n \\r \\t \\0 \\\\ \\\" and \\xHH; for soap it is the whole HTTP answer.\n"
         "STATUS may be several, such as 107,0: one for each request, the last one stays.\n"
         "TIMES ends it after the first so many requests, or connections that were refused.\n"

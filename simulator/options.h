@@ -5,11 +5,6 @@
 #include "simulator/daemons.h"
 #include "simulator/report.h"
 
-#include <span>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #define LUMOSIM_VERSION "1.0.0"
 
 inline constexpr const char *DEFAULT_DIRECTORY = "/tmp/lumosim";

@@ -3,7 +3,6 @@
 #include "simulator/page.h"
 
 #include "page_text.h"
-#include "simulator/client_commands.h"
 #include "simulator/forward.h"
 #include "simulator/text.h"
 

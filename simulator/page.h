@@ -4,8 +4,6 @@
 
 #include "simulator/bench.h"
 
-#include <string_view>
-
 inline constexpr const char *PAGE_PATH = "/";
 inline constexpr const char *EVENTS_PATH = "/events";
 inline constexpr const char *DETAILS_PATH = "/requests/"; ///< the number of the request follows
@@ -47,3 +45,8 @@ std::string element_key(const std::string &name);
 
 /// What the daemon was told to do, in words; empty for a proper one.
 std::string told_words(const test_bench &bench, const daemon_row &daemon);
+
+/// Commands of the client to copy: the functions that it can send to a daemon at this place, each
+/// with its command.
+std::vector<std::pair<std::string, std::string>> client_commands(const daemon_row &daemon,
+                                                                 const std::string &place);

@@ -5,25 +5,22 @@
 #include "simulator/text.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 
 namespace {
 
 /// Lines of a log that are no requests.
-constexpr std::array<std::string_view, 2> BARE_LINES{"ready", "stopped"};
-constexpr std::array<std::string_view, 3> PLACE_LINES{" listens on ", " refuses on ", " <- "};
-constexpr std::array<std::string_view, 6> NOTES{
-    ": no request, ",           ": connection dropped: ", ": the client did not take its answer",
-    ": too many connections, ", ": listens from now on",  ": told on the page: "};
-
-bool tells_of_no_request(std::string_view after_label) {
-    const auto opens = [after_label](std::string_view text) {
-        return after_label.starts_with(text);
-    };
-    return std::any_of(PLACE_LINES.begin(), PLACE_LINES.end(), opens) ||
-           std::any_of(NOTES.begin(), NOTES.end(), opens);
-}
+constexpr std::string_view BARE_LINES[] = {"ready", "stopped"};
+/// What stands behind the name of the daemon.
+constexpr std::string_view NOTES[] = {" listens on ",
+                                      " refuses on ",
+                                      " <- ",
+                                      ": no request, ",
+                                      ": connection dropped: ",
+                                      ": the client did not take its answer",
+                                      ": too many connections, ",
+                                      ": listens from now on",
+                                      ": told on the page: "};
 
 /// Adds bytes to the last request of the daemon that has none yet.
 std::string add_answer(const daemon_row &daemon, std::string_view quoted,
@@ -44,7 +41,7 @@ std::string add_answer(const daemon_row &daemon, std::string_view quoted,
 
 std::string add_line(const std::string &line, std::vector<listed_request> &list) {
     if (line.empty() || line.front() == '#' ||
-        std::find(BARE_LINES.begin(), BARE_LINES.end(), line) != BARE_LINES.end()) {
+        std::ranges::find(BARE_LINES, line) != std::end(BARE_LINES)) {
         return "";
     }
     for (const daemon_row &daemon : DAEMONS) {
@@ -55,11 +52,13 @@ std::string add_line(const std::string &line, std::vector<listed_request> &list)
         if (rest.starts_with(ARROW)) {
             return add_answer(daemon, rest.substr(ARROW.size()), list);
         }
-        if (tells_of_no_request(rest)) {
+        const auto opens = [rest](std::string_view note) { return rest.starts_with(note); };
+        const bool is_note = std::ranges::any_of(NOTES, opens);
+        if (!is_note && rest.starts_with(": ")) {
+            list.push_back({&daemon, line, {}});
             return "";
         }
-        if (rest.starts_with(": ")) {
-            list.push_back({&daemon, line, {}});
+        if (is_note) {
             return "";
         }
     }

@@ -4,8 +4,7 @@
 
 #include "simulator/journal.h"
 
-#include <string>
-#include <vector>
+struct simulator_settings;
 
 /// One request of a list.
 struct listed_request {
@@ -34,3 +33,8 @@ struct replay_list {
 /// Replaces the answer by the recorded one. Several for the same request are used in turn, and the
 /// last one stays. A request that was not recorded keeps its answer, with a remark.
 void replay_answer(replay_list &replay, const daemon_row &daemon, exchange_result &exchange);
+
+/// Compares in order, or in any order: then the lines follow the order of the list. Prints what
+/// differs, and on standard error how much; false when anything does.
+bool report_comparison(const simulator_settings &settings, const std::vector<listed_request> &list,
+                       const std::vector<journal_entry> &entries);

@@ -1,14 +1,13 @@
-// One thread serves all: each step of a conversation starts an operation that calls the next step
-// when it is done. Pending operations keep their session alive; the last one closes it.
-#include "simulator/server.h"
-
+// Listens for all daemons, serves their clients, and applies what the daemons were told to do
+// instead of answering properly. One thread serves all: each step of a conversation starts an
+// operation that calls the next step when it is done. Pending operations keep their session alive;
+// the last one closes it.
 #include "simulator/forward.h"
 #include "simulator/http_front.h"
 #include "simulator/session.h"
 
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
-#include <cstdio>
 #include <random>
 
 namespace {
@@ -89,8 +88,7 @@ void answer(const session_ptr &session, arrival_kind arrival) {
     } else if (conversation.exchange.audience == audience_kind::STRANGER) {
         finish(session); // as it is: it must not reach what a real controller answers
     } else if (conversation.exchange.audience == audience_kind::PAGE) {
-        send_all(session->client, *conversation.exchange.answer,
-                 [session](bool /*sent*/) { end_connection(session->client); });
+        send_last(session, *conversation.exchange.answer);
     } else {
         print_raw(*session, "<-", conversation.received);
         const told_behaviour &told = conversation.behaviour;

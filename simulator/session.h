@@ -43,6 +43,12 @@ struct client_session {
 
 using session_ptr = std::shared_ptr<client_session>;
 
+/// Sends what ends the conversation, whether the client takes it or not.
+inline void send_last(const session_ptr &session, std::string bytes) {
+    send_all(session->client, std::move(bytes),
+             [session](bool /*sent*/) { end_connection(session->client); });
+}
+
 /// Sends what there is to see, and again whenever a request changes it, until the watcher leaves
 /// or the simulator shuts down.
 void stream_events(const session_ptr &session);

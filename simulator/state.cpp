@@ -1,8 +1,7 @@
 // State files. Each part of the home is a row with its reader and its writer. Unknown parts and
 // fields are errors, since they may be misspelt.
-#include "simulator/state.h"
-
-#include "simulator/gateway.h"
+#include "simulator/daemons.h"
+#include "simulator/home.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -54,9 +53,7 @@ template <typename record_type> void read_record(const json_value &json, record_
     record = {};
     const field_list fields = fields_of(record);
     for (const auto &[name, value] : object_of(json, "a record is no object").items()) {
-        const auto field =
-            std::find_if(fields.begin(), fields.end(),
-                         [&known = name](const auto &row) { return row.first == known; });
+        const auto field = std::ranges::find(fields, name, &field_list::value_type::first);
         if (field == fields.end()) {
             throw std::runtime_error("unknown field '" + name + "'");
         }
@@ -152,8 +149,7 @@ constexpr state_part PARTS[] = {
 };
 
 void read_part(const std::string &name, const json_value &value, home_state &home) {
-    const auto *part = std::find_if(std::begin(PARTS), std::end(PARTS),
-                                    [&](const state_part &row) { return row.name == name; });
+    const auto *part = std::ranges::find(PARTS, name, &state_part::name);
     if (part == std::end(PARTS)) {
         throw std::runtime_error("unknown part '" + name + "'");
     }

@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
 #include <boost/locale/utf.hpp>
 #include <charconv>
 #include <cstdio>
 #include <iterator>
-#include <strings.h>
 
 namespace {
 
@@ -34,14 +35,8 @@ std::string hex_escape(char byte) {
 
 std::vector<std::string_view> split_text(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
-    while (true) {
-        const std::size_t end = text.find(separator);
-        parts.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) {
-            return parts;
-        }
-        text.remove_prefix(end + 1);
-    }
+    boost::split(parts, text, [separator](char byte) { return byte == separator; });
+    return parts;
 }
 
 std::string quote_bytes(std::string_view bytes) {
@@ -141,8 +136,4 @@ std::optional<int> read_number(std::string_view text, int lowest, int highest) {
         return std::nullopt;
     }
     return value;
-}
-
-bool equal_ignoring_case(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
 }

@@ -32,6 +32,3 @@ bool is_valid_utf8(std::string_view bytes);
 
 /// A whole decimal number within the limits; nothing for anything else.
 std::optional<int> read_number(std::string_view text, int lowest, int highest);
-
-/// Equality that ignores the case of ASCII letters.
-bool equal_ignoring_case(std::string_view left, std::string_view right);

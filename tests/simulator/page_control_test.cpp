@@ -109,8 +109,6 @@ const std::tuple<json, const char *, words> ORDERS[] = {
     {{"--delay", "1", true}, "waits 1 ms once", {CORE_DONE}},
     {{"--refuse", "", false}, "refuses connections", {REFUSED, REFUSED}},
     {{"", "", false}, "", {CORE_DONE}},
-    {{"--refuse", "", true}, "refuses connections once", {REFUSED}},
-    {{"", "", false}, "", {CORE_DONE}},
     {{"--refuse", "", false}, "refuses connections", {REFUSED}},
     {{"--close", "", false}, "closes without an answer", {""}},
     {{"", "", false}, "", {CORE_DONE}},
