@@ -19,6 +19,19 @@ void drain(const connection_ptr &connection) {
         });
 }
 
+arrival_kind arrival_of(const stream_connection &connection, const error_code &error) {
+    if (!error) {
+        return arrival_kind::DATA;
+    }
+    if (error == asio::error::eof) {
+        return arrival_kind::END;
+    }
+    if (error == asio::error::operation_aborted) {
+        return connection.loop.stopping ? arrival_kind::STOPPED : arrival_kind::LATE;
+    }
+    return arrival_kind::FAILED;
+}
+
 } // namespace
 
 stream_connection::stream_connection(event_loop &runs_in, stream_socket connected,
@@ -41,19 +54,6 @@ void limit_time(const connection_ptr &connection, loop_clock::time_point moment)
             connection->socket.cancel(ignored);
         }
     });
-}
-
-arrival_kind arrival_of(const stream_connection &connection, const error_code &error) {
-    if (!error) {
-        return arrival_kind::DATA;
-    }
-    if (error == asio::error::eof) {
-        return arrival_kind::END;
-    }
-    if (error == asio::error::operation_aborted) {
-        return connection.loop.stopping ? arrival_kind::STOPPED : arrival_kind::LATE;
-    }
-    return arrival_kind::FAILED;
 }
 
 void receive_some(const connection_ptr &connection, std::function<void(arrival_kind)> then) {

@@ -56,13 +56,8 @@ using connection_ptr = std::shared_ptr<stream_connection>;
 /// call replaces an earlier one.
 void limit_time(const connection_ptr &connection, loop_clock::time_point moment);
 
-/// The kind of an operation's result.
-arrival_kind arrival_of(const stream_connection &connection, const error_code &error);
-
-/// Waits for more bytes and appends them to `received`.
+/// Waits for more bytes and appends them to `received`, or appends what has already arrived.
 void receive_some(const connection_ptr &connection, std::function<void(arrival_kind)> then);
-
-/// Appends what has already arrived, without waiting.
 void receive_pending(stream_connection &connection);
 
 /// Sends all bytes; false when the peer is gone, does not read, or the simulator shuts down.
@@ -76,5 +71,4 @@ void wait(const connection_ptr &connection, std::chrono::milliseconds time,
 /// closing with unread bytes would reset the connection and could take the answer with it.
 void end_connection(const connection_ptr &connection);
 
-/// Cancels what all connections wait for.
 void stop_waiting(event_loop &loop);

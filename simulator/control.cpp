@@ -1,6 +1,5 @@
 // What the page asks for: an event for every change, the bytes of a request, and changes of the
 // home and of what the daemons are told.
-#include "simulator/http_front.h"
 #include "simulator/operations.h"
 #include "simulator/page.h"
 #include "simulator/session.h"

@@ -4,7 +4,6 @@
 #include "simulator/daemons.h"
 
 #include "simulator/home.h"
-#include "simulator/http_front.h"
 
 #include <algorithm>
 #include <cstdlib>

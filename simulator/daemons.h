@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+inline constexpr const char *SERVICE_PATH = "/cgi-bin/lumows";
+
 struct daemon_conversation;
 struct home_state;
 
@@ -26,7 +28,6 @@ struct passed_request {
 /// events and more, or somebody whom another site sent.
 enum class audience_kind { CLIENT, PAGE, EVENTS, BENCH, STRANGER };
 
-/// How the reading of a request ended.
 enum class arrival_kind { DATA, END, LATE, STOPPED, FULL, FAILED };
 
 /// How far a request has come: more must arrive, or may once the client is told to go on, or not.
@@ -57,6 +58,9 @@ struct gateway_request {
     const linked_lines *linked = nullptr; ///< where it sets something
 };
 
+/// Largest body of a web request; clients send uploads of about a megabyte.
+inline constexpr std::size_t HTTP_BODY_LIMIT = std::size_t{4} * 1024 * 1024;
+
 /// One daemon. The order of the table is that of the printed lists.
 struct daemon_row {
     std::string_view key;                           ///< its name in options
@@ -74,7 +78,7 @@ struct daemon_row {
 
 extern const std::span<const daemon_row> DAEMONS;
 
-/// The place of a daemon of DAEMONS in it, for what is kept per daemon in the same order.
+/// The daemon's place in DAEMONS, for what is kept per daemon in the same order.
 std::size_t row_of(const daemon_row &daemon);
 
 /// Error numbers, relative to a daemon's base. The offsets 5 to 7 are never answered: clients
@@ -102,7 +106,6 @@ struct told_behaviour {
     int refusals = 0;               ///< so many connections are refused
 };
 
-/// One request to one daemon, read to its end.
 struct daemon_conversation {
     const daemon_row &daemon;
     const told_behaviour &behaviour;
@@ -136,8 +139,6 @@ void answer_http(daemon_conversation &conversation);
 /// What is wrong with a place of home_state::links, such as "eib 1/1/3"; empty when nothing is.
 std::string complain_about_link(std::string_view link);
 
-/// The names of all daemons in options.
+/// The names of all daemons in options, and the daemon of one; null when there is none.
 std::string daemon_keys(const char *separator);
-
-/// The daemon with this option name, null when there is none.
 const daemon_row *find_daemon(std::string_view key);

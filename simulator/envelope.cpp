@@ -37,7 +37,6 @@ soap_fault client_fault(std::string text) {
     return {"Client", std::move(text)};
 }
 
-/// The namespace of an element; empty when there is none.
 std::string namespace_of(pugi::xml_node node) {
     static const pugi::xpath_query query("namespace-uri()");
     return query.evaluate_string(node);

@@ -22,6 +22,4 @@ std::variant<service_call, soap_fault> read_envelope(std::string_view body);
 /// The response envelope of an operation: all its response children in order, the ones that
 /// `fields` does not hold empty.
 std::string write_response(const service_operation &operation, const response_fields &fields);
-
-/// The envelope of a fault.
 std::string write_fault(const soap_fault &fault);

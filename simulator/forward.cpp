@@ -4,7 +4,6 @@
 
 #include "simulator/connection.h"
 #include "simulator/envelope.h"
-#include "simulator/http_front.h"
 #include "simulator/journal.h"
 #include "simulator/text.h"
 
@@ -81,7 +80,6 @@ void conclude(const forwarded_question &question, const std::string &complaint) 
     question.then();
 }
 
-/// Reads the answer to its end.
 void read_answer(const question_ptr &question) {
     receive_some(question->real, [question](arrival_kind arrival) {
         stream_connection &real = *question->real;

@@ -20,7 +20,6 @@ struct fsmcore_request {
     std::string complaint = {};
 };
 
-/// Takes exactly this text.
 bool take_text(fsmcore_request &request, std::string_view text) {
     const std::string_view start = request.rest.substr(0, text.size());
     if (!text.starts_with(start)) {

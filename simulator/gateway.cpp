@@ -13,7 +13,6 @@ namespace {
 constexpr std::string_view REQUEST_TAG = "Request: ";
 constexpr std::string_view REQUEST_END = "\n\n";
 
-/// What is wrong with a request.
 struct request_verdict {
     request_error error;
     std::string complaint = {};

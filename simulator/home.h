@@ -38,7 +38,6 @@ inline constexpr const user_account &FIRST_USER = USERS.front();
 /// The session that requests from the controller itself carry.
 inline constexpr std::string_view LOCAL_SESSION = "NO-SESSIONID";
 
-/// The PIN that the simulated alarm unit knows.
 inline constexpr std::string_view ALARM_PIN = "1234";
 
 /// Older messages are dropped.
@@ -73,6 +72,4 @@ struct home_state {
 /// Fills the home from the text of a state file. A part that the text names replaces the whole
 /// part; the others stay. Returns what is wrong with the text, empty when nothing is.
 std::string read_state(const std::string &text, home_state &home);
-
-/// The text of a state file.
 std::string write_state(const home_state &home);

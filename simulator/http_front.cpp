@@ -1,5 +1,5 @@
-#include "simulator/http_front.h"
-
+// The web service's HTTP side: requests are Boost.Beast's to read, whatever is done with their
+// bytes and the answer's is the server's, so that the trace is exact and answers can be withheld.
 #include "simulator/envelope.h"
 #include "simulator/page.h"
 #include "simulator/text.h"

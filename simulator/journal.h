@@ -8,7 +8,6 @@
 #include <deque>
 #include <functional>
 
-/// One request and what was answered.
 struct journal_entry {
     const daemon_row *daemon;
     std::string request;               ///< in words
@@ -42,20 +41,16 @@ struct request_journal {
     std::function<void()> watch; ///< told of each entry
 };
 
-/// The request as the log prints it, without its outcome, such as "EIB: SENDEIB... a|b".
+/// The line of the log, without the outcome, such as "EIB: SENDEIB... a|b", and with it.
 std::string request_words(const journal_entry &entry);
-
-/// The line of the log.
 std::string entry_words(const journal_entry &entry);
 
 /// Bytes as the log prints them, such as EIB -> "Response Status: EIBG-000\n".
 std::string bytes_words(const daemon_row &daemon, std::string_view direction,
                         std::string_view bytes);
 
-/// Prints a line about a daemon that is no request.
+/// Print a line of the log that is no request.
 void print_note(const daemon_row &daemon, const std::string &text);
-
-/// Prints the line of these bytes.
 void print_bytes(const daemon_row &daemon, std::string_view direction, std::string_view bytes);
 
 /// Prints the entry, and does with it what else there is to do.

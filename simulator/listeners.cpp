@@ -2,8 +2,6 @@
 // whether another program serves a socket or it is stale.
 #include "simulator/listeners.h"
 
-#include "simulator/http_front.h"
-
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <cerrno>

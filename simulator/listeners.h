@@ -40,7 +40,6 @@ std::string announce_listeners(const simulator_settings &settings, const listene
 /// or cannot count them as it should.
 bool stop_listening(event_loop &loop, daemon_listener &listener, bool counted);
 
-/// Lets a socket listen that refused connections.
 void listen_again(daemon_listener &listener);
 
 /// Refuses this many more connections, and lets the socket listen then. Tells of each that was
@@ -48,5 +47,4 @@ void listen_again(daemon_listener &listener);
 void refuse_connections(event_loop &loop, daemon_listener &listener, int count,
                         std::function<void()> refused, std::function<void()> then);
 
-/// Closes everything and removes the files.
 void close_listeners(listener_set &listeners);

@@ -53,7 +53,6 @@ struct service_operation {
 
 extern const std::span<const service_operation> OPERATIONS;
 
-/// The names of a row's request or response children.
 std::vector<std::string_view> child_names(std::string_view children);
 
 /// The operation of this element name, null when there is none.

@@ -52,6 +52,4 @@ extern const std::span<const option_row> OPTIONS;
 /// Fills the settings from the arguments after the program name. Returns what is wrong with
 /// them, empty when nothing is.
 std::string read_options(const std::vector<std::string> &arguments, simulator_settings &settings);
-
-/// The text of --help.
 std::string help_text();

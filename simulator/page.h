@@ -21,8 +21,10 @@ inline constexpr const char *PAGE_POLICY =
 /// X-Content-Type-Options of the page's answers: a browser takes them for what they say they are.
 inline constexpr const char *NO_SNIFFING = "nosniff";
 
-/// The page.
 std::string_view page_text();
+
+/// The bytes of an answer to the page with this text, or of its head alone.
+std::string write_http(unsigned status, const std::string &body, bool with_body);
 
 inline constexpr const char *STREAM_HEAD = "HTTP/1.1 200 OK\r\n"
                                            "Content-Type: text/event-stream\r\n"

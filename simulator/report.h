@@ -18,13 +18,10 @@ struct log_line {
     std::vector<std::pair<std::string_view, std::string>> fields = {}; ///< where it is JSON
 };
 
-/// Chosen once, before the first line.
+/// Chosen once, before the first line; the log is on standard output otherwise.
 void choose_log_format(log_format_kind format);
-
-/// Prints the log on standard error from now on.
 void log_to_errors();
 
-/// Prints the line in the chosen format.
 void print_log(const log_line &line);
 
 /// The bytes of a file; nothing when it cannot be read.
@@ -33,5 +30,4 @@ std::optional<std::string> file_bytes(const std::string &path);
 /// Writes a temporary file and renames it, so that readers never see half of it.
 bool write_file(const std::string &path, const std::string &text);
 
-/// Prints the text as it is on standard output.
 void print_text(std::string_view text);

@@ -6,7 +6,6 @@
 
 struct simulator_settings;
 
-/// One request of a list.
 struct listed_request {
     const daemon_row *daemon;
     std::string line;                  ///< as the log prints it, or without its outcome
@@ -22,7 +21,6 @@ std::string read_list(const std::string &path, std::vector<listed_request> &list
 /// Whether the row is about this request, whatever was answered.
 bool is_same_request(const listed_request &row, const journal_entry &entry);
 
-/// How the row fits the request with its answer.
 list_fit fit(const listed_request &row, const journal_entry &entry);
 
 struct replay_list {

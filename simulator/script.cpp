@@ -1,4 +1,4 @@
-#include "simulator/script.h"
+#include "simulator/bench.h"
 
 #include <cerrno>
 #include <csignal>

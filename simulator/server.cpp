@@ -3,7 +3,6 @@
 // operation that calls the next step when it is done. Pending operations keep their session alive;
 // the last one closes it.
 #include "simulator/forward.h"
-#include "simulator/http_front.h"
 #include "simulator/session.h"
 
 #include <boost/asio/signal_set.hpp>

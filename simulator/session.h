@@ -12,7 +12,6 @@ struct simulator_server {
     const daemon_row *at_work = DAEMONS.data(); ///< named in the message about an exception
 };
 
-/// One client of a daemon.
 struct client_session {
     client_session(simulator_server &serving, const daemon_row &daemon, stream_socket socket)
         : server(serving), client(std::make_shared<stream_connection>(

@@ -69,19 +69,27 @@ template <typename record_type> json_value write_record(record_type record) {
     return json;
 }
 
-template <typename record_map> void read_records(const json_value &part, record_map &records) {
-    records.clear();
-    for (const auto &[name, record] : object_of(part).items()) {
-        read_record(record, records[name]);
+template <auto part> void read_records(const json_value &json, home_state &home) {
+    (home.*part).clear();
+    for (const auto &[name, record] : object_of(json).items()) {
+        read_record(record, (home.*part)[name]);
     }
 }
 
-template <typename record_map> json_value write_records(const record_map &records) {
-    json_value part = json_value::object();
-    for (const auto &[name, record] : records) {
-        part[name] = write_record(record);
+template <auto part> json_value write_records(const home_state &home) {
+    json_value json = json_value::object();
+    for (const auto &[name, record] : home.*part) {
+        json[name] = write_record(record);
     }
-    return part;
+    return json;
+}
+
+template <auto part> void read_texts(const json_value &json, home_state &home) {
+    object_of(json).get_to(home.*part);
+}
+
+template <auto part> json_value write_texts(const home_state &home) {
+    return json_value(home.*part);
 }
 
 void read_schedules(const json_value &part, home_state &home) {
@@ -130,22 +138,15 @@ struct state_part {
 };
 
 constexpr state_part PARTS[] = {
-    {"elements",
-     [](const json_value &part, home_state &home) { read_records(part, home.elements); },
-     [](const home_state &home) { return write_records(home.elements); }},
-    {"links", [](const json_value &part, home_state &home) { object_of(part).get_to(home.links); },
-     [](const home_state &home) { return json_value(home.links); }},
-    {"sessions",
-     [](const json_value &part, home_state &home) { object_of(part).get_to(home.sessions); },
-     [](const home_state &home) { return json_value(home.sessions); }},
-    {"neighbours",
-     [](const json_value &part, home_state &home) { read_records(part, home.neighbours); },
-     [](const home_state &home) { return write_records(home.neighbours); }},
+    {"elements", read_records<&home_state::elements>, write_records<&home_state::elements>},
+    {"links", read_texts<&home_state::links>, write_texts<&home_state::links>},
+    {"sessions", read_texts<&home_state::sessions>, write_texts<&home_state::sessions>},
+    {"neighbours", read_records<&home_state::neighbours>, write_records<&home_state::neighbours>},
     {"schedules", read_schedules, write_schedules},
-    {"messages", read_messages, [](const home_state &home) { return json_value(home.messages); }},
+    {"messages", read_messages, write_texts<&home_state::messages>},
     {"configuration",
      [](const json_value &part, home_state &home) { part.get_to(home.configuration); },
-     [](const home_state &home) { return json_value(home.configuration); }},
+     write_texts<&home_state::configuration>},
 };
 
 void read_part(const std::string &name, const json_value &value, home_state &home) {
