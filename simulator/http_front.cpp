@@ -1,5 +1,6 @@
 // The web service's HTTP side: requests are Boost.Beast's to read, whatever is done with their
 // bytes and the answer's is the server's, so that the trace is exact and answers can be withheld.
+#include "page_text.h"
 #include "simulator/envelope.h"
 #include "simulator/page.h"
 #include "simulator/text.h"
@@ -153,8 +154,7 @@ http_answer answer_page(daemon_conversation &conversation, const http::fields &f
     exchange_result &exchange = conversation.exchange;
     if (exchange.web.path == PAGE_PATH) {
         exchange.audience = audience_kind::PAGE;
-        return {200, std::string(page_text()), "text/html; charset=utf-8", PAGE_POLICY,
-                NO_SNIFFING};
+        return {200, std::string(PAGE_TEXT), "text/html; charset=utf-8", PAGE_POLICY, NO_SNIFFING};
     }
     if (changes && header_value(fields, TOKEN_HEADER) != conversation.home.token) {
         return refuse_stranger(exchange, "not from this page");

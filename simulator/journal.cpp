@@ -8,15 +8,6 @@
 
 namespace {
 
-/// What a recording holds of an entry: its lines as the log prints them with the answer's bytes.
-std::string recorded_lines(const journal_entry &entry) {
-    std::string lines = entry_words(entry) + "\n";
-    if (entry.answer) {
-        lines += bytes_words(*entry.daemon, "->", *entry.answer) + "\n";
-    }
-    return lines;
-}
-
 /// An upload of a megabyte must not be kept thousands of times.
 void cut_bytes(std::string &bytes) {
     if (bytes.size() > WATCHED_BYTES + 1) {
@@ -57,7 +48,11 @@ void add_entry(request_journal &journal, journal_entry entry) {
                entry_words(entry),
                {{"request", entry.request}, {"outcome", entry.outcome}}});
     if (journal.recording != nullptr) {
-        std::fputs(recorded_lines(entry).c_str(), journal.recording);
+        std::fprintf(journal.recording, "%s\n", entry_words(entry).c_str());
+        if (entry.answer) {
+            const std::string bytes = bytes_words(*entry.daemon, "->", *entry.answer);
+            std::fprintf(journal.recording, "%s\n", bytes.c_str());
+        }
         std::fflush(journal.recording);
     }
     journal.asked[row_of(*entry.daemon)]++;

@@ -31,10 +31,12 @@ std::string prepare(test_bench &bench, std::vector<listed_request> &expected) {
     std::string complaint;
     if (!settings.state_file.empty()) {
         const auto text = file_bytes(settings.state_file);
-        complaint = text ? read_state(*text, bench.home) : "";
-        if (!text || !complaint.empty()) {
-            return text ? settings.state_file + ": " + complaint
-                        : "cannot read " + settings.state_file;
+        if (!text) {
+            return "cannot read " + settings.state_file;
+        }
+        complaint = read_state(*text, bench.home);
+        if (!complaint.empty()) {
+            return settings.state_file + ": " + complaint;
         }
     }
     for (const std::string &session : settings.sessions) {

@@ -21,8 +21,6 @@ inline constexpr const char *PAGE_POLICY =
 /// X-Content-Type-Options of the page's answers: a browser takes them for what they say they are.
 inline constexpr const char *NO_SNIFFING = "nosniff";
 
-std::string_view page_text();
-
 /// The bytes of an answer to the page with this text, or of its head alone.
 std::string write_http(unsigned status, const std::string &body, bool with_body);
 
@@ -47,8 +45,3 @@ std::string element_key(const std::string &name);
 
 /// What the daemon was told to do, in words; empty for a proper one.
 std::string told_words(const test_bench &bench, const daemon_row &daemon);
-
-/// Commands of the client to copy: the functions that it can send to a daemon at this place, each
-/// with its command.
-std::vector<std::pair<std::string, std::string>> client_commands(const daemon_row &daemon,
-                                                                 const std::string &place);

@@ -120,37 +120,27 @@ void read_request(const session_ptr &session) {
     });
 }
 
-void accept_next(simulator_server &server, daemon_listener &listener);
-
-void accepted(simulator_server &server, daemon_listener &listener, const error_code &error,
-              stream_socket socket) {
+void accept_next(simulator_server &server, daemon_listener &listener) {
     if (server.loop.stopping) {
         return;
     }
-    if (error == asio::error::operation_aborted) { // it was told to refuse
-        return;
-    }
-    if (error) {
-        const auto pause = std::make_shared<loop_timer>(server.loop.context, ACCEPT_PAUSE);
-        pause->async_wait(
-            [&server, &listener, pause](const error_code &) { accept_next(server, listener); });
-        return;
-    }
-    accept_next(server, listener);
-    if (server.sessions.size() < MOST_CONNECTIONS) {
-        read_request(std::make_shared<client_session>(server, *listener.daemon, std::move(socket)));
-    } else {
-        print_note(*listener.daemon, "too many connections, one closed");
-    }
-}
-
-void accept_next(simulator_server &server, daemon_listener &listener) {
-    if (!server.loop.stopping) {
-        listener.acceptor.async_accept(
-            [&server, &listener](const error_code &error, stream_socket socket) {
-                accepted(server, listener, error, std::move(socket));
-            });
-    }
+    listener.acceptor.async_accept([&](const error_code &error, stream_socket socket) {
+        if (server.loop.stopping || error == asio::error::operation_aborted) {
+            return; // aborted where it was told to refuse
+        }
+        if (error) {
+            const auto pause = std::make_shared<loop_timer>(server.loop.context, ACCEPT_PAUSE);
+            pause->async_wait([&, pause](const error_code &) { accept_next(server, listener); });
+            return;
+        }
+        accept_next(server, listener);
+        if (server.sessions.size() < MOST_CONNECTIONS) {
+            read_request(
+                std::make_shared<client_session>(server, *listener.daemon, std::move(socket)));
+        } else {
+            print_note(*listener.daemon, "too many connections, one closed");
+        }
+    });
 }
 
 /// A text that nobody can guess.
