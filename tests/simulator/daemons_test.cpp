@@ -25,7 +25,7 @@ std::string status_line(const daemon_row &daemon, int error) {
 }
 
 /// A proper request with its first match of the pattern replaced.
-std::string damaged(const std::string &request, const char *pattern, const std::string &by) {
+std::string damaged(const std::string &request, const std::string &pattern, const std::string &by) {
     return std::regex_replace(request, std::regex(pattern), by,
                               std::regex_constants::format_first_only);
 }
@@ -94,13 +94,13 @@ TEST(Gateways, RefuseOtherFixedValuesAndWidths) {
             const std::string request = sample_request(function, function.name);
             for (const width_row &width : function.widths) {
                 const std::string tag = names_of(function.lines)[width.item - 1] + ": ";
-                refuse(damaged(request, tag.c_str(), tag + "0"),
+                refuse(damaged(request, tag, tag + "0"),
                        tag + "must be " + std::to_string(width.width) + " characters long");
             }
             std::smatch fixed;
             const std::string lines = function.lines;
             if (std::regex_search(lines, fixed, std::regex("(\\w+: )([^{}\n]+)\n"))) {
-                refuse(damaged(request, fixed.str(1).c_str(), fixed.str(1) + "0"),
+                refuse(damaged(request, fixed.str(1), fixed.str(1) + "0"),
                        fixed.str(1) + "must be " + fixed.str(2));
             }
         }
@@ -124,17 +124,14 @@ const std::pair<const char *, const char *> CORE_DAMAGES[] = {
     {"Length: 5", "Length: 5x"},
     {"Length: 5", "Length: 05"},
     {"Count: 3", "Count: -3"},
-    {"Count: 3", "Count: 03"},
     {"Count: 3", "Count: 2"},
     {"Count: 3", "Count: 4"},
     {"Count: 3\n", "Count: 3\r\n"},
     {"Param000 Length", "Param001 Length"},
-    {"Param000 Length", "Param00 Length"},
     {"Param000:", "Param001:"},
     {"Waittime: 5\n", ""},
     {"Waittime: 5", "Waittime: x"},
     {"Request: f", "Request: "},
-    {"Request: f", "f"},
     {"$", "more"},
 };
 

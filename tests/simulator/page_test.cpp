@@ -10,7 +10,7 @@ namespace {
 using namespace harness;
 using nlohmann::json;
 
-TEST(Page, IsServedWithAPolicy) {
+TEST(Page, IsServedWithAPolicyAndHasAHead) {
     running_simulator simulator;
     const http_reply page = ask_http(simulator.port, "GET /");
     EXPECT_EQ(page.status, 200);
@@ -21,13 +21,9 @@ TEST(Page, IsServedWithAPolicy) {
     }
     EXPECT_TRUE(page.body.starts_with("<!DOCTYPE html>")) << page.body;
     EXPECT_TRUE(page.body.ends_with("</html>\n")) << page.body;
-}
-
-TEST(Page, SendsNoBodyToHead) {
-    running_simulator simulator;
     simulator.ask(CORE_SOCKET, CORE_REQUEST);
-    for (const char *path : {"/", "/events", "/requests/1"}) {
-        const http_reply seen = ask_http(simulator.port, std::string("HEAD ") + path);
+    for (const std::string path : {"/", "/events", "/requests/1"}) {
+        const http_reply seen = ask_http(simulator.port, "HEAD " + path);
         EXPECT_EQ(seen.status, 200) << path;
         EXPECT_NE(seen.head.find("\r\nX-Content-Type-Options: nosniff\r\n"), std::string::npos)
             << path << seen.head;
