@@ -107,7 +107,7 @@ inline outcome failed(const request &daemon, failure how, int error = 0) {
     }
     const protocol::gateway_row &gateway = protocol::any_gateway();
     const int code = gateway.base + step;
-    return {harness::red(exchange_message(gateway, how, usual_function(gateway), reason)) +
+    return {harness::red(exchange_message(gateway, how, gateway.functions.front().name, reason)) +
                 shown_code(gateway, code) + "\n",
             code};
 }
