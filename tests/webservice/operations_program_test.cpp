@@ -84,12 +84,10 @@ void expect_the_whole_request_and_the_lines(const service_row &row) {
 
 /// And equal values are written out one by one.
 void expect_no_other_response(const service_row &row) {
-    words call = {"-f", std::string("service_") + row.name, "-w", "5", "-v", "ON"};
-    if (const std::size_t count = entries_of(row).size(); count != 0) {
-        call.insert(call.begin(), {"-p", joined(words(count, "5"), "|")});
-    }
+    const std::string list = joined(words(entries_of(row).size(), "5"), "|");
     peer service(answering(http_response("other", "<result>LMWS-402</result>")));
-    const run_result run = call_service(service, call);
+    const run_result run = call_service(
+        service, {"-f", std::string("service_") + row.name, "-p", list, "-w", "5", "-v", "ON"});
     EXPECT_EQ(finish_request(&service).body,
               request_text(row.name, request_children(row, "5", [](auto &&) { return "5"; })));
     const int code = row.group == line_group::WITH_A_RESULT ? 508 : 502;
