@@ -77,7 +77,7 @@ void check_fsmcore_list(const std::string &function, const std::string &list) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     enum { ANY_WORDS, FSMCORE, FIRST_GATEWAY };
-    fuzz::input in = fuzz::input_of(data, size);
+    fuzz::input in(reinterpret_cast<const char *>(data), size);
     const std::size_t chosen = fuzz::below(&in, FIRST_GATEWAY + std::size(protocol::GATEWAYS));
     if (chosen == ANY_WORDS) {
         check_any_words(in);

@@ -49,7 +49,7 @@ bool gives(const std::string &answer, const std::string &prefix, int number) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    fuzz::input in = fuzz::input_of(data, size);
+    fuzz::input in(reinterpret_cast<const char *>(data), size);
     const std::size_t place = fuzz::below(&in, std::size(protocol::GATEWAYS) + 1);
     const bool is_gateway = place < std::size(protocol::GATEWAYS);
     const exchange tried = exchange_of(is_gateway ? &protocol::GATEWAYS[place] : nullptr, &in);

@@ -17,9 +17,6 @@ namespace fuzz {
 /// What is left of an input, which is taken apart from its start. Behind its end everything is zero
 /// or empty.
 using input = std::string_view;
-inline input input_of(const std::uint8_t *data, std::size_t size) {
-    return {reinterpret_cast<const char *>(data), size};
-}
 std::size_t below(input *in, std::size_t bound); ///< a number from 0 to bound - 1, one byte
 std::string field(input *in);                    ///< up to the next zero byte, which is taken too
 

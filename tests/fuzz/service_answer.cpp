@@ -124,7 +124,7 @@ void check_url(const service_row &called, const std::string &url) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     enum { ANY_ANSWER, ANY_BODY, ANY_CONTENT, ANY_CHILDREN, PROPER_RESPONSE, ANY_URL, SCENES };
-    input in = fuzz::input_of(data, size);
+    input in(reinterpret_cast<const char *>(data), size);
     const std::size_t scene = fuzz::below(&in, SCENES);
     const service_row &called =
         protocol::SERVICE_FUNCTIONS[fuzz::below(&in, std::size(protocol::SERVICE_FUNCTIONS))];
