@@ -171,7 +171,7 @@ std::size_t below(input *in, std::size_t bound) {
 }
 
 std::string field(input *in) {
-    const std::string text(in->substr(0, in->find('\0')));
+    std::string text(in->substr(0, in->find('\0')));
     in->remove_prefix(std::min(text.size() + 1, in->size()));
     return text;
 }
