@@ -197,6 +197,7 @@ class Memory : public Faults {
     /// the streams do without: they write byte by byte.
     void fail_every_allocation(const script &steps) const {
         const faulty_run usual = run_with({}, steps);
+        EXPECT_EQ(usual.records, words());
         const int last = static_cast<int>(usual.allocations.size());
         for (int i = 2; i < 2 * (last + 1); i++) {
             const fault failing = {.call = "allocation", .number = i / 2, .onwards = i % 2 == 1};
