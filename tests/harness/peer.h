@@ -5,14 +5,11 @@
 
 #include "tests/harness/process.h"
 
-#include <functional>
 #include <memory>
 #include <netinet/in.h>
 #include <semaphore>
-#include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 namespace harness {
 
