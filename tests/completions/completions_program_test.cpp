@@ -3,7 +3,7 @@
 
 #include "tests/harness/peer.h"
 #include "tests/harness/process.h"
-#include "tests/protocol/request_types.h"
+#include "tests/protocol/gateways.h"
 #include "tests/protocol/service_functions.h"
 
 #include <filesystem>

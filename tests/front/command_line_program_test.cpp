@@ -2,7 +2,7 @@
 // help: all of it, where it goes, and everything that leads to it.
 
 #include "tests/front/transcript.h"
-#include "tests/protocol/request_types.h"
+#include "tests/protocol/gateways.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "tests/front/transcript.h"
 #include "tests/fsmcore/fsmcore_exchanges.h"
-#include "tests/protocol/request_types.h"
+#include "tests/protocol/gateways.h"
 
 #include <climits>
 

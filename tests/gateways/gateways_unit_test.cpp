@@ -84,11 +84,11 @@ TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
         const std::string name = row.function.name;
         for (const std::string &stranger :
              {std::string(), name + "S", name.substr(1), name.substr(0, name.size() - 1)}) {
-            expect_refusal(row, stranger.c_str(), row.function.sample, 503, "");
+            expect_refusal(row, stranger.c_str(), row.function.sample.c_str(), 503, "");
         }
         expect_refusal(row, nullptr, nullptr, 503, "");
         if (row.function.built != builder_answer::SENDS) {
-            expect_refusal(row, name.c_str(), row.function.sample, 503, "");
+            expect_refusal(row, name.c_str(), row.function.sample.c_str(), 503, "");
         }
     }
 }

@@ -5,7 +5,6 @@
 #include "front/request_types.h"
 #include "front/utility.h"
 #include "tests/protocol/gateway_calls.h"
-#include "tests/protocol/request_types.h"
 #include "tests/protocol/service_functions.h"
 #include "webservice/operation_row.h"
 

@@ -34,8 +34,8 @@ inline words names_of(const std::string &lines) {
 
 struct function_row {
     const char *name;
-    const char *lines;  ///< header lines; {1} is the exchange's first value
-    const char *sample; ///< a -p list of the right count
+    const char *lines; ///< header lines; {1} is the exchange's first value
+    std::string sample = joined(names_of(lines), "|");  ///< a -p list of the right count
     std::string needed = joined(names_of(lines), ", "); ///< what the count message asks for
     std::size_t first_value = 1;                        ///< number of the list's first value
     builder_answer built = builder_answer::SENDS;
