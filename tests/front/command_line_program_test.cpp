@@ -112,12 +112,13 @@ TEST(RequestTypes, MissEachRequiredFieldByItself) {
 
 TEST(RequestTypes, OfTheInternetAreCheckedInFullAndUnimplemented) {
     for (const request_type_row &row : protocol::request_types()) {
+        if (row.need != &protocol::INTERNET_NEED) {
+            continue;
+        }
         // A field counts as given when its option was, whatever its text.
         for (const char *fields : {"-a 10.0.0.1 -d 2000 -f X -p a", "-a '' -d 1025 -f '' -p ''"}) {
-            if (row.need == &protocol::INTERNET_NEED) {
-                expect_transcript("-t " + row.keyword + " " + fields,
-                                  red(UNIMPLEMENTED) + plain("LMCM-507"), 507);
-            }
+            expect_transcript("-t " + row.keyword + " " + fields,
+                              red(UNIMPLEMENTED) + plain("LMCM-507"), 507);
         }
     }
 }
