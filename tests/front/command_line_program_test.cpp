@@ -22,7 +22,7 @@ const char SOAP_INCOMPLETE[] =
 TEST(Options, ShowTheirArguments) {
     const std::pair<const char *, const char *> rows[] = {
         {"-a 10.0.0.1", "Internet service address selected: 10.0.0.1"},
-        {"-f Service_Test", "Function selected: Service_Test"},
+        {"-f Service_%s%n", "Function selected: Service_%s%n"},
         {"-p 'a| b||c'", "Parameters selected: a| b||c"},
         {"-s /run/s", "Socket selected: /run/s"},
         {"-u http://h/p", "Url selected: http://h/p"},

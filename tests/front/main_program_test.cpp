@@ -61,39 +61,17 @@ TEST(Dispatch, CarriesEveryFunctionToItsGateway) {
     }
 }
 
-// --- Values are bytes, not characters, whether or not the machine's char has a sign
-
-/// Every byte but zero, the line feed (it would end the line) and the bar (it would end the item).
-std::string every_byte() {
+/// Whether or not the machine's char has a sign.
+TEST(EveryByte, TravelsToAGatewayAndIsShown) {
     std::string bytes;
     for (int byte = 1; byte < 256; byte++) {
-        if (byte != '\n' && byte != '|') {
+        if (byte != '\n' && byte != '|') { // these would end the line and the item
             bytes += static_cast<char>(byte);
         }
     }
-    return bytes;
-}
-
-TEST(EveryByte, TravelsToAGatewayAndIsShown) {
     harness::words items = protocol::entries_of(FUNCTION.sample);
-    items.back() = every_byte();
+    items.back() = bytes;
     expect_carried({GATEWAY, FUNCTION}, protocol::joined(items, "|"), 0, "LMCM-0000");
-}
-
-/// Returned parameters are not shown, and the wait time is the web service's.
-TEST(EveryByte, TravelsToFsmcoreAndBack) {
-    const std::string parameter = "Param000 Length: 253\nParam000:\n" + every_byte() + "\n";
-    const meeting_point point(
-        family::UNIX_SOCKET,
-        {harness::expect("Request: F\nParameter Count: 2\n" + parameter +
-                         "Param001 Length: 2\nParam001:\non\nWaittime: 5\n\n"),
-         harness::reply("Response Status: FSMC-004\nParameter Count: 1\n" + parameter)});
-    const run_result run = harness::lumocmd(
-        {"-t", "fsmcore", "-s", point.path, "-f", "F", "-p", every_byte() + "|on", "-w", "30"});
-    EXPECT_EQ(point.daemon->finish(), "");
-    EXPECT_EQ(run.output, plain("FSMC-004"));
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.status, 4);
 }
 
 // The parser stopped early, so nothing was required: absent texts reach the client.

@@ -6,8 +6,6 @@
 #include "tests/protocol/texts.h"
 
 #include <cstdio>
-#include <string>
-#include <vector>
 
 namespace protocol {
 
@@ -95,9 +93,8 @@ inline bool is_reachable(const gateway_row &row) {
     return row.where == harness::family::UNIX_SOCKET && row.local_type != UNSUPPORTED;
 }
 
-inline std::vector<std::string> values_of_list(const function_row &function,
-                                               const std::string &list) {
-    std::vector<std::string> values = entries_of(list);
+inline words values_of_list(const function_row &function, const std::string &list) {
+    words values = entries_of(list);
     values.insert(values.begin(), function.first_value - 1, "");
     return values;
 }
@@ -108,14 +105,10 @@ inline std::size_t count_of(const function_row &function) {
 
 /// The whole request as it is sent, its function spelt as the caller does.
 inline std::string request_text(const function_row &function, const std::string &spelling,
-                                const std::vector<std::string> &values) {
+                                const words &values) {
     std::string lines = function.lines;
     for (std::size_t i = 0; i < values.size(); i++) {
-        const std::string mark = "{" + std::to_string(i + 1) + "}";
-        const std::size_t at = lines.find(mark);
-        if (at != std::string::npos) {
-            lines.replace(at, mark.size(), values[i]);
-        }
+        lines = replaced(lines, "{" + std::to_string(i + 1) + "}", values[i]);
     }
     return "Request: " + spelling + "\n" + lines + "\n";
 }
