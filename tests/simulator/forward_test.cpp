@@ -2,7 +2,7 @@
 // daemon of the test's own.
 #include "tests/harness/peer.h"
 #include "tests/protocol/daemons.h"
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
@@ -24,8 +24,8 @@ words ask_all(const running_simulator &desk) {
         }
     }
     answers.push_back(desk.ask(CORE_SOCKET, CORE_REQUEST));
-    answers.push_back(std::to_string(post_message(desk.port, "no envelope").status));
-    answers.push_back(call_service(desk.port, "getelementstatus", LAMP));
+    answers.push_back(std::to_string(desk.post("no envelope").status));
+    answers.push_back(desk.call("getelementstatus", LAMP));
     return answers;
 }
 
@@ -57,7 +57,7 @@ TEST(Forwarding, LeavesOutDaemonsThatAreToldWhatToAnswer) {
                             "--answer", "fsmcore=107", "--close", "soap"});
     EXPECT_EQ(desk.ask(CORE_SOCKET, CORE_REQUEST),
               "Response Status: FSMC-107\nParameter Count: 0\n");
-    EXPECT_EQ(call_service(desk.port, "test", ""), "");
+    EXPECT_EQ(desk.call("test", ""), "");
     const daemon_row sample = daemons()[1];
     EXPECT_EQ(desk.ask(sample.socket, "Request: X\n\n"),
               "Response Status: " + status_text(sample, sample.base + 1) + "\n");
@@ -70,7 +70,7 @@ TEST(Forwarding, UsesThePathOfTheAddress) {
     for (const auto &[path, status] :
          {std::pair("/cgi-bin/lumows", 200), std::pair("/elsewhere", 404)}) {
         running_simulator desk({"--forward-url", house.origin + path});
-        EXPECT_EQ(post_message(desk.port, wrap_request("<ns:service-test/>")).status, status);
+        EXPECT_EQ(desk.post(wrap_request("<ns:service-test/>")).status, status);
     }
 }
 
@@ -79,7 +79,7 @@ TEST(Forwarding, ClosesWhenTheHouseIsAway) {
     running_simulator closed({"--refuse", "soap"});
     running_simulator desk({"--forward-sockets", nowhere.path, "--forward-url", closed.origin});
     EXPECT_EQ(desk.ask(CORE_SOCKET, CORE_REQUEST), "");
-    EXPECT_EQ(call_service(desk.port, "test", ""), "");
+    EXPECT_EQ(desk.call("test", ""), "");
     EXPECT_EQ(desk.end(), "FSMCORE: f -> closed without an answer (" + nowhere.path + "/" +
                               CORE_SOCKET +
                               ": No such file or directory)\n"

@@ -1,7 +1,7 @@
 // Starting and stopping: what is made, what is removed, and what is never touched.
 #include "tests/harness/peer.h"
 #include "tests/protocol/daemons.h"
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <csignal>
 #include <filesystem>
@@ -73,7 +73,7 @@ TEST(Clients, ThatAreSilentBlockNobody) {
         silent.push_back(connect_port(simulator.port));
     }
     EXPECT_EQ(simulator.ask(CORE_SOCKET, CORE_REQUEST), CORE_DONE);
-    expect_response(simulator.port, {"test", "", "result=LMWS-000"});
+    simulator.expect_response({"test", "", "result=LMWS-000"});
     simulator.end();
     for (const int descriptor : silent) {
         EXPECT_EQ(read_all(descriptor), "");
@@ -86,7 +86,7 @@ TEST(Clients, ThatLeaveWithoutTheirAnswerAreSurvived) {
     ASSERT_TRUE(send_bytes(leaving, CORE_REQUEST));
     close(leaving);
     EXPECT_TRUE(simulator.program.wait_for_output("FSMCORE: the client did not take its answer\n"));
-    EXPECT_EQ(ask_http(simulator.port, "GET /configuration").status, 200);
+    EXPECT_EQ(simulator.http("GET /configuration").status, 200);
 }
 
 TEST(Leftovers, AreReplaced) {

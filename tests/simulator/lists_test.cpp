@@ -1,5 +1,5 @@
 // Lists of requests: what --expect compares, what --record writes and --replay answers.
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -84,7 +84,7 @@ TEST(Recording, HoldsEachRequestWithItsAnswer) {
     const std::string path = directory.path + "/list";
     running_simulator simulator({"--record", path, "--close", "soap"});
     ask(simulator, 'a');
-    call_service(simulator.port, "login", "<user>demo</user><pass>demo</pass>");
+    simulator.call("login", "<user>demo</user><pass>demo</pass>");
     EXPECT_EQ(read_file(path), A + ANSWER +
                                    "SOAP: service-login demo|demo|(absent) -> closed "
                                    "without an answer\n");

@@ -1,7 +1,6 @@
 // What the page's buttons do, as HTTP.
 #include "tests/protocol/daemons.h"
 #include "tests/protocol/service_functions.h"
-#include "tests/simulator/soap_client.h"
 #include "tests/simulator/watcher.h"
 
 #include <filesystem>
@@ -20,8 +19,7 @@ struct opened_page {
     }
 
     http_reply order(const std::string &wish) const {
-        return ask_http(simulator.port, "POST /control", "X-Lumosim-Token: " + token + "\r\n",
-                        wish);
+        return simulator.http("POST /control", "X-Lumosim-Token: " + token + "\r\n", wish);
     }
 
     std::string ask() const {
@@ -70,8 +68,7 @@ TEST(Page, SwitchesAnElement) {
           std::tuple("LIVING-LAMP", "ON", "1"), std::tuple("LIVING-LAMP", "OFF", "0"),
           std::tuple("KITCHEN-THERMOSTAT", "OFF", "21.5")}) {
         EXPECT_EQ(page.order(json({{"element", name}}).dump()).status, 200);
-        expect_response(
-            page.simulator.port,
+        page.simulator.expect_response(
             {"getelementstatus", std::string("sessionid=DEMO-SESSION|idobject=") + name,
              std::string("result=LMWS-000|status=") + state + "|currentvalue=" + value});
     }
@@ -82,9 +79,9 @@ TEST(Page, SwitchesAnElement) {
 TEST(Page, SwitchesAnElementWithALongName) {
     opened_page page;
     for (const char *last : {"B", "C"}) {
-        call_service(page.simulator.port, "runonelement",
-                     children("sessionid=DEMO-SESSION|idobject=" + std::string(1000, 'A') + last +
-                              "|operation=ON|payload=1"));
+        page.simulator.call("runonelement",
+                            children("sessionid=DEMO-SESSION|idobject=" + std::string(1000, 'A') +
+                                     last + "|operation=ON|payload=1"));
     }
     const json elements = event_watcher(page.simulator.port).next()["elements"];
     ASSERT_TRUE(

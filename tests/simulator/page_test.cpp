@@ -1,6 +1,5 @@
 // The page and its stream as HTTP, without a browser.
 #include "tests/protocol/daemons.h"
-#include "tests/simulator/soap_client.h"
 #include "tests/simulator/watcher.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +11,7 @@ using nlohmann::json;
 
 TEST(Page, IsServedWithAPolicyAndHasAHead) {
     running_simulator simulator;
-    const http_reply page = ask_http(simulator.port, "GET /");
+    const http_reply page = simulator.http("GET /");
     EXPECT_EQ(page.status, 200);
     for (const char *line : {"\r\nContent-Type: text/html; charset=utf-8\r\n",
                              "\r\nX-Content-Type-Options: nosniff\r\n",
@@ -23,7 +22,7 @@ TEST(Page, IsServedWithAPolicyAndHasAHead) {
     EXPECT_TRUE(page.body.ends_with("</html>\n")) << page.body;
     simulator.ask(CORE_SOCKET, CORE_REQUEST);
     for (const std::string path : {"/", "/events", "/requests/1"}) {
-        const http_reply seen = ask_http(simulator.port, "HEAD " + path);
+        const http_reply seen = simulator.http("HEAD " + path);
         EXPECT_EQ(seen.status, 200) << path;
         EXPECT_NE(seen.head.find("\r\nX-Content-Type-Options: nosniff\r\n"), std::string::npos)
             << path << seen.head;
@@ -70,13 +69,12 @@ TEST(Page, AndTheServiceRefuseWhoComesFromElsewhere) {
     for (const auto &[row, foreign] : SENDERS) {
         const std::string headers = protocol::replaced(row, "PORT", std::to_string(simulator.port));
         for (const auto &[asked, status] : ASKED) {
-            EXPECT_EQ(ask_http(simulator.port, asked, headers).status,
-                      foreign == nullptr ? status : 403)
+            EXPECT_EQ(simulator.http(asked, headers).status, foreign == nullptr ? status : 403)
                 << asked << "\n"
                 << headers;
         }
         if (foreign != nullptr) {
-            EXPECT_EQ(ask_http(simulator.port, "GET /events", headers).status, 403) << headers;
+            EXPECT_EQ(simulator.http("GET /events", headers).status, 403) << headers;
             EXPECT_TRUE(simulator.program.wait_for_output(
                 std::string("SOAP: GET /events -> HTTP 403 (foreign ") + foreign + ")\n"));
         }
@@ -86,7 +84,7 @@ TEST(Page, AndTheServiceRefuseWhoComesFromElsewhere) {
 TEST(Page, LetsNobodyFromElsewhereAskTheRealController) {
     running_simulator house;
     running_simulator desk({"--forward-url", house.origin});
-    EXPECT_EQ(ask_http(desk.port, "GET /configuration", "Host: house.example\r\n").status, 403);
+    EXPECT_EQ(desk.http("GET /configuration", "Host: house.example\r\n").status, 403);
     EXPECT_EQ(house.end(), "");
 }
 
@@ -109,8 +107,8 @@ TEST(Page, StreamsWhatHappens) {
                                 {"base", row.base},
                                 {"asked", 0}}));
     }
-    call_service(simulator.port, "runonelement",
-                 children("sessionid=DEMO-SESSION|idobject=LIVING-LAMP|operation=ON|payload=80"));
+    simulator.call("runonelement",
+                   children("sessionid=DEMO-SESSION|idobject=LIVING-LAMP|operation=ON|payload=80"));
     const json second = watcher.next();
     EXPECT_EQ(find_record(second["elements"], "LIVING-LAMP")["value"], "80");
     EXPECT_EQ(find_record(second["daemons"], "soap")["asked"], 1);
@@ -145,14 +143,14 @@ TEST(Page, ShowsTheBytesOfBothDirections) {
     running_simulator simulator({"--close", "fsmcore=1"});
     simulator.ask(CORE_SOCKET, std::string(9000, 'x'));
     simulator.ask(CORE_SOCKET, "Request: \xFF\r\n\n");
-    EXPECT_EQ(json::parse(ask_http(simulator.port, "GET /requests/2").body),
+    EXPECT_EQ(json::parse(simulator.http("GET /requests/2").body),
               json({{"received", "\"Request: \\xFF\\r\\n\"\n\"\\n\"\n"},
                     {"sent", "\"Response Status: FSMC-002\\n\"\n\"Parameter Count: 0\\n\"\n"}}));
     EXPECT_EQ(
-        json::parse(ask_http(simulator.port, "GET /requests/1").body),
+        json::parse(simulator.http("GET /requests/1").body),
         json({{"received", "\"" + std::string(8192, 'x') + "\"\nand more"}, {"sent", "nothing"}}));
     for (const char *number : {"0", "3", "x", ""}) {
-        EXPECT_EQ(ask_http(simulator.port, std::string("GET /requests/") + number).status, 404);
+        EXPECT_EQ(simulator.http(std::string("GET /requests/") + number).status, 404);
     }
 }
 
@@ -194,7 +192,7 @@ TEST(Page, IsNoRequest) {
     write_file(list, "");
     running_simulator simulator({"--raw", "--expect", list, "--record", directory.path + "/record",
                                  "--answer-raw", "soap=x", "--delay", "soap=3600000"});
-    ASSERT_EQ(ask_http(simulator.port, "GET /").status, 200);
+    ASSERT_EQ(simulator.http("GET /").status, 200);
     event_watcher watcher(simulator.port);
     EXPECT_FALSE(watcher.next().is_null());
     EXPECT_EQ(simulator.end(), "");

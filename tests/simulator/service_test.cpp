@@ -1,7 +1,7 @@
 // The web service: what its operations answer and remember, whom it lets in, and which messages it
 // refuses.
 #include "tests/protocol/service_functions.h"
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 #include "tests/webservice/http_peer.h"
 
 #include <gtest/gtest.h>
@@ -70,9 +70,8 @@ TEST(Operations, AnswerProperRequests) {
         running_simulator simulator({"--state", directory.path + "/house"});
         values answered = ANSWERED;
         answered["url"] = simulator.origin + "/configuration";
-        EXPECT_EQ(
-            call_service(simulator.port, row.name, elements(contract_children(row), SENT, "x")),
-            wrap_response(row.name, elements(row.response, answered, "")));
+        EXPECT_EQ(simulator.call(row.name, elements(contract_children(row), SENT, "x")),
+                  wrap_response(row.name, elements(row.response, answered, "")));
     }
 }
 
@@ -85,7 +84,7 @@ TEST(Operations, NeedASessionAndAField) {
         for (const auto &[request, status] :
              {std::pair("", session ? "LMWS-403" : refused),
               std::pair("<sessionid>DEMO-SESSION</sessionid>", session ? refused : "LMWS-402")}) {
-            const std::string answer = call_service(simulator.port, row.name, request);
+            const std::string answer = simulator.call(row.name, request);
             if (status == std::string("LMWS-000")) {
                 EXPECT_NE(answer.find(">LMWS-000</result"), std::string::npos) << answer;
             } else {
@@ -156,11 +155,11 @@ TEST(Service, RemembersAndChecks) {
     write_file(house, R"({"elements": {"HEATING": {"status": "ON", "value": "21.5"}}})");
     running_simulator simulator({"--session", "MINE", "--state", house});
     for (const call_row &row : CALLS) {
-        expect_response(simulator.port, row);
+        simulator.expect_response(row);
     }
     for (const char *children :
          {"<waittime xsi:type=\"xsd:string\">0</waittime>", "text<waittime>0</waittime>"}) {
-        EXPECT_EQ(call_service(simulator.port, "test", children),
+        EXPECT_EQ(simulator.call("test", children),
                   wrap_response("test", "<result>LMWS-402</result>"));
     }
     const std::string log = simulator.end();
@@ -173,8 +172,8 @@ TEST(Service, RemembersAndChecks) {
 TEST(Service, ServesTheUploadedFile) {
     running_simulator simulator;
     const std::string file(1 << 20, 'x');
-    expect_response(simulator.port, {"uploadlumolfile", SESSION + "lumolfile=" + file, DONE});
-    EXPECT_TRUE(ask_http(simulator.port, "GET /configuration").body == file);
+    simulator.expect_response({"uploadlumolfile", SESSION + "lumolfile=" + file, DONE});
+    EXPECT_TRUE(simulator.http("GET /configuration").body == file);
     EXPECT_EQ(simulator.end(), "SOAP: service-uploadlumolfile DEMO-SESSION|" +
                                    std::string(200, 'x') +
                                    "...(1048576 bytes)|(absent) -> LMWS-000\n"
@@ -220,23 +219,22 @@ TEST(Service, AnswersFaults) {
         EXPECT_EQ(reply.status, 500);
         EXPECT_EQ(reply.body, wrap_fault(code, text));
     };
-    EXPECT_EQ(post_message(simulator.port, proper).status, 200);
+    EXPECT_EQ(simulator.post(proper).status, 200);
     for (const fault_row &row : FAULTS) {
-        expect_fault(post_message(simulator.port, protocol::replaced(proper, row.from, row.to)),
-                     row.text, row.code);
+        expect_fault(simulator.post(protocol::replaced(proper, row.from, row.to)), row.text,
+                     row.code);
     }
-    expect_fault(post_message(simulator.port, proper, "urn:xmethods-lumows"),
+    expect_fault(simulator.post(proper, "urn:xmethods-lumows"),
                  "SOAPAction is not \"urn:xmethods-lumows\"");
-    expect_fault(
-        post_message(simulator.port, proper, "\"urn:xmethods-lumows\"", "application/soap+xml"),
-        "Content-Type is not text/xml; charset=utf-8");
+    expect_fault(simulator.post(proper, "\"urn:xmethods-lumows\"", "application/soap+xml"),
+                 "Content-Type is not text/xml; charset=utf-8");
 }
 
 TEST(Service, IsAnHttpServer) {
     running_simulator simulator;
-    EXPECT_EQ(ask_http(simulator.port, "GET /cgi-bin/lumows").status, 404);
-    EXPECT_EQ(ask_http(simulator.port, "POST /lumows", "", "x").status, 404);
-    EXPECT_EQ(post_message(simulator.port, std::string(5 << 20, 'x')).status, 413);
+    EXPECT_EQ(simulator.http("GET /cgi-bin/lumows").status, 404);
+    EXPECT_EQ(simulator.http("POST /lumows", "", "x").status, 404);
+    EXPECT_EQ(simulator.post(std::string(5 << 20, 'x')).status, 413);
     const std::string message = wrap_request("<ns:service-test></ns:service-test>");
     const std::string answer = wrap_response("test", "<result>LMWS-000</result>");
     const int drip = connect_port(simulator.port);

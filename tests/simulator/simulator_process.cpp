@@ -1,6 +1,9 @@
 // The simulator as a process, and raw stream sockets to it.
 #include "tests/simulator/simulator_process.h"
 
+#include "tests/protocol/texts.h"
+#include "tests/webservice/http_peer.h"
+
 #include <arpa/inet.h>
 #include <array>
 #include <cerrno>
@@ -41,6 +44,14 @@ int connect_to(const void *address, socklen_t size) {
     return -1;
 }
 
+const std::string DECLARATION = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+
+std::string encoded_envelope(const std::string &content) {
+    return std::string(ENVELOPE_TAG) +
+           R"(<SOAP-ENV:Body SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/">)" +
+           content + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
+}
+
 } // namespace
 
 run_result end_program(started_program &program, int signal_number) {
@@ -71,6 +82,28 @@ running_simulator::running_simulator(const words &options)
 std::string running_simulator::ask(const std::string &socket_file, std::string_view request,
                                    bool drip) const {
     return ask_daemon(home.path + "/" + socket_file, request, drip);
+}
+
+http_reply running_simulator::http(const std::string &method_and_path, const std::string &headers,
+                                   const std::string &body) const {
+    return ask_http(port, method_and_path, headers, body);
+}
+
+http_reply running_simulator::post(const std::string &message, const std::string &action,
+                                   const std::string &type) const {
+    return http("POST /cgi-bin/lumows",
+                "SOAPAction: " + action + "\r\nContent-Type: " + type + "\r\n", message);
+}
+
+std::string running_simulator::call(const std::string &operation,
+                                    const std::string &children) const {
+    return post(wrap_request(element("ns:service-" + operation, children))).body;
+}
+
+void running_simulator::expect_response(const call_row &row) const {
+    EXPECT_EQ(call(row.operation, children(row.request)),
+              wrap_response(row.operation, children(row.response)))
+        << row.request;
 }
 
 std::string running_simulator::end(int expected_status) {
@@ -144,6 +177,27 @@ http_reply ask_http(int port, const std::string &method_and_path, const std::str
     }
     return {std::stoi(answer.substr(answer.find(' '))), answer.substr(0, end + 2),
             answer.substr(end + 4)};
+}
+
+std::string children(const std::string &list) {
+    std::string text;
+    for (const std::string &entry : protocol::entries_of(list)) {
+        const std::size_t equals = entry.find('=');
+        text += entry.empty() ? "" : element(entry.substr(0, equals), entry.substr(equals + 1));
+    }
+    return text;
+}
+
+std::string wrap_request(const std::string &content) {
+    return DECLARATION + "\n" + encoded_envelope(content);
+}
+
+std::string wrap_response(const std::string &operation, const std::string &children) {
+    return DECLARATION + encoded_envelope(response_element(operation, children));
+}
+
+std::string wrap_fault(const std::string &code, const std::string &text) {
+    return DECLARATION + envelope(fault_element("SOAP-ENV:" + code, text));
 }
 
 std::string read_file(const std::string &path) {

@@ -1,5 +1,5 @@
 // State files: what the house holds at the start and leaves at the end.
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ TEST(State, GoesInAndComesOut) {
     EXPECT_FALSE(std::filesystem::exists(file + ".out.new"));
     running_simulator simulator(options);
     for (const call_row &row : CALLS) {
-        expect_response(simulator.port, row);
+        simulator.expect_response(row);
     }
     simulator.end();
     EXPECT_EQ(left(), json::parse(CHANGED));
@@ -122,10 +122,10 @@ TEST(State, OfAnElementFollowsTheDatagramsToItsAddress) {
             running_simulator simulator;
             simulator.ask("lumo_" + link.substr(0, link.find(' ')) + "gateway.socket",
                           "Request: SEND" + request + "\n\n");
-            expect_response(simulator.port,
-                            {"getelementstatus",
-                             "sessionid=DEMO-SESSION|idobject=" + element.get<std::string>(),
-                             "result=LMWS-000|" + left});
+            simulator.expect_response(
+                {"getelementstatus",
+                 "sessionid=DEMO-SESSION|idobject=" + element.get<std::string>(),
+                 "result=LMWS-000|" + left});
         }
     }
 }

@@ -1,6 +1,6 @@
 // Daemons that were told what to answer, and the log that tells what they did.
 #include "tests/protocol/daemons.h"
-#include "tests/simulator/soap_client.h"
+#include "tests/simulator/simulator_process.h"
 
 #include <cerrno>
 #include <chrono>
@@ -30,7 +30,7 @@ TEST(Told, EveryDaemonAnswersStatusesInTurn) {
         for (const daemon_row &daemon : daemons()) {
             const std::string status = status_text(daemon, number);
             if (daemon.socket.empty()) {
-                expect_response(simulator.port, {"test", "", "result=" + status});
+                simulator.expect_response({"test", "", "result=" + status});
             } else {
                 EXPECT_EQ(
                     simulator.ask(daemon.socket, daemon.gateway ? "Request: x\n\n" : CORE_REQUEST),
@@ -85,10 +85,10 @@ TEST(Told, DaemonsAnswer) {
 
 TEST(Told, TheServiceAnswersRawBytesOrNone) {
     running_simulator raw({"--answer-raw", "soap=HTTP/1.0 503 Busy\\r\\n\\r\\nbusy"});
-    EXPECT_EQ(call_service(raw.port, "test", ""), "busy");
+    EXPECT_EQ(raw.call("test", ""), "busy");
     EXPECT_EQ(raw.end(), "SOAP: service-test (absent) -> 25 raw bytes\n");
     running_simulator closed({"--close", "soap"});
-    EXPECT_EQ(post_message(closed.port, wrap_request("<ns:service-test/>")).status, 0);
+    EXPECT_EQ(closed.post(wrap_request("<ns:service-test/>")).status, 0);
     EXPECT_EQ(closed.end(), "SOAP: service-test (absent) -> closed without an answer\n");
 }
 
