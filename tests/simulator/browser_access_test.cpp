@@ -78,32 +78,24 @@ if (held !== document.body) {
 )";
 
 /// What the Tab key comes by in a row of the daemons that is open.
-const char *const ORDERS[] = {
-    "textbox: Answer status",
-    "button: Answer status once",
-    "button: Answer status always",
-    "textbox: Wait, in ms",
-    "button: Wait, in ms once",
-    "button: Wait, in ms always",
-    "button: Close without an answer once",
-    "button: Close without an answer always",
-    "button: Refuse connections once",
-    "button: Refuse connections always",
-    "button: Take back",
-    "combobox: Function",
-    "button: Copy",
-    "textbox: Command",
-};
+const words ORDERS = protocol::entries_of(
+    "textbox: Answer status|button: Answer status once|button: Answer status always|"
+    "textbox: Wait, in ms|button: Wait, in ms once|button: Wait, in ms always|"
+    "button: Close without an answer once|button: Close without an answer always|"
+    "button: Refuse connections once|button: Refuse connections always|button: Take back|"
+    "combobox: Function|button: Copy|textbox: Command");
 
 /// What it comes by once the EIB row is open.
 words stops() {
     words all = {"searchbox: Find an element", "switch: BATH-RADIO vivaldi 1/4 OFF 0"};
     for (const protocol::daemon_row &daemon : protocol::daemons()) {
-        const bool told = daemon.name == "EIB";
-        all.push_back("DisclosureTriangle: " + daemon.name +
-                      (told ? " told to fail " : " healthy ") +
-                      (told || daemon.socket.empty() ? "2 requests" : "0 requests"));
-        all.insert(all.end(), std::begin(ORDERS), told ? std::end(ORDERS) : std::begin(ORDERS));
+        const std::string row = "DisclosureTriangle: " + daemon.name;
+        if (daemon.name == "EIB") {
+            all.push_back(row + " told to fail 2 requests");
+            all.insert(all.end(), ORDERS.begin(), ORDERS.end());
+        } else {
+            all.push_back(row + " healthy " + (daemon.socket.empty() ? "2" : "0") + " requests");
+        }
     }
     all.insert(all.end(), {"checkbox: Failures only", "combobox: Daemon",
                            "DisclosureTriangle: TIME EIB SENDEIBUSSETDATAGRAM living|1/1/3|1|1 "
