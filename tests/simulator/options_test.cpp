@@ -25,7 +25,7 @@ const char *const OPTIONS =
     "--forward-url URL|--state FILE|--state-out FILE|--log-format FORMAT|--help|--version";
 
 TEST(Options, AreExplained) {
-    const run_result help = run({LUMOSIM_PROGRAM, "--help"});
+    const run_result help = run_simulator({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.errors, "");
     for (const std::string &option : entries_of(OPTIONS)) {
@@ -36,7 +36,7 @@ TEST(Options, AreExplained) {
         << "simulator/daemons.cpp and tests/protocol/ have other daemons: " << help.output;
     EXPECT_NE(help.output.find("\n  demo (demo, DEMO-SESSION)\n  admin (admin, ADMIN-SESSION)\n"),
               std::string::npos);
-    EXPECT_EQ(run({LUMOSIM_PROGRAM, "--version"}).output, "lumosim 1.0.0\n");
+    EXPECT_EQ(run_simulator({"--version"}).output, "lumosim 1.0.0\n");
 }
 
 const std::pair<words, std::string> WRONG[] = {
@@ -74,9 +74,7 @@ const std::pair<words, std::string> WRONG[] = {
 TEST(Options, ThatAreWrongAreExplained) {
     for (const auto &[arguments, complaint] : WRONG) {
         SCOPED_TRACE(complaint);
-        words command = arguments;
-        command.insert(command.begin(), LUMOSIM_PROGRAM);
-        const run_result seen = run(command);
+        const run_result seen = run_simulator(arguments);
         EXPECT_EQ(seen.status, 2);
         EXPECT_EQ(seen.output, "");
         EXPECT_TRUE(seen.errors.starts_with("lumosim: ")) << seen.errors;

@@ -52,10 +52,10 @@ TEST(Script, EndsWithItsStatus) {
     for (const script_row &row : SCRIPTS) {
         SCOPED_TRACE(row.script);
         write_file(list, lamp_lines(row.expected_lamps));
-        words command{LUMOSIM_PROGRAM, "--expect", list};
-        command.insert(command.end(), row.options.begin(), row.options.end());
-        command.insert(command.end(), {"--", "sh", "-c", row.script, LUMOCMD_PROGRAM});
-        const run_result seen = run(command);
+        words arguments = row.options;
+        arguments.insert(arguments.end(),
+                         {"--expect", list, "--", "sh", "-c", row.script, LUMOCMD_PROGRAM});
+        const run_result seen = run_simulator(arguments);
         EXPECT_EQ(seen.status, row.status) << seen.errors;
         EXPECT_EQ(seen.output, row.out) << seen.errors;
         EXPECT_NE(seen.errors.find("\nready\n"), std::string::npos) << seen.errors;
@@ -75,9 +75,7 @@ const std::tuple<words, int, std::string> FAILURES[] = {
 
 TEST(ScriptThatCannotRun, HasAStatusOfItsOwn) {
     for (const auto &[arguments, status, errors] : FAILURES) {
-        words command = arguments;
-        command.insert(command.begin(), LUMOSIM_PROGRAM);
-        const run_result seen = run(command);
+        const run_result seen = run_simulator(arguments);
         EXPECT_EQ(seen.status, status) << seen.errors;
         EXPECT_EQ(seen.output, "");
         EXPECT_TRUE(seen.errors.ends_with(errors)) << seen.errors;
@@ -85,8 +83,8 @@ TEST(ScriptThatCannotRun, HasAStatusOfItsOwn) {
 }
 
 TEST(ScriptDirectory, IsFreshAndRemoved) {
-    const run_result seen = run({LUMOSIM_PROGRAM, "--", "sh", "-c",
-                                 "touch \"$LUMO_DIRECTORY/x\"; echo \"$LUMO_DIRECTORY\""});
+    const run_result seen =
+        run_simulator({"--", "sh", "-c", "touch \"$LUMO_DIRECTORY/x\"; echo \"$LUMO_DIRECTORY\""});
     EXPECT_EQ(seen.status, 0) << seen.errors;
     ASSERT_TRUE(seen.output.starts_with("/")) << seen.output;
     EXPECT_FALSE(fs::exists(seen.output.substr(0, seen.output.size() - 1))) << seen.output;

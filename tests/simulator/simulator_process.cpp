@@ -66,6 +66,11 @@ words simulator_command(const std::string &directory, const words &options) {
     return command;
 }
 
+run_result run_simulator(words arguments) {
+    arguments.insert(arguments.begin(), LUMOSIM_PROGRAM);
+    return run(arguments);
+}
+
 running_simulator::running_simulator(const words &options)
     : program(simulator_command(home.path, options)) {
     if (!program.wait_for_output("ready")) {

@@ -48,6 +48,9 @@ struct call_row {
 /// The simulator with its sockets in this directory and the web service on a free port.
 words simulator_command(const std::string &directory, const words &options = {});
 
+/// Runs one with these arguments alone to its end.
+run_result run_simulator(words arguments);
+
 /// A simulator that listens in `home.path`. Throws what it said when it does not get so far.
 struct running_simulator {
     explicit running_simulator(const words &options = {});
