@@ -69,7 +69,7 @@ struct running_simulator {
 
     /// Calls service-OPERATION with these children and returns the answer body.
     std::string call(const std::string &operation, const std::string &children) const;
-    void expect_response(const call_row &call) const;
+    void expect_response(const call_row &row) const;
 
     /// Ends it and returns what the log holds between the simulator's readiness and its end.
     std::string end(int expected_status = 0);
