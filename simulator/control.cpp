@@ -18,6 +18,13 @@ void note(simulator_server &server, const daemon_row &daemon, const std::string 
     server.bench.journal.watch();
 }
 
+const char *switched(std::string_view status) {
+    return status == "ON"       ? "OFF"
+           : status == "OPEN"   ? "CLOSED"
+           : status == "CLOSED" ? "OPEN"
+                                : "ON";
+}
+
 /// Switches the element of this key. A value of 0 or 1, ON or OFF is the switch itself and follows;
 /// any other stays.
 std::string switch_element(simulator_server &server, const std::string &key) {
@@ -27,10 +34,9 @@ std::string switch_element(simulator_server &server, const std::string &key) {
     if (found == home.elements.end()) {
         return "no such element";
     }
-    const bool on = found->second.status != "ON";
-    home_element now{on ? "ON" : "OFF", found->second.value};
+    home_element now{switched(found->second.status), found->second.value};
     if (now.value == "0" || now.value == "1") {
-        now.value = on ? "1" : "0";
+        now.value = now.status == "ON" || now.status == "OPEN" ? "1" : "0";
     } else if (boost::iequals(now.value, "on") || boost::iequals(now.value, "off")) {
         now.value = now.status;
     }

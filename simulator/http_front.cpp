@@ -18,7 +18,7 @@ namespace {
 namespace http = boost::beast::http;
 
 constexpr std::uint32_t HEAD_LIMIT = 64 * 1024;
-constexpr const char *ANSWER_TYPE = "text/xml; charset=utf-8";
+constexpr const char *ANSWER_TYPE = "Content-Type: text/xml; charset=utf-8\r\n";
 constexpr const char *ACTION = "\"urn:xmethods-lumows\"";
 
 /// The request headers that a web service reads.
@@ -29,9 +29,7 @@ constexpr std::array PASSED_HEADERS{"Content-Type", "SOAPAction", "User-Agent", 
 struct http_answer {
     unsigned status;
     std::string body = {};
-    const char *type = nullptr;
-    const char *policy = nullptr;
-    const char *type_options = nullptr;
+    const char *headers = "";
 };
 
 /// Parses the bytes so far, each time from their start, so that no state is kept in between.
@@ -154,7 +152,7 @@ http_answer answer_page(daemon_conversation &conversation, const http::fields &f
     exchange_result &exchange = conversation.exchange;
     if (exchange.web.path == PAGE_PATH) {
         exchange.audience = audience_kind::PAGE;
-        return {200, std::string(PAGE_TEXT), "text/html; charset=utf-8", PAGE_POLICY, NO_SNIFFING};
+        return {200, std::string(PAGE_TEXT), PAGE_HEADERS};
     }
     if (changes && header_value(fields, TOKEN_HEADER) != conversation.home.token) {
         return refuse_stranger(exchange, "not from this page");
@@ -177,7 +175,8 @@ http_answer route(daemon_conversation &conversation,
         return answer_call(conversation, request, request.body());
     }
     if (fetches && path == "/configuration") {
-        return {200, conversation.home.configuration, "text/plain; charset=utf-8"};
+        return {200, conversation.home.configuration,
+                "Content-Type: text/plain; charset=utf-8\r\n"};
     }
     const bool changes = request.method() == http::verb::post && path == CONTROL_PATH;
     if (changes ||
@@ -204,14 +203,7 @@ std::string write_answer(const http_answer &answer, bool with_body) {
     const auto reason = http::obsolete_reason(http::int_to_status(answer.status));
     std::string text = "HTTP/1.1 " + std::to_string(answer.status) + " ";
     text.append(reason.data(), reason.size()).append("\r\nConnection: close\r\nContent-Length: ");
-    text += std::to_string(answer.body.size()) + "\r\n";
-    for (const auto &[name, value] : {std::pair("Content-Security-Policy: ", answer.policy),
-                                      std::pair("Content-Type: ", answer.type),
-                                      std::pair("X-Content-Type-Options: ", answer.type_options)}) {
-        if (value != nullptr) {
-            text.append(name).append(value).append("\r\n");
-        }
-    }
+    text.append(std::to_string(answer.body.size())).append("\r\n").append(answer.headers);
     return text.append("\r\n").append(with_body ? answer.body : "");
 }
 
@@ -231,8 +223,10 @@ request_progress http_progress(std::string_view received) {
 }
 
 std::string write_http(unsigned status, const std::string &body, bool with_body) {
-    return write_answer({status, body, "text/plain; charset=utf-8", nullptr, NO_SNIFFING},
-                        with_body);
+    return write_answer(
+        {status, body,
+         "Content-Type: text/plain; charset=utf-8\r\nX-Content-Type-Options: nosniff\r\n"},
+        with_body);
 }
 
 void answer_http(daemon_conversation &conversation) {

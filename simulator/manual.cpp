@@ -49,7 +49,7 @@ std::string synopsis() {
     return serving + alone;
 }
 
-using table_cells = std::vector<std::string_view>;
+using table_cells = std::vector<std::string>;
 
 /// A table below its headings; each column is as wide as its longest cell.
 std::string table(const std::vector<table_cells> &rows) {
@@ -63,20 +63,18 @@ std::string table(const std::vector<table_cells> &rows) {
         }
     }
     std::string opening = ".Bl -column";
-    for (const std::string_view cell : widest) {
-        opening.append(" \"").append(cell).append("\"");
+    for (const std::string &cell : widest) {
+        opening += " \"" + cell + "\"";
     }
     return opening + lines + "\n.El";
 }
 
 std::string daemons() {
-    std::vector<std::string> statuses; // which the cells only look at
-    statuses.reserve(DAEMONS.size());
     std::vector<table_cells> rows{{"daemon", "socket", "errors"}};
     for (const daemon_row &row : DAEMONS) {
-        statuses.push_back(format_status(row, row.base));
-        rows.push_back(
-            {row.key, row.socket_file.empty() ? "TCP port" : row.socket_file, statuses.back()});
+        rows.push_back({std::string(row.key),
+                        std::string(row.socket_file.empty() ? "TCP port" : row.socket_file),
+                        format_status(row, row.base)});
     }
     return table(rows);
 }
@@ -84,7 +82,8 @@ std::string daemons() {
 std::string users() {
     std::vector<table_cells> rows{{"user", "password", "session"}};
     for (const user_account &user : USERS) {
-        rows.push_back({user.name, user.password, user.session});
+        rows.push_back(
+            {std::string(user.name), std::string(user.password), std::string(user.session)});
     }
     return table(rows);
 }
@@ -104,8 +103,7 @@ std::string links() {
     std::vector<table_cells> rows{{"daemon", "address", "element"}};
     for (const auto &[place, element] : home.links) {
         const std::size_t blank = place.find(' ');
-        rows.push_back({std::string_view(place).substr(0, blank),
-                        std::string_view(place).substr(blank + 1), element});
+        rows.push_back({place.substr(0, blank), place.substr(blank + 1), element});
     }
     return table(rows);
 }

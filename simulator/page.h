@@ -13,13 +13,13 @@ inline constexpr const char *CONTROL_PATH = "/control";
 /// token nor send a header of this name.
 inline constexpr const char *TOKEN_HEADER = "X-Lumosim-Token";
 
-/// What the page may do: use its own style, script and event stream, and nothing else.
-inline constexpr const char *PAGE_POLICY =
-    "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'; "
-    "connect-src 'self'; img-src data:; base-uri 'none'; frame-ancestors 'none'";
-
-/// X-Content-Type-Options of the page's answers: a browser takes them for what they say they are.
-inline constexpr const char *NO_SNIFFING = "nosniff";
+/// The page may use its own style, script and event stream, and nothing else.
+inline constexpr const char *PAGE_HEADERS =
+    "Content-Security-Policy: default-src 'none'; style-src 'unsafe-inline'; "
+    "script-src 'unsafe-inline'; connect-src 'self'; img-src data:; base-uri 'none'; "
+    "frame-ancestors 'none'\r\n"
+    "Content-Type: text/html; charset=utf-8\r\n"
+    "X-Content-Type-Options: nosniff\r\n";
 
 /// The bytes of an answer to the page with this text, or of its head alone.
 std::string write_http(unsigned status, const std::string &body, bool with_body);

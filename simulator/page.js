@@ -104,8 +104,13 @@ function updateElement(button, record) {
         setText(button.querySelector("." + part), record[part]);
     }
     setText(button.querySelector(".name"), record.key);
-    button.setAttribute("aria-checked", record.status === "ON");
-    button.hidden = !record.key.toLowerCase().includes(byId("find").value.toLowerCase());
+    button.setAttribute("aria-checked", ["ON", "OPEN"].includes(record.status));
+    findElement(button);
+}
+
+function findElement(button) {
+    const wanted = byId("find").value.toLowerCase();
+    button.hidden = !button.dataset.key.toLowerCase().includes(wanted);
 }
 
 /* The functions of a daemon, each with the command to copy. */
@@ -233,10 +238,7 @@ for (const id of ["filter", "failures"]) {
     });
 }
 byId("find").addEventListener("input", () => {
-    for (const button of byId("elements").children) {
-        const wanted = byId("find").value.toLowerCase();
-        button.hidden = !button.dataset.key.toLowerCase().includes(wanted);
-    }
+    [...byId("elements").children].forEach(findElement);
     settleElements();
 });
 

@@ -63,9 +63,12 @@ TEST(Page, SwitchesAnElement) {
     page.simulator.ask("lumo_lintronicgateway.socket",
                        "Request: SENDLINTRONICDATAGRAM\nSectionName: s\nDevice: 07\n"
                        "Command: 012\nPayload: on\n\n");
+    page.simulator.call("runonelement", children("sessionid=DEMO-SESSION|idobject=HALL-WINDOW|"
+                                                 "operation=OPEN|payload=1"));
     for (const auto &[name, state, value] :
          {std::tuple("GARDEN-LAMP", "OFF", "OFF"), std::tuple("GARDEN-LAMP", "ON", "ON"),
           std::tuple("LIVING-LAMP", "ON", "1"), std::tuple("LIVING-LAMP", "OFF", "0"),
+          std::tuple("HALL-WINDOW", "CLOSED", "0"), std::tuple("HALL-WINDOW", "OPEN", "1"),
           std::tuple("KITCHEN-THERMOSTAT", "OFF", "21.5")}) {
         EXPECT_EQ(page.order(json({{"element", name}}).dump()).status, 200);
         page.simulator.expect_response(
