@@ -71,6 +71,9 @@ int bind_to_loopback(int descriptor, in_port_t port) {
     address.sin_port = htons(port);
     socklen_t size = sizeof address;
     auto *any = reinterpret_cast<sockaddr *>(&address);
+    // A port that its last connection leaves may be another program's at once.
+    const int reuse = 1;
+    setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
     require(bind(descriptor, any, size) == 0 && getsockname(descriptor, any, &size) == 0, "bind");
     return ntohs(address.sin_port);
 }
