@@ -1,6 +1,6 @@
 // Envelope reading and writing on top of pugixml. Its XPath knows namespaces, the rest of it does
 // not.
-#include "simulator/envelope.h"
+#include "simulator/operations.h"
 
 #include "simulator/text.h"
 

@@ -3,8 +3,8 @@
 #include "simulator/forward.h"
 
 #include "simulator/connection.h"
-#include "simulator/envelope.h"
 #include "simulator/journal.h"
+#include "simulator/operations.h"
 #include "simulator/text.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The web service's HTTP side: requests are Boost.Beast's to read, whatever is done with their
 // bytes and the answer's is the server's, so that the trace is exact and answers can be withheld.
 #include "page_text.h"
-#include "simulator/envelope.h"
+#include "simulator/operations.h"
 #include "simulator/page.h"
 #include "simulator/text.h"
 
@@ -12,6 +12,7 @@
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/status.hpp>
 #include <boost/beast/http/string_body.hpp>
+#include <regex>
 
 namespace {
 
@@ -106,19 +107,14 @@ http_answer answer_call(daemon_conversation &conversation, const http::fields &f
 
 /// A name that a browser looks up may be made to lead here by whoever owns it; localhost and an
 /// address in digits may not.
-bool is_own_host(std::string_view host) {
-    std::string name(host.substr(0, host.find_last_not_of("0123456789") + 1));
-    if (name.ends_with(':')) {
-        name.pop_back();
-    } else {
-        name = host;
-    }
-    if (name.starts_with('[') && name.ends_with(']')) {
-        name = name.substr(1, name.size() - 2);
-    }
+bool is_own_host(const std::string &host) {
+    static const std::regex form(R"((?:\[(.*)\]|([^:]*))(?::\d*)?)");
+    std::smatch parts;
+    const bool formed = std::regex_match(host, parts, form);
+    const std::string name = parts.str(1) + parts.str(2);
     boost::system::error_code error;
     boost::asio::ip::make_address(name, error);
-    return !error || boost::iequals(name, "localhost");
+    return formed && (!error || boost::iequals(name, "localhost"));
 }
 
 /// Why a request may be one that a browser sends for a page from elsewhere; empty when it is not.

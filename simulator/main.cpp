@@ -69,7 +69,7 @@ int conclude(test_bench &bench, const std::vector<listed_request> &expected) {
         status = complain("cannot write " + settings.record_file);
     }
     if (settings.state_out_file == STANDARD_OUTPUT) {
-        print_text(write_state(bench.home));
+        std::fputs(write_state(bench.home).c_str(), stdout);
     } else if (!settings.state_out_file.empty() &&
                !write_file(settings.state_out_file, write_state(bench.home))) {
         status = complain("cannot write " + settings.state_out_file);

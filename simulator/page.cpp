@@ -90,23 +90,21 @@ json_value daemons_picture(const test_bench &bench) {
 
 /// Values with which an operation succeeds; for any other child its name does.
 using sample_value = std::pair<std::string_view, std::string_view>;
-constexpr sample_value SAMPLES[] = {
-    {"sessionid", "DEMO-SESSION"},
-    {"idobject", "LIVING-LAMP"},
-    {"operation", "ON"},
-    {"payload", "80"},
-    {"currentvalue", "22.5"},
-    {"user", "demo"},
-    {"pass", "demo"},
-    {"username", "demo"},
-    {"pin", "1234"},
-    {"count", "10"},
-    {"port", "8080"},
-    {"remoteip", "10.0.0.2"},
-    {"remoteport", "80"},
-    {"statement", "SELECT 1"},
-    {"statement-len", "8"},
-};
+constexpr sample_value SAMPLES[] = {{"sessionid", "DEMO-SESSION"},
+                                    {"idobject", "LIVING-LAMP"},
+                                    {"operation", "ON"},
+                                    {"payload", "80"},
+                                    {"currentvalue", "22.5"},
+                                    {"user", "demo"},
+                                    {"pass", "demo"},
+                                    {"username", "demo"},
+                                    {"pin", "1234"},
+                                    {"count", "10"},
+                                    {"port", "8080"},
+                                    {"remoteip", "10.0.0.2"},
+                                    {"remoteport", "80"},
+                                    {"statement", "SELECT 1"},
+                                    {"statement-len", "8"}};
 
 /// Children that the client fills itself or leaves out.
 constexpr std::string_view UNASKED[] = {"waittime", "retrivefromdevice", "idobjects", "callsource"};

@@ -36,11 +36,6 @@ std::string json_line(const log_line &line) {
     return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-void print(std::string_view text, std::FILE *file) {
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fflush(file);
-}
-
 } // namespace
 
 void choose_log_format(log_format_kind format) {
@@ -52,11 +47,10 @@ void log_to_errors() {
 }
 
 void print_log(const log_line &line) {
-    print((chosen_format == log_format_kind::JSON ? json_line(line) : line.text) + "\n", log_file);
-}
-
-void print_text(std::string_view text) {
-    print(text, stdout);
+    const std::string text =
+        (chosen_format == log_format_kind::JSON ? json_line(line) : line.text) + "\n";
+    std::fwrite(text.data(), 1, text.size(), log_file);
+    std::fflush(log_file);
 }
 
 std::optional<std::string> file_bytes(const std::string &path) {

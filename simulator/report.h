@@ -29,5 +29,3 @@ std::optional<std::string> file_bytes(const std::string &path);
 
 /// Writes a temporary file and renames it, so that readers never see half of it.
 bool write_file(const std::string &path, const std::string &text);
-
-void print_text(std::string_view text);

@@ -118,14 +118,11 @@ std::optional<std::string> read_escapes(std::string_view text) {
 }
 
 bool is_valid_utf8(std::string_view bytes) {
-    for (std::size_t at = 0; at < bytes.size();) {
-        const std::size_t length = utf8_length(bytes.substr(at));
-        if (length == 0) {
-            return false;
-        }
-        at += length;
+    std::size_t length = 1;
+    for (; length > 0 && !bytes.empty(); bytes.remove_prefix(length)) {
+        length = utf8_length(bytes);
     }
-    return true;
+    return length > 0;
 }
 
 std::optional<int> read_number(std::string_view text, int lowest, int highest) {

@@ -1,5 +1,5 @@
-// Text helpers of the simulator: escaping bytes for display, reading escapes from the
-// command line, UTF-8 validity, numbers, case-insensitive comparison. No input or output.
+// Text helpers of the simulator: escaping bytes for display, reading escapes from the command line,
+// UTF-8 validity, numbers.
 #pragma once
 
 #include <cstddef>
