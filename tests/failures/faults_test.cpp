@@ -192,33 +192,38 @@ INSTANTIATE_TEST_SUITE_P(Table, ServiceCalls, testing::ValuesIn(service_requests
 
 class Memory : public Faults {
   protected:
-    /// The program's own allocations and its runtime's end it, with nothing on the console but the
-    /// report of what had failed before. Of libc's the name resolution fails and is reported, and
-    /// the streams do without: they write byte by byte.
     void fail_every_allocation(const script &steps) const {
         const faulty_run usual = run_with({}, steps);
         EXPECT_EQ(usual.records, words());
-        const int last = static_cast<int>(usual.allocations.size());
-        for (int i = 2; i < 2 * (last + 1); i++) {
-            const fault failing = {.call = "allocation", .number = i / 2, .onwards = i % 2 == 1};
-            SCOPED_TRACE(described(failing));
-            const faulty_run seen = run_with(failing, steps);
-            ASSERT_FALSE(seen.hits.empty()) << "no allocation failed";
-            const std::string &hit = seen.hits.back(); // "allocation program calloc 21"
-            if (hit.find(" program ") != std::string::npos) {
-                expect_run(seen.run, "", 1, seen.run.errors);
-                EXPECT_EQ(seen.records,
-                          words{"0 xmalloc failed for size=" + hit.substr(hit.rfind(' ') + 1)});
-                EXPECT_EQ(seen.run.errors.empty(),
-                          seen.run.errors.find(" fault ") == std::string::npos);
-                continue;
+        const int count = static_cast<int>(usual.allocations.size());
+        for (int number = 1; number <= count; ++number) {
+            for (const bool onwards : {false, true}) {
+                const fault failing = {.call = "allocation", .number = number, .onwards = onwards};
+                SCOPED_TRACE(described(failing));
+                expect_ended(run_with(failing, steps), usual);
             }
-            EXPECT_EQ(seen.records, words());
-            if (!seen.run.errors.empty()) {
-                expect_reported(wanted, seen.run);
-            } else {
-                expect_run(seen.run, usual.run.output, usual.run.status, usual.run.errors);
-            }
+        }
+    }
+
+    /// The program's own allocations and its runtime's end it, with nothing on the console but the
+    /// report of what had failed before. Of libc's the name resolution fails and is reported, and
+    /// the streams do without: they write byte by byte.
+    void expect_ended(const faulty_run &seen, const faulty_run &usual) const {
+        ASSERT_FALSE(seen.hits.empty()) << "no allocation failed";
+        const std::string &hit = seen.hits.back(); // "allocation program calloc 21"
+        if (hit.find(" program ") != std::string::npos) {
+            expect_run(seen.run, "", 1, seen.run.errors);
+            EXPECT_EQ(seen.records,
+                      words{"0 xmalloc failed for size=" + hit.substr(hit.rfind(' ') + 1)});
+            EXPECT_EQ(seen.run.errors.empty(),
+                      seen.run.errors.find(" fault ") == std::string::npos);
+            return;
+        }
+        EXPECT_EQ(seen.records, words());
+        if (!seen.run.errors.empty()) {
+            expect_reported(wanted, seen.run);
+        } else {
+            expect_run(seen.run, usual.run.output, usual.run.status, usual.run.errors);
         }
     }
 };
