@@ -212,7 +212,7 @@ TEST(StatusTexts, AreReadFromTheSixthCharacterOnOrRefused) {
         SCOPED_TRACE(text);
         int code = -99;
         const std::string output =
-            captured_output([&] { code = extract_error_code(text.c_str()); });
+            captured_output([&, shown = text] { code = extract_error_code(shown.c_str()); });
         EXPECT_EQ(code, wanted);
         EXPECT_EQ(output, complaint.empty() ? ""
                                             : harness::red(complaint +
