@@ -2,6 +2,7 @@
 // they send, how they read an answer, and what they say of each failure. What differs between the
 // gateways is tried with each, the rest with one.
 
+#include "tests/front/fresh_globals.h"
 #include "tests/gateways/exchange_messages.h"
 #include "tests/harness/console.h"
 #include "tests/harness/watched_client.h"
@@ -55,14 +56,16 @@ void expect_refusal(const function_case &row, const char *function, const char *
     EXPECT_EQ(got.status, status);
 }
 
-TEST(GatewayBuilder, SendsItsFunctionsAndReturnsTheAnswer) {
+using GatewayBuilder = front_tests::FreshGlobals;
+
+TEST_F(GatewayBuilder, SendsItsFunctionsAndReturnsTheAnswer) {
     for (const function_case &row : all_functions()) {
         expect_list_sent(row, row.function.name, row.function.sample);
         expect_list_sent(row, lower(row.function.name), row.function.sample);
     }
 }
 
-TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
+TEST_F(GatewayBuilder, InsistsOnTheCountOfParameters) {
     for (const function_case &row : all_functions()) {
         if (row.function.built == builder_answer::REFUSES) {
             continue;
@@ -79,7 +82,8 @@ TEST(GatewayBuilder, InsistsOnTheCountOfParameters) {
 
 /// The function named otherwise, and one that its builder only counts, or that the exchange alone
 /// knows.
-TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
+TEST_F(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
+    g_config.verbose = 1;
     for (const function_case &row : all_functions()) {
         const std::string name = row.function.name;
         for (const std::string &stranger :
@@ -93,7 +97,7 @@ TEST(GatewayBuilder, RefusesSilentlyWhatItDoesNotServe) {
     }
 }
 
-TEST(GatewayBuilder, ChecksTheLengthOfSomeValuesInOrder) {
+TEST_F(GatewayBuilder, ChecksTheLengthOfSomeValuesInOrder) {
     for (const function_case &row : all_functions()) {
         const function_row &function = row.function;
         words all_wrong = entries_of(function.sample);
@@ -234,6 +238,7 @@ TEST(GatewayExchange, ReadsTheAnswer) {
         {"\n\nResponse Status: %0001\n", 0, 1},
         {tag + "\n", 0, 0},
         {tag + "-4\n", 0, -4},
+        {tag + " +12\n", 0, 12},
         {three + zero_byte + "more\n", 0, 3},
         {tag + "3" + zero_byte + "9\nmore\n", 0, 3},
         {"", 5},

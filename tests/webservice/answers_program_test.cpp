@@ -41,7 +41,7 @@ TEST(Answer, ChildrenAreFoundByTheirLocalNames) {
     // Nil is of the instance namespace of any year.
     expect_read(with_children(RESULT +
                               "<ns:status xsi:nil=\"true\"/><currentvalue x:nil=\"true\" xmlns:x="
-                              "\"http://www.w3.org/1999/XMLSchema-instance\"></currentvalue>"),
+                              "\"http://www.w3.org/2035/XMLSchema-instance\"></currentvalue>"),
                 ABSENT, ABSENT);
     expect_read(with_children(RESULT + "<Status>a</Status><ns:xstatus>b</ns:xstatus>"
                                        "<ns:status-x>c</ns:status-x>"),
@@ -203,7 +203,7 @@ TEST(Failure, OfTheEnvelope) {
     for (const std::string &content :
          {std::string(), std::string("on"), element("ns:service-getelementstatus", USUAL_RECORD),
           element("service-getelementstatusResponse", USUAL_RECORD), "<more/>" + RESPONSE,
-          "<m:service-getelementstatusResponse xmlns:m=\"urn:other\">" + USUAL_RECORD +
+          "<m:service-getelementstatusResponse xmlns:m=\"urn:xmethods-other\">" + USUAL_RECORD +
               "</m:service-getelementstatusResponse>"}) {
         expect_failure(with_body(content), "SOAP-ENV:Client");
     }

@@ -269,7 +269,13 @@ TEST(Refusal, OfAListOfAnotherLength) {
 TEST(Refusal, OfAnUnknownFunction) {
     for (const char *name :
          {"SERVICE_NOSUCH", "", "SERVICE_TESTS", "SERVICE_TES", "service-test", "SERVICE_TEST "}) {
-        expect_refusal({"-f", name, "-p", "a|b"}, "LMCM-503\n", 503);
+        const run_result run = call_at("unusable", {"-v", "ON", "-f", name, "-p", "a|b"});
+        const std::size_t start = run.output.rfind("Parameters selected: a|b");
+        EXPECT_EQ(run.output.substr(std::min(start, run.output.size())),
+                  "Parameters selected: a|b\033[0;39m\nLMCM-503\n")
+            << run.output;
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.status, 503 & 0xff);
     }
 }
 
