@@ -19,7 +19,10 @@ using harness::captured_output;
 using harness::peer;
 using connector = std::function<int()>;
 
-/// The connection leads to this daemon and is a plain one: it blocks, and for ever.
+const std::string WORD = "word";
+
+/// The connection leads to this daemon, which expects the word, and is a plain one: it blocks, and
+/// for ever.
 void expect_connected(peer *daemon, const connector &connect) {
     int connection = -1;
     EXPECT_EQ(captured_output([&] { connection = connect(); }), "");
@@ -31,10 +34,9 @@ void expect_connected(peer *daemon, const connector &connect) {
         EXPECT_EQ(getsockopt(connection, SOL_SOCKET, option, value, &size), 0);
         EXPECT_EQ(std::string(value, size), std::string(size, '\0')) << option;
     }
-    EXPECT_EQ(send(connection, "word", 4, MSG_NOSIGNAL), 4);
+    EXPECT_EQ(send(connection, WORD.data(), WORD.size(), MSG_NOSIGNAL), 4);
     close(connection);
     EXPECT_EQ(daemon->finish(), "");
-    EXPECT_EQ(daemon->received(), "word");
 }
 
 void expect_failure(const std::string &failed, int error_number, const connector &connect) {
@@ -68,7 +70,7 @@ TEST(Connectors, LocalPathIsUsedUpToItsCharacter107) {
         const harness::temporary_directory directory;
         std::string path = directory.path + "/";
         path.resize(107, 'p');
-        peer daemon(path, {});
+        peer daemon(path, {harness::expect(WORD)});
         path.resize(length, 'q');
         expect_connected(&daemon, [&] { return make_localtcpclient_socket(path.c_str()); });
     }
@@ -92,7 +94,7 @@ TEST(Connectors, SayThatNobodyIsThere) {
 
 TEST(Connectors, InternetUsesTheLowSixteenBitsOfThePort) {
     for (const int added : {0, 65536, 10 * 65536, -65536}) {
-        peer daemon({});
+        peer daemon({harness::expect(WORD)});
         expect_connected(&daemon, [&] {
             return make_internettcpclient_socket("127.0.0.1", daemon.port() + added);
         });
