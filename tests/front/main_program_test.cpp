@@ -52,6 +52,16 @@ TEST(LastLine, IsTheTextOfTheDaemonsStatusWhichIsTheExitStatus) {
     }
 }
 
+TEST(LastLine, StandsBehindTheSameColoursOnATerminal) {
+    SKIP_WHERE_MISSING(harness::missing_terminal());
+    run_result run = harness::lumocmd({"-t", "FSMCORE", "-f", "F", "-s", "/nowhere", "-p", "x"},
+                                      {.on_terminal = true});
+    std::erase(run.output, '\r');
+    EXPECT_EQ(run.output, red("utility->make_localtcpclient_socket connect failed with error "
+                              "'No such file or directory'") +
+                              red(fsmcore_message(LOCAL, 1, "F")) + plain("FSMC-006"));
+}
+
 TEST(Dispatch, CarriesEveryFunctionToItsGateway) {
     for (const protocol::function_case &row : protocol::all_functions()) {
         if (is_reachable(row.gateway) && row.function.built == protocol::builder_answer::SENDS) {

@@ -224,6 +224,7 @@ const struct {
      {{"where \t'|'value' and", 5, "value"},
       {"k|value\trest", 1, "value"},
       {"k 'a|b' c", 1, "a|b"},
+      {"k value more", 1, "value"},
       {"key", 3, ""},
       {"key", 4, "", TOO_LONG},
       {nullptr, 3, "", NOTHING}}},

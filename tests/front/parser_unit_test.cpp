@@ -56,6 +56,7 @@ TEST_F(Parser, FillsTheRecord) {
         {"-t SOAP -a A -a B -s S -s T -u U -u V -p P -p Q -f F -f G -w 1 -w -2 -d 2000 -d 1025 "
          "-v ON -v OFF",
          100, "B T V Q G 0 -2 1025 "},
+        {"-t IBSLOCAL -t SOAP -u U -f F", 100, "- - U - F 0 0 0 "},
         {"-t SOAP -u U -t NOSUCH -f F", 100, "- - U - - 0 0 0 "},
         {"-u U -v maybe -t SOAP", 0, "- - U - - 0 0 0 "},
         {"-v ON -w 7 -t IBSLOCAL -v maybe -v OFF", 200, "- - - - - 1 7 0 "},
