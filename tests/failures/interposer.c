@@ -14,6 +14,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <netdb.h>
+#include <poll.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -93,6 +94,7 @@ WATCHED(connect, (int one, __CONST_SOCKADDR_ARG address, socklen_t size), (one, 
 WATCHED(setsockopt, (int one, int level, int option, const void *value, socklen_t size),
         (one, level, option, value, size))
 WATCHED(shutdown, (int one, int how), (one, how))
+WATCHED(poll, (struct pollfd * all, nfds_t count, int time), (all, count, time))
 
 int open(const char *path, int flags, ...) {
     return fails("open") ? -1 : (int)syscall(SYS_openat, AT_FDCWD, path, flags, 0);
