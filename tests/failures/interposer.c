@@ -20,6 +20,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/auxv.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -95,6 +96,8 @@ WATCHED(setsockopt, (int one, int level, int option, const void *value, socklen_
         (one, level, option, value, size))
 WATCHED(shutdown, (int one, int how), (one, how))
 WATCHED(poll, (struct pollfd * all, nfds_t count, int time), (all, count, time))
+WATCHED(select, (int highest, fd_set *in, fd_set *out, fd_set *other, struct timeval *time),
+        (highest, in, out, other, time))
 
 int open(const char *path, int flags, ...) {
     return fails("open") ? -1 : (int)syscall(SYS_openat, AT_FDCWD, path, flags, 0);
