@@ -19,6 +19,7 @@ namespace {
 
 /// An answer is complete when a daemon that keeps the connection open sends nothing for this long.
 constexpr std::chrono::milliseconds QUIET_TIME{500};
+constexpr std::size_t LONGEST_ADDRESS = 2000;
 
 /// One request on its way: what, to whom, and for which client.
 struct forwarded_question {
@@ -156,7 +157,8 @@ std::optional<web_address> read_web_address(const std::string &text) {
     // The port is needed where the host holds colons, and is what follows the last one.
     const std::regex form("http://(?:([^/:]+)|([^/]+):([0-9]+))(/.*)?");
     std::smatch parts;
-    if (!std::regex_match(text, parts, form)) {
+    // Matching takes stack for each character.
+    if (text.size() > LONGEST_ADDRESS || !std::regex_match(text, parts, form)) {
         return std::nullopt;
     }
     return web_address{parts[1].str() + parts[2].str(), parts[3].matched ? parts[3].str() : "80",

@@ -12,7 +12,6 @@
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/status.hpp>
 #include <boost/beast/http/string_body.hpp>
-#include <regex>
 
 namespace {
 
@@ -108,13 +107,18 @@ http_answer answer_call(daemon_conversation &conversation, const http::fields &f
 /// A name that a browser looks up may be made to lead here by whoever owns it; localhost and an
 /// address in digits may not.
 bool is_own_host(const std::string &host) {
-    static const std::regex form(R"((?:\[(.*)\]|([^:]*))(?::\d*)?)");
-    std::smatch parts;
-    const bool formed = std::regex_match(host, parts, form);
-    const std::string name = parts.str(1) + parts.str(2);
+    std::string name = host.substr(0, host.find_last_not_of("0123456789") + 1);
+    if (name.ends_with(':')) {
+        name.pop_back();
+    } else {
+        name = host;
+    }
+    if (name.starts_with('[') && name.ends_with(']')) {
+        name = name.substr(1, name.size() - 2);
+    }
     boost::system::error_code error;
     boost::asio::ip::make_address(name, error);
-    return formed && (!error || boost::iequals(name, "localhost"));
+    return !error || boost::iequals(name, "localhost");
 }
 
 /// Why a request may be one that a browser sends for a page from elsewhere; empty when it is not.

@@ -63,6 +63,7 @@ const std::pair<words, std::string> WRONG[] = {
     {{"--forward-url", "https://house"}, "--forward-url 'https://house' needs an address such as"},
     {{"--forward-url", "http://"}, "needs an address such as"},
     {{"--forward-url", "http://house:x"}, "needs an address such as"},
+    {{"--forward-url", "http://" + std::string(100000, 'a')}, "needs an address such as"},
     {{"--log-format", "xml"}, "--log-format 'xml' needs text or json"},
     {{"--any-order"}, "--any-order belongs to --expect"},
     {{"--replay", "x", "--forward-url", "http://house"},

@@ -30,6 +30,8 @@ TEST(Page, IsServedWithAPolicyAndHasAHead) {
     }
 }
 
+const std::string LONG_HOST = "Host: " + std::string(60000, 'a') + "\r\n";
+
 /// Who a request says that it goes to and comes from, with PORT for the port, and what of that is
 /// foreign, null when nothing is.
 const std::pair<const char *, const char *> SENDERS[] = {
@@ -44,6 +46,7 @@ const std::pair<const char *, const char *> SENDERS[] = {
     {"Host: house.example:PORT\r\nOrigin: http://house.example:PORT\r\n", "Host"},
     {"Host: localhost.example:PORT\r\n", "Host"},
     {"Host: 1:2:3\r\n", "Host"},
+    {LONG_HOST.c_str(), "Host"},
     {"Host: localhost:PORT\r\nOrigin: http://house.example\r\n", "Origin"},
     {"Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n", "Origin"},
     {"Host: localhost:PORT\r\nOrigin: https://localhost:PORT\r\n", "Origin"},
